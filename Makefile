@@ -1,0 +1,26 @@
+# Orvane Diagnostics: build, run and test on Debian 12.
+#   make run    builds and starts the program under Wine
+#   make test   builds and runs every test
+.PHONY: all deps build native run test clean
+
+all: build
+
+deps:
+	@scripts/deps.sh
+
+build: deps
+	@cmake --preset mingw >/dev/null
+	@cmake --build --preset mingw
+
+native: deps
+	@cmake --preset native >/dev/null
+	@cmake --build --preset native
+
+run: build
+	@scripts/run.sh
+
+test: build native
+	@scripts/test.sh
+
+clean:
+	rm -rf build build-native

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs, from Debian's archive, the packages the build and the tests need
+# that are not installed yet. Does nothing when everything is there.
+set -euo pipefail
+
+packages=(
+  cmake ninja-build make g++ clang python3
+  g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64
+  googletest
+  wine wine64
+  xvfb xauth x11-utils xdotool imagemagick
+  fonts-wine fonts-liberation
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  status=$(dpkg-query -W -f='${Status}' "$p" 2>/dev/null || true)
+  [[ "$status" == "install ok installed" ]] || missing+=("$p")
+done
+
+if ((${#missing[@]} == 0)); then
+  exit 0
+fi
+
+echo "Installing: ${missing[*]}"
+sudo_cmd=()
+[[ $(id -u) -eq 0 ]] || sudo_cmd=(sudo)
+"${sudo_cmd[@]}" apt-get update -qq
+DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"

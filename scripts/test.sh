@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Runs every test: the host build's tests (sanitizers), then the Windows
+# build's unit and end-to-end tests under Wine, in a throwaway prefix and,
+# when there is no display, a private Xvfb.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/wine-env.sh
+
+jobs=${DIAG_TEST_JOBS:-2}
+status=0
+
+echo "== Host tests (AddressSanitizer, UBSan)"
+ctest --test-dir "${DIAG_NATIVE_BUILD_DIR:-build-native}" --output-on-failure -j "$jobs" || status=1
+
+prefix=$(mktemp -d /tmp/orvane-diag-wine.XXXXXX)
+cleanup() {
+  wine_cleanup
+  rm -rf "$prefix"
+}
+trap cleanup EXIT
+
+echo "== Preparing a Wine prefix in $prefix"
+display_start
+wine_prefix_create "$prefix"
+
+echo "== Windows tests under Wine"
+ctest --test-dir "${DIAG_BUILD_DIR:-build}" --output-on-failure -j "$jobs" --timeout 300 || status=1
+exit $status

@@ -1,0 +1,60 @@
+# Sourced by the scripts that run the program under Wine. Provides:
+#   wine_prefix_create DIR   a fresh prefix prepared for the program and its tests
+#   display_start            a private Xvfb when there is no display
+#   wine_cleanup             stops what was started
+# Each run gets its own throwaway prefix; nothing depends on the machine's own.
+
+export WINEDEBUG=${WINEDEBUG:--all}
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-"mscoree,mshtml="}
+
+_xvfb_pid=""
+
+display_start() {
+  if [[ -n "${DISPLAY:-}" ]] && xdpyinfo >/dev/null 2>&1; then
+    return 0
+  fi
+  local n
+  for n in $(seq 90 180); do
+    [[ -e /tmp/.X11-unix/X$n || -e /tmp/.X$n-lock ]] && continue
+    Xvfb ":$n" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
+    _xvfb_pid=$!
+    export DISPLAY=":$n"
+    local deadline=$((SECONDS + 20))
+    while ((SECONDS < deadline)); do
+      if xdpyinfo >/dev/null 2>&1; then return 0; fi
+      kill -0 "$_xvfb_pid" 2>/dev/null || break
+      sleep 0.1
+    done
+  done
+  echo "Could not start Xvfb" >&2
+  return 1
+}
+
+wine_prefix_create() {
+  export WINEPREFIX="$1"
+  wineboot -i >/dev/null 2>&1 </dev/null
+  # Without a window manager every hide waits for one unless Wine manages nothing.
+  wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 </dev/null
+  # A fresh prefix has no fonts: Wine's own, plus a fixed-pitch face for "Courier New".
+  local fonts="$WINEPREFIX/drive_c/windows/Fonts"
+  mkdir -p "$fonts"
+  cp -n /usr/share/wine/fonts/* "$fonts"/ 2>/dev/null || true
+  cp -n /usr/share/fonts/truetype/liberation/Liberation*.ttf "$fonts"/ 2>/dev/null || true
+  wine reg add 'HKCU\Software\Wine\Fonts\Replacements' /v 'Courier New' /d 'Liberation Mono' /f >/dev/null 2>&1 </dev/null
+  wine reg add 'HKCU\Software\Wine\Fonts\Replacements' /v 'Arial' /d 'Liberation Sans' /f >/dev/null 2>&1 </dev/null
+  wine reg add 'HKCU\Software\Wine\Fonts\Replacements' /v 'Times New Roman' /d 'Liberation Serif' /f >/dev/null 2>&1 </dev/null
+  wineserver -w
+  # Keep one wineserver for the run, detached from our stdio.
+  wineserver -p >/dev/null 2>&1 </dev/null
+  wine cmd /c exit >/dev/null 2>&1 </dev/null
+}
+
+wine_cleanup() {
+  if [[ -n "${WINEPREFIX:-}" ]]; then
+    wineserver -k >/dev/null 2>&1 || true
+  fi
+  if [[ -n "$_xvfb_pid" ]]; then
+    kill "$_xvfb_pid" 2>/dev/null || true
+    wait "$_xvfb_pid" 2>/dev/null || true
+  fi
+}

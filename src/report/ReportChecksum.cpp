@@ -1,0 +1,39 @@
+#include "report/ReportChecksum.h"
+
+namespace {
+constexpr std::uint32_t kChecksumSeed = 0x01020304;
+constexpr char16_t kHexDigits[] = u"0123456789abcdef";
+
+void AppendUtf16LE(std::string& bytes, std::u16string_view text) {
+    for (char16_t unit : text) {
+        bytes.push_back(static_cast<char>(unit & 0xFF));
+        bytes.push_back(static_cast<char>((unit >> 8) & 0xFF));
+    }
+}
+}  // namespace
+
+std::uint32_t ComputeReportChecksum(std::u16string_view text) {
+    std::uint32_t value = kChecksumSeed;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const std::uint32_t lowByte = text[i] & 0xFFu;
+        value ^= lowByte << (8 * (i % 4));
+    }
+    return value;
+}
+
+std::u16string FormatReportTrailer(std::uint32_t checksum) {
+    std::u16string trailer = u"\n--- \n";
+    for (int shift = 28; shift >= 0; shift -= 4) trailer.push_back(kHexDigits[(checksum >> shift) & 0xF]);
+    trailer.push_back(u'\n');
+    return trailer;
+}
+
+std::string BuildReportFileBytes(std::u16string_view body) {
+    std::string bytes;
+    bytes.reserve(2 + 2 * body.size() + 30);
+    bytes.push_back(static_cast<char>(0xFF));
+    bytes.push_back(static_cast<char>(0xFE));
+    AppendUtf16LE(bytes, body);
+    AppendUtf16LE(bytes, FormatReportTrailer(ComputeReportChecksum(body)));
+    return bytes;
+}
