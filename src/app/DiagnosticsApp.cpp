@@ -2,7 +2,6 @@
 
 #include <windows.h>
 #include <commctrl.h>
-#include <gdiplus.h>
 
 #include <clocale>
 #include <cwchar>
@@ -17,6 +16,16 @@
 namespace {
 constexpr int kDefaultDpi = 96;
 constexpr Bilingual kInvalidParameters{L"Paramètres de lancement invalides !", L"Invalid launch parameters!"};
+
+// The first version of GDI+'s start-up input, as gdiplus.dll expects it.
+struct GdiplusStartupInputV1 {
+    UINT32 GdiplusVersion = 1;
+    void* DebugEventCallback = nullptr;
+    BOOL SuppressBackgroundThread = FALSE;
+    BOOL SuppressExternalCodecs = FALSE;
+};
+using GdiplusStartupFunction = int(WINAPI*)(ULONG_PTR*, const GdiplusStartupInputV1*, void*);
+using GdiplusShutdownFunction = void(WINAPI*)(ULONG_PTR);
 
 int MeasureScreenDpi() {
     w32::ScopedWindowDC screen(nullptr);
@@ -37,12 +46,7 @@ bool CDiagnosticsApp::InitInstance() {
     if (!w32::Application::InitInstance()) return false;
 
     // GDI+ is only wanted where the screen is scaled.
-    if (MeasureScreenDpi() != kDefaultDpi) {
-        Gdiplus::GdiplusStartupInput input;
-        ULONG_PTR token = 0;
-        Gdiplus::GdiplusStartup(&token, &input, nullptr);
-        m_gdiplusToken = token;
-    }
+    if (MeasureScreenDpi() != kDefaultDpi) StartGdiplus();
 
     wchar_t key[64];
     std::swprintf(key, sizeof(key) / sizeof(key[0]), kRegistryKeyFormat, kSuiteMajorVersion);
@@ -58,6 +62,25 @@ bool CDiagnosticsApp::InitInstance() {
 
     RunMainDialog();
     return false;
+}
+
+void CDiagnosticsApp::StartGdiplus() {
+    gdiplus_.Reset(::LoadLibraryW(L"gdiplus.dll"));
+    if (!gdiplus_) return;
+    auto startup = reinterpret_cast<GdiplusStartupFunction>(
+        reinterpret_cast<void*>(::GetProcAddress(gdiplus_.Get(), "GdiplusStartup")));
+    if (!startup) return;
+    const GdiplusStartupInputV1 input;
+    ULONG_PTR token = 0;
+    startup(&token, &input, nullptr);  // its result is deliberately not used
+    m_gdiplusToken = token;
+}
+
+void CDiagnosticsApp::StopGdiplus() {
+    if (!gdiplus_) return;
+    auto shutdown = reinterpret_cast<GdiplusShutdownFunction>(
+        reinterpret_cast<void*>(::GetProcAddress(gdiplus_.Get(), "GdiplusShutdown")));
+    if (shutdown) shutdown(static_cast<ULONG_PTR>(m_gdiplusToken));
 }
 
 void CDiagnosticsApp::ChooseLanguage() {
@@ -98,6 +121,6 @@ void CDiagnosticsApp::RunMainDialog() {
 
 int CDiagnosticsApp::ExitInstance() {
     // Measured again: the process is DPI-aware, so both readings agree.
-    if (MeasureScreenDpi() != kDefaultDpi) Gdiplus::GdiplusShutdown(m_gdiplusToken);
+    if (MeasureScreenDpi() != kDefaultDpi) StopGdiplus();
     return w32::Application::ExitInstance();
 }

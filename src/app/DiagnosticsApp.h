@@ -5,6 +5,7 @@
 
 #include "app/Language.h"
 #include "w32/Application.h"
+#include "w32/Scoped.h"
 
 class CDiagnosticsApp : public w32::Application {
 public:
@@ -21,11 +22,15 @@ protected:
     int ExitInstance() override;
 
 private:
+    void StartGdiplus();
+    void StopGdiplus();
     void ChooseLanguage();
     // True when the command line asks the program to end before its window.
     bool HandleCommandLine();
     void RunMainDialog();
     UINT mainTemplateId_ = 0;
+    // GDI+ is loaded only when it is started, so a 96 DPI run never maps it.
+    w32::ScopedModule gdiplus_;
 };
 
 // The running application object, or null (in tests that have none).

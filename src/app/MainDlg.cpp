@@ -45,7 +45,7 @@ bool CMainDlg::OnInitDialog() {
 
     const bool elevated = IsProcessElevated() != 0;
     ComposeTitle(elevated);
-    ExtendSystemMenu(elevated);
+    if (HMENU menu = ::GetSystemMenu(Hwnd(), FALSE)) AppendMainSystemMenuEntries(menu, elevated);
 
     ::SendMessageW(Hwnd(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(m_hIcon));
     ::SendMessageW(Hwnd(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(m_hIcon));
@@ -61,9 +61,7 @@ void CMainDlg::ComposeTitle(bool elevated) {
     SetText(ComposeMainTitle(Text(), elevated, IsEnglish(), version));
 }
 
-void CMainDlg::ExtendSystemMenu(bool elevated) {
-    HMENU menu = ::GetSystemMenu(Hwnd(), FALSE);
-    if (!menu) return;
+void AppendMainSystemMenuEntries(HMENU menu, bool elevated) {
     ::AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
     if (elevated)
         // Disabled but not greyed: it states a fact rather than offering a choice.

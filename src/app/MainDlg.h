@@ -12,6 +12,9 @@
 // The name under which the main window's placement is saved.
 inline constexpr wchar_t kMainWindowStateName[] = L"OrvaneDiagnostics";
 
+// Appends the elevation entry and, when its text exists, the About entry.
+void AppendMainSystemMenuEntries(HMENU menu, bool elevated);
+
 class CMainDlg : public OVDialog {
 public:
     CMainDlg(UINT templateId, HWND parent = nullptr);
@@ -35,7 +38,6 @@ protected:
 
 private:
     void ComposeTitle(bool elevated);
-    void ExtendSystemMenu(bool elevated);
     void ShowAboutBox();
     void RelaunchAsAdministrator();
 

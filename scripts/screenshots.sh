@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# Photographs the program's windows for the documentation, in English and in
+# French, on a private Xvfb and in a throwaway Wine prefix.
+#   scripts/screenshots.sh [OUTPUT_DIR]     (default: docs/screenshots)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/wine-env.sh
+
+out=${1:-docs/screenshots}
+exe=build/bin/OrvaneDiagnostics.exe
+mkdir -p "$out"
+unset DISPLAY
+prefix=$(mktemp -d /tmp/orvane-shots.XXXXXX)
+cleanup() { wine_cleanup; rm -rf "$prefix"; }
+trap cleanup EXIT
+display_start
+wine_prefix_create "$prefix"
+
+# Waits for a window whose title matches, prints its X id.
+wait_window() {
+  local pattern=$1 deadline=$((SECONDS + 60)) id
+  while ((SECONDS < deadline)); do
+    id=$(xdotool search --onlyvisible --name "$pattern" 2>/dev/null | head -1 || true)
+    if [[ -n "$id" ]]; then echo "$id"; return 0; fi
+    sleep 0.2
+  done
+  echo "no window matching '$pattern'" >&2
+  return 1
+}
+
+# Photographs one window once its contents stop changing.
+shoot() {
+  local id=$1 file=$2 previous="" current
+  for _ in $(seq 1 50); do
+    current=$(import -window "$id" rgb:- 2>/dev/null | md5sum)
+    [[ "$current" == "$previous" ]] && break
+    previous=$current
+    sleep 0.2
+  done
+  import -window "$id" "$file"
+  echo "wrote $file"
+}
+
+main_window() {
+  local locale=$1 pattern=$2 file=$3
+  LC_ALL=$locale wine "$exe" >/dev/null 2>&1 </dev/null &
+  local id
+  id=$(wait_window "$pattern")
+  shoot "$id" "$file"
+  wineserver -k >/dev/null 2>&1 || true
+  wineserver -p >/dev/null 2>&1 </dev/null
+}
+
+main_window en_US.UTF-8 '^Orvane Diagnostics' "$out/main-en.png"
+main_window fr_FR.UTF-8 '^Diagnostics Orvane' "$out/main-fr.png"

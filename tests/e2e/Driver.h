@@ -1,0 +1,93 @@
+// Drives the real program as a user would: starts it, finds its windows by
+// process id, reads their texts and presses their buttons. Every wait polls
+// with a deadline.
+#pragma once
+
+#include <windows.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace e2e {
+
+using namespace std::chrono_literals;
+inline constexpr auto kDefaultTimeout = 30s;
+
+// Polls `condition` until it is true or the deadline passes.
+bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout = kDefaultTimeout);
+
+std::wstring ProgramPath();           // OrvaneDiagnostics.exe next to the test
+std::wstring WindowText(HWND hwnd);   // WM_GETTEXT, across processes
+std::wstring WindowClass(HWND hwnd);
+std::vector<HWND> TopLevelWindows(DWORD pid);  // visible ones
+
+struct LaunchOptions {
+    std::wstring arguments;  // what follows the program's path
+    std::vector<std::pair<std::wstring, std::wstring>> environment;  // added or replaced
+    bool limitedToken = false;  // start without elevation (the linked token)
+    std::wstring program;       // default: ProgramPath()
+};
+
+class Program {
+public:
+    explicit Program(LaunchOptions options = {});
+    ~Program();  // ends the process if it still runs
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    bool Started() const { return process_ != nullptr; }
+    DWORD Pid() const { return pid_; }
+    HANDLE Process() const { return process_; }
+    bool IsRunning() const;
+    // Waits for the end; returns its exit code, or nullopt-like -1 on time-out.
+    bool WaitForExit(DWORD& exitCode, std::chrono::milliseconds timeout = kDefaultTimeout);
+
+    // The first visible top-level window of the process that matches.
+    HWND WaitForWindow(const std::function<bool(HWND)>& match, std::chrono::milliseconds timeout = kDefaultTimeout);
+    HWND WaitForMainWindow(std::chrono::milliseconds timeout = kDefaultTimeout);
+    HWND WaitForMessageBox(std::chrono::milliseconds timeout = kDefaultTimeout);
+    // Waits until `hwnd` is gone or hidden.
+    bool WaitForClosed(HWND hwnd, std::chrono::milliseconds timeout = kDefaultTimeout);
+
+private:
+    HANDLE process_ = nullptr;
+    DWORD pid_ = 0;
+};
+
+// A message box as the user sees it.
+struct MessageBoxContent {
+    std::wstring caption;
+    std::wstring text;
+    std::vector<std::wstring> buttons;  // in creation order, "&" removed
+};
+MessageBoxContent ReadMessageBox(HWND box);
+// Presses the box's button with that caption ("OK", "Yes", "No").
+bool PressMessageBoxButton(HWND box, const std::wstring& caption);
+
+// What the icon of a message box shows, judged from its pixels on screen.
+enum class IconKind { kNone, kStop, kInformation, kWarning, kQuestion };
+IconKind ReadMessageBoxIcon(HWND box);
+
+// Posted, not sent: a click that opens a modal window must not block us.
+void PostButtonClick(HWND dialog, int controlId);
+void PostSysCommand(HWND window, WPARAM command);
+void PostKey(HWND window, UINT virtualKey);
+
+// The focused control of the thread that owns `window`.
+HWND FocusOf(HWND window);
+
+// Processes whose parent is `parentPid` and whose image has that file name.
+std::vector<DWORD> ChildProcesses(DWORD parentPid, const std::wstring& imageName);
+bool IsModuleLoaded(DWORD pid, const std::wstring& moduleName);
+void TerminatePid(DWORD pid);
+
+// Registry helpers for the program's settings (HKCU).
+inline constexpr wchar_t kSettingsKey[] = L"Software\\Orvane Software V9\\OrvaneDiagnostics";
+void DeleteSettings();
+void WriteSetting(const std::wstring& section, const std::wstring& entry, const std::wstring& value);
+bool ReadSetting(const std::wstring& section, const std::wstring& entry, std::wstring& value);
+
+}  // namespace e2e
