@@ -1,7 +1,8 @@
 # Orvane Diagnostics: build, run and test on Debian 12.
 #   make run    builds and starts the program under Wine
 #   make test   builds and runs every test
-.PHONY: all deps build native run test clean
+#   make dist   builds and packs the release zip into build/dist/
+.PHONY: all deps build native run test dist clean
 
 all: build
 
@@ -21,6 +22,9 @@ run: build
 
 test: build native
 	@scripts/test.sh
+
+dist: build
+	@scripts/dist.sh
 
 clean:
 	rm -rf build build-native

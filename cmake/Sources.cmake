@@ -5,6 +5,14 @@ set(DIAG_PURE_SOURCES
   src/app/Language.cpp
   src/app/Title.cpp
   src/report/ReportChecksum.cpp
+  src/report/ReportVerdict.cpp
+  src/report/EntryText.cpp
+  src/report/AdapterText.cpp
+  src/report/ReportText.cpp
+  src/report/RegistryValueText.cpp
+  src/report/InstallationText.cpp
+  src/diagwin/SaveLocation.cpp
+  src/diagwin/ViewText.cpp
 )
 list(TRANSFORM DIAG_PURE_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/)
 
@@ -14,5 +22,13 @@ set(DIAG_PURE_TESTS
   tests/app/Language_test.cpp
   tests/app/Title_test.cpp
   tests/report/ReportChecksum_test.cpp
+  tests/report/ReportVerdict_test.cpp
+  tests/report/EntryText_test.cpp
+  tests/report/AdapterText_test.cpp
+  tests/report/ReportText_test.cpp
+  tests/report/RegistryValueText_test.cpp
+  tests/report/InstallationText_test.cpp
+  tests/diagwin/SaveLocation_test.cpp
+  tests/diagwin/ViewText_test.cpp
 )
 list(TRANSFORM DIAG_PURE_TESTS PREPEND ${PROJECT_SOURCE_DIR}/)

@@ -41,15 +41,19 @@ shoot() {
   echo "wrote $file"
 }
 
-main_window() {
-  local locale=$1 pattern=$2 file=$3
+# The main window, then the report after a click on its System report button.
+windows() {
+  local locale=$1 lang=$2 main_title=$3 report_title=$4
   LC_ALL=$locale wine "$exe" >/dev/null 2>&1 </dev/null &
-  local id
-  id=$(wait_window "$pattern")
-  shoot "$id" "$file"
+  local id report
+  id=$(wait_window "$main_title")
+  shoot "$id" "$out/main-$lang.png"
+  xdotool mousemove --window "$id" 135 45 click 1
+  report=$(wait_window "^$report_title\$")
+  shoot "$report" "$out/report-$lang.png"
   wineserver -k >/dev/null 2>&1 || true
   wineserver -p >/dev/null 2>&1 </dev/null
 }
 
-main_window en_US.UTF-8 '^Orvane Diagnostics' "$out/main-en.png"
-main_window fr_FR.UTF-8 '^Diagnostics Orvane' "$out/main-fr.png"
+windows en_US.UTF-8 en '^Orvane Diagnostics' 'System report'
+windows fr_FR.UTF-8 fr '^Diagnostics Orvane' 'Rapport Système'

@@ -47,15 +47,19 @@ CommandLine ParseCommandLine(std::wstring_view text) {
 std::wstring UsageText(bool english, std::wstring_view programName) {
     std::wstring name(programName);
     if (english) {
-        return L"Usage: " + name + L" [/?]\n\n"
-               L"/?, /h or /help\tShows this help and ends.\n\n"
+        return L"Usage: " + name + L" [/?] [report-file]\n\n"
+               L"/?, /h or /help\tShows this help and ends.\n"
+               L"report-file\tWrites the system report to this file, without any window, and ends.\n\n"
                L"Options may also begin with \"-\".\n"
                L"Without parameters the main window opens; its System report button "
-               L"shows the report of this computer.";
+               L"shows the report of this computer.\n\n"
+               L"Exit status: 0 done, 2 invalid parameters, 3 report file cannot be written.";
     }
-    return L"Utilisation : " + name + L" [/?]\n\n"
-           L"/?, /h ou /help\tAffiche cette aide et termine.\n\n"
+    return L"Utilisation : " + name + L" [/?] [fichier-rapport]\n\n"
+           L"/?, /h ou /help\tAffiche cette aide et termine.\n"
+           L"fichier-rapport\tÉcrit le rapport système dans ce fichier, sans aucune fenêtre, et termine.\n\n"
            L"Les options peuvent aussi commencer par \"-\".\n"
            L"Sans paramètre, la fenêtre principale s'ouvre ; son bouton Rapport système "
-           L"affiche le rapport de cet ordinateur.";
+           L"affiche le rapport de cet ordinateur.\n\n"
+           L"Code de sortie : 0 terminé, 2 paramètres invalides, 3 fichier rapport impossible à écrire.";
 }

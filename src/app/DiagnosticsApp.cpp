@@ -7,6 +7,8 @@
 #include <cwchar>
 
 #include "app/CommandLine.h"
+#include "app/ExitStatus.h"
+#include "app/HeadlessReport.h"
 #include "app/MainDlg.h"
 #include "ovsystem/OVPackage.h"
 #include "resource.h"
@@ -100,13 +102,19 @@ bool CDiagnosticsApp::HandleCommandLine() {
     if (CommandLineText().empty()) return false;
     const CommandLine commandLine = ParseCommandLine(CommandLineText());
     const std::wstring usage = UsageText(m_bEnglish != 0, Name() + L".exe");
-    if (commandLine.invalid) {
+    // One report file at most: a second path is more likely a missing quote.
+    if (commandLine.invalid || commandLine.arguments.size() > 1) {
         w32::ShowMessageBox(kInvalidParameters.Pick(m_bEnglish != 0), MB_ICONSTOP | MB_OK);
         w32::ShowMessageBox(usage, MB_ICONINFORMATION | MB_OK);
+        SetExitCode(kExitInvalidCommandLine);
         return true;
     }
     if (commandLine.help) {
         w32::ShowMessageBox(usage, MB_ICONINFORMATION | MB_OK);
+        return true;
+    }
+    if (commandLine.arguments.size() == 1) {
+        SetExitCode(WriteHeadlessReport(commandLine.arguments.front()));
         return true;
     }
     return false;

@@ -5,6 +5,7 @@
 #include "app/DiagnosticsApp.h"
 #include "app/Elevation.h"
 #include "app/Title.h"
+#include "diagwin/DiagWinDlg.h"
 #include "ovsystem/OVAbout.h"
 #include "ovsystem/OVPackage.h"
 #include "ovsystem/OVString.h"
@@ -125,7 +126,15 @@ void CMainDlg::RelaunchAsAdministrator() {
     if (w32::ShowMessageBox(Tr(kCloseOldInstance), MB_ICONWARNING | MB_YESNO) == IDYES) EndDialog(IDCANCEL);
 }
 
-void CMainDlg::OnSystemReport() {}
+void CMainDlg::OnSystemReport() {
+    if (!m_pDiagWinDlg) {
+        m_pDiagWinDlg = std::make_unique<CDiagWinDlg>(this);
+        m_pDiagWinDlg->Create(IDD_DIAGNOSTICS, Hwnd());
+    }
+    // The report is made here, before the window shows; the window waits for it.
+    m_pDiagWinDlg->GenerateSystemReport();
+    ::ShowWindow(m_pDiagWinDlg->Hwnd(), SW_SHOW);
+}
 
 bool CMainDlg::OnPaint() {
     if (!::IsIconic(Hwnd())) return OVDialog::OnPaint();

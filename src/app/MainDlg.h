@@ -6,8 +6,12 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include <memory>
+
 #include "ovsystem/OVButtons.h"
 #include "ovsystem/OVDialog.h"
+
+class CDiagWinDlg;
 
 // The name under which the main window's placement is saved.
 inline constexpr wchar_t kMainWindowStateName[] = L"OrvaneDiagnostics";
@@ -22,6 +26,7 @@ public:
 
     // Opens the Diagnostics window with a freshly generated report.
     void OnSystemReport();
+    CDiagWinDlg* DiagnosticsWindow() const { return m_pDiagWinDlg.get(); }
 
     // TTN_NEEDTEXTW: the text of controls 1006 to 1015, at most 79 characters.
     virtual BOOL OnToolTipNotify(UINT id, NMHDR* header, LRESULT* result);
@@ -43,4 +48,6 @@ private:
 
     CBitmapButtonWithHot m_btnSystemReport;
     HICON m_hIcon;
+    // Created on the first report, hidden rather than destroyed, deleted with us.
+    std::unique_ptr<CDiagWinDlg> m_pDiagWinDlg;
 };

@@ -5,6 +5,7 @@
 #include <windows.h>
 #include <objbase.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -98,6 +99,14 @@ struct ModuleTraits {
     static void Close(HMODULE h) { ::FreeLibrary(h); }
 };
 using ScopedModule = Scoped<HMODULE, ModuleTraits>;
+
+// A C runtime stream.
+struct FileTraits {
+    static FILE* Invalid() { return nullptr; }
+    static bool IsValid(FILE* f) { return f != nullptr; }
+    static void Close(FILE* f) { std::fclose(f); }
+};
+using ScopedCFile = Scoped<FILE*, FileTraits>;
 
 // Memory from the process heap (HeapAlloc/HeapFree).
 struct HeapTraits {

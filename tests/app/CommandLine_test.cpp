@@ -100,11 +100,13 @@ TEST(CommandLine, NonAsciiTokensAreKept) {
     EXPECT_EQ(c.arguments[0], L"rapport-\u00e9t\u00e9.txt");
 }
 
-TEST(UsageText, NamesTheProgramAndTheHelpOption) {
+TEST(UsageText, NamesTheProgramTheHelpOptionAndTheReportFile) {
     const std::wstring en = UsageText(true, L"OrvaneDiagnostics.exe");
     const std::wstring fr = UsageText(false, L"OrvaneDiagnostics.exe");
-    EXPECT_EQ(en.rfind(L"Usage: OrvaneDiagnostics.exe [/?]\n", 0), 0u);
-    EXPECT_EQ(fr.rfind(L"Utilisation : OrvaneDiagnostics.exe [/?]\n", 0), 0u);
+    EXPECT_EQ(en.rfind(L"Usage: OrvaneDiagnostics.exe [/?] [report-file]\n", 0), 0u);
+    EXPECT_EQ(fr.rfind(L"Utilisation : OrvaneDiagnostics.exe [/?] [fichier-rapport]\n", 0), 0u);
     EXPECT_NE(en.find(L"/?, /h or /help"), std::wstring::npos);
     EXPECT_NE(fr.find(L"/?, /h ou /help"), std::wstring::npos);
+    EXPECT_NE(en.find(L"\nreport-file\tWrites the system report to this file"), std::wstring::npos);
+    EXPECT_NE(fr.find(L"\nfichier-rapport\t\u00c9crit le rapport syst\u00e8me dans ce fichier"), std::wstring::npos);
 }

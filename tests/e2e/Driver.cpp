@@ -110,16 +110,27 @@ Program::Program(LaunchOptions options) {
 
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
+    w32::ScopedHandle outputWrite;
+    if (options.captureOutput) {
+        SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
+        ::CreatePipe(&outputRead_, outputWrite.Put(), &inheritable, 1 << 20);
+        ::SetHandleInformation(outputRead_, HANDLE_FLAG_INHERIT, 0);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = outputWrite.Get();
+        startup.hStdError = outputWrite.Get();
+    }
+    const BOOL inherit = options.captureOutput ? TRUE : FALSE;
+    const wchar_t* directory = options.currentDirectory.empty() ? nullptr : options.currentDirectory.c_str();
     PROCESS_INFORMATION info{};
     BOOL created = FALSE;
     if (options.limitedToken) {
         w32::ScopedHandle token = LinkedToken();
         if (token)
-            created = ::CreateProcessAsUserW(token.Get(), program.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
-                                             CREATE_UNICODE_ENVIRONMENT, environment.data(), nullptr, &startup, &info);
+            created = ::CreateProcessAsUserW(token.Get(), program.c_str(), commandLine.data(), nullptr, nullptr, inherit,
+                                             CREATE_UNICODE_ENVIRONMENT, environment.data(), directory, &startup, &info);
     } else {
-        created = ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
-                                   CREATE_UNICODE_ENVIRONMENT, environment.data(), nullptr, &startup, &info);
+        created = ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, inherit,
+                                   CREATE_UNICODE_ENVIRONMENT, environment.data(), directory, &startup, &info);
     }
     if (!created) return;
     ::CloseHandle(info.hThread);
@@ -127,7 +138,21 @@ Program::Program(LaunchOptions options) {
     pid_ = info.dwProcessId;
 }
 
+std::string Program::CapturedOutput() {
+    std::string output;
+    if (!outputRead_) return output;
+    char buffer[4096];
+    DWORD available = 0;
+    while (::PeekNamedPipe(outputRead_, nullptr, 0, nullptr, &available, nullptr) && available > 0) {
+        DWORD read = 0;
+        if (!::ReadFile(outputRead_, buffer, sizeof(buffer), &read, nullptr) || read == 0) break;
+        output.append(buffer, read);
+    }
+    return output;
+}
+
 Program::~Program() {
+    if (outputRead_) ::CloseHandle(outputRead_);
     if (!process_) return;
     if (IsRunning()) {
         ::TerminateProcess(process_, 99);
@@ -166,11 +191,17 @@ HWND Program::WaitForMainWindow(std::chrono::milliseconds timeout) {
 HWND Program::WaitForMessageBox(std::chrono::milliseconds timeout) {
     return WaitForWindow(
         [](HWND hwnd) {
-            if (WindowClass(hwnd) != L"#32770" || ::GetDlgItem(hwnd, 1013)) return false;
-            // A message box has buttons and a text, and none of our own controls.
-            for (HWND child : ChildWindows(hwnd))
-                if (WindowClass(child) == L"Button") return true;
-            return false;
+            if (WindowClass(hwnd) != L"#32770") return false;
+            // A message box holds buttons and statics (its text and icon), nothing else.
+            bool hasButton = false;
+            for (HWND child : ChildWindows(hwnd)) {
+                const std::wstring cls = WindowClass(child);
+                if (cls == L"Button")
+                    hasButton = true;
+                else if (cls != L"Static")
+                    return false;
+            }
+            return hasButton && !::GetDlgItem(hwnd, 1101) && !::GetDlgItem(hwnd, 1013);  // not About, not main
         },
         timeout);
 }

@@ -29,6 +29,8 @@ struct LaunchOptions {
     std::vector<std::pair<std::wstring, std::wstring>> environment;  // added or replaced
     bool limitedToken = false;  // start without elevation (the linked token)
     std::wstring program;       // default: ProgramPath()
+    std::wstring currentDirectory;  // default: the test's
+    bool captureOutput = false;     // standard output and error into a pipe
 };
 
 class Program {
@@ -48,6 +50,9 @@ public:
     // The first visible top-level window of the process that matches.
     HWND WaitForWindow(const std::function<bool(HWND)>& match, std::chrono::milliseconds timeout = kDefaultTimeout);
     HWND WaitForMainWindow(std::chrono::milliseconds timeout = kDefaultTimeout);
+    // What the program wrote to its standard output and error (captureOutput);
+    // call after it ended.
+    std::string CapturedOutput();
     HWND WaitForMessageBox(std::chrono::milliseconds timeout = kDefaultTimeout);
     // Waits until `hwnd` is gone or hidden.
     bool WaitForClosed(HWND hwnd, std::chrono::milliseconds timeout = kDefaultTimeout);
@@ -55,6 +60,7 @@ public:
 private:
     HANDLE process_ = nullptr;
     DWORD pid_ = 0;
+    HANDLE outputRead_ = nullptr;
 };
 
 // A message box as the user sees it.

@@ -9,16 +9,20 @@ using namespace e2e;
 namespace {
 
 constexpr wchar_t kEnglishUsage[] =
-    L"Usage: OrvaneDiagnostics.exe [/?]\n\n"
-    L"/?, /h or /help\tShows this help and ends.\n\n"
+    L"Usage: OrvaneDiagnostics.exe [/?] [report-file]\n\n"
+    L"/?, /h or /help\tShows this help and ends.\n"
+    L"report-file\tWrites the system report to this file, without any window, and ends.\n\n"
     L"Options may also begin with \"-\".\n"
-    L"Without parameters the main window opens; its System report button shows the report of this computer.";
+    L"Without parameters the main window opens; its System report button shows the report of this computer.\n\n"
+    L"Exit status: 0 done, 2 invalid parameters, 3 report file cannot be written.";
 constexpr wchar_t kFrenchUsage[] =
-    L"Utilisation : OrvaneDiagnostics.exe [/?]\n\n"
-    L"/?, /h ou /help\tAffiche cette aide et termine.\n\n"
+    L"Utilisation : OrvaneDiagnostics.exe [/?] [fichier-rapport]\n\n"
+    L"/?, /h ou /help\tAffiche cette aide et termine.\n"
+    L"fichier-rapport\t\u00c9crit le rapport syst\u00e8me dans ce fichier, sans aucune fen\u00eatre, et termine.\n\n"
     L"Les options peuvent aussi commencer par \"-\".\n"
-    L"Sans paramètre, la fenêtre principale s'ouvre ; son bouton Rapport système affiche le rapport de cet "
-    L"ordinateur.";
+    L"Sans param\u00e8tre, la fen\u00eatre principale s'ouvre ; son bouton Rapport syst\u00e8me affiche le rapport de "
+    L"cet ordinateur.\n\n"
+    L"Code de sortie : 0 termin\u00e9, 2 param\u00e8tres invalides, 3 fichier rapport impossible \u00e0 \u00e9crire.";
 constexpr wchar_t kEnglishTitle[] = L"Orvane Diagnostics [Administrator] 9.3.1.1042 (64 bits)";
 constexpr wchar_t kFrenchTitle[] = L"Diagnostics Orvane [Administrateur] 9.3.1.1042 (64 bits)";
 
@@ -62,10 +66,10 @@ protected:
         EXPECT_TRUE(program.WaitForClosed(box));
     }
 
-    static void ExpectEndWithoutMainWindow(Program& program) {
+    static void ExpectEndWithoutMainWindow(Program& program, DWORD expectedStatus) {
         DWORD code = 1234;
         ASSERT_TRUE(program.WaitForExit(code));
-        EXPECT_EQ(code, 0u);
+        EXPECT_EQ(code, expectedStatus);
     }
 
     static std::wstring TitleOfMainWindow(LaunchOptions options) {
@@ -125,49 +129,69 @@ TEST_F(Shell, HelpOptionShowsOnlyTheUsageBox) {
         SCOPED_TRACE(option);
         Program program(English(option));
         ExpectBoxAndPressOk(program, kEnglishUsage, IconKind::kInformation);
-        ExpectEndWithoutMainWindow(program);
+        ExpectEndWithoutMainWindow(program, 0);
     }
 }
 
 TEST_F(FrenchUser, HelpOptionInFrench) {
     Program program(French(L"/help"));
     ExpectBoxAndPressOk(program, kFrenchUsage, IconKind::kInformation);
-    ExpectEndWithoutMainWindow(program);
+    ExpectEndWithoutMainWindow(program, 0);
 }
 
 TEST_F(Shell, CapitalisedHelpIsAnUnknownOption) {
     Program program(English(L"/Help"));
     ExpectBoxAndPressOk(program, L"Invalid launch parameters!", IconKind::kStop);
     ExpectBoxAndPressOk(program, kEnglishUsage, IconKind::kInformation);
-    ExpectEndWithoutMainWindow(program);
+    ExpectEndWithoutMainWindow(program, 2);
 }
 
 TEST_F(Shell, HelpWithAnUnknownOptionIsInvalid) {
     Program program(English(L"/h /x"));
     ExpectBoxAndPressOk(program, L"Invalid launch parameters!", IconKind::kStop);
     ExpectBoxAndPressOk(program, kEnglishUsage, IconKind::kInformation);
-    ExpectEndWithoutMainWindow(program);
+    ExpectEndWithoutMainWindow(program, 2);
 }
 
 TEST_F(FrenchUser, InvalidParametersInFrench) {
     Program program(French(L"/HELP"));
     ExpectBoxAndPressOk(program, L"Paramètres de lancement invalides !", IconKind::kStop);
     ExpectBoxAndPressOk(program, kFrenchUsage, IconKind::kInformation);
-    ExpectEndWithoutMainWindow(program);
+    ExpectEndWithoutMainWindow(program, 2);
 }
 
-TEST_F(Shell, TokenOf1022CharactersOpensTheMainWindow) {
-    Program program(English(std::wstring(1022, L'x')));
-    HWND main = program.WaitForMainWindow();
-    ASSERT_NE(main, nullptr);
-    EXPECT_EQ(WindowText(main), kEnglishTitle);
+TEST_F(Shell, TokenOf1022CharactersIsAccepted) {
+    // A token that is not an option names the report file: make it a real
+    // path of exactly 1,022 characters, in folders of 200.
+    wchar_t temp[MAX_PATH];
+    ::GetTempPathW(MAX_PATH, temp);
+    std::wstring path = std::wstring(temp) + L"orvane-long-" + std::to_wstring(::GetCurrentProcessId());
+    std::vector<std::wstring> folders{path};
+    ::CreateDirectoryW(path.c_str(), nullptr);
+    while (path.size() + 1 + 200 + 1 + 10 < 1022) {
+        path += L"\\" + std::wstring(200, L'd');
+        ASSERT_TRUE(::CreateDirectoryW(path.c_str(), nullptr)) << ::GetLastError();
+        folders.push_back(path);
+    }
+    path += L"\\" + std::wstring(1022 - path.size() - 1 - 4, L'r') + L".txt";
+    ASSERT_EQ(path.size(), 1022u);
+    // Unquoted: a closing quote after 1,022 characters would make the line invalid.
+    ASSERT_EQ(path.find(L' '), std::wstring::npos);
+
+    Program program(English(path));
+    DWORD code = 1234;
+    ASSERT_TRUE(program.WaitForExit(code, 120s));
+    EXPECT_EQ(code, 0u);
+    EXPECT_NE(::GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
+    ::DeleteFileW(path.c_str());
+    for (auto it = folders.rbegin(); it != folders.rend(); ++it) ::RemoveDirectoryW(it->c_str());
 }
 
 TEST_F(Shell, TokenOf1023CharactersIsInvalid) {
     Program program(English(std::wstring(1023, L'x')));
     ExpectBoxAndPressOk(program, L"Invalid launch parameters!", IconKind::kStop);
     ExpectBoxAndPressOk(program, kEnglishUsage, IconKind::kInformation);
-    ExpectEndWithoutMainWindow(program);
+    ExpectEndWithoutMainWindow(program, 2);
 }
 
 TEST_F(Shell, EnterDoesNotCloseTheMainWindow) {

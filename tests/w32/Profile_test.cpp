@@ -44,8 +44,11 @@ TEST_F(ProfileTest, StringWithoutTerminatorIsReadWhole) {
     ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Orvane Software V9 Profile Test\\ProfileTestApp\\System",
                                 0, nullptr, 0, KEY_WRITE, nullptr, key.Put(), nullptr),
               ERROR_SUCCESS);
-    const wchar_t raw[] = {L'F', L'R', L'E', L'N', L'C', L'H'};
-    ASSERT_EQ(::RegSetValueExW(key.Get(), L"forcedLocale", 0, REG_SZ, reinterpret_cast<const BYTE*>(raw), sizeof(raw)),
+    // The registry adds a terminator when the character after the data is
+    // NUL, so a guard character follows the six that are stored.
+    const wchar_t raw[] = {L'F', L'R', L'E', L'N', L'C', L'H', L'!'};
+    ASSERT_EQ(::RegSetValueExW(key.Get(), L"forcedLocale", 0, REG_SZ, reinterpret_cast<const BYTE*>(raw),
+                               6 * sizeof(wchar_t)),
               ERROR_SUCCESS);
     EXPECT_EQ(store_.GetString(L"System", L"forcedLocale"), L"FRENCH");
 }

@@ -1,0 +1,7 @@
+// The program's exit statuses, for scripts that run it.
+#pragma once
+
+inline constexpr int kExitSuccess = 0;             // window closed, help shown, or report written
+inline constexpr int kExitInvalidCommandLine = 2;  // unknown option, over-long token, several paths
+inline constexpr int kExitCannotWriteReport = 3;   // the report file cannot be opened for writing
+inline constexpr int kExitReportFailed = 4;        // the local time could not be read: no report

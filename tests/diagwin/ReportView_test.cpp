@@ -1,0 +1,120 @@
+// The report view in-process: its format, its capacity, and the text it
+// gives back for saving.
+#include "diagwin/ReportView.h"
+
+#include <windows.h>
+#include <richedit.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "diagwin/ReportFile.h"
+#include "diagwin/ViewText.h"
+#include "report/ReportChecksum.h"
+#include "resource.h"
+#include "w32/Dialog.h"
+
+namespace {
+
+// The Diagnostics window's template, without the window's behaviour.
+class ViewHost : public w32::Dialog {
+public:
+    ViewHost() { Create(IDD_DIAGNOSTICS, nullptr); }
+};
+
+class ReportViewTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_NE(host_.Hwnd(), nullptr);
+        view_.Attach(host_.Item(IDC_REPORT_VIEW));
+        view_.SetReportFormat();
+    }
+
+    CHARFORMAT2W FormatOf(WPARAM which) {
+        CHARFORMAT2W format{};
+        format.cbSize = sizeof(format);
+        ::SendMessageW(view_.Hwnd(), EM_GETCHARFORMAT, which, reinterpret_cast<LPARAM>(&format));
+        return format;
+    }
+
+    ViewHost host_;
+    ReportView view_;
+};
+
+std::string ReadBytes(const std::wstring& path) {
+    std::ifstream in(std::filesystem::path(path), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+}  // namespace
+
+TEST_F(ReportViewTest, TextIsNinePointBlackCourierNew) {
+    view_.Clear();
+    view_.Append(L"Orvane Software system report\n");
+    for (WPARAM which : {WPARAM(SCF_DEFAULT), WPARAM(SCF_ALL)}) {
+        const CHARFORMAT2W format = FormatOf(which);
+        EXPECT_STREQ(format.szFaceName, L"Courier New") << which;
+        EXPECT_EQ(format.yHeight, 180) << which;
+        EXPECT_EQ(format.crTextColor, RGB(0, 0, 0)) << which;
+        EXPECT_FALSE(format.dwEffects & CFE_AUTOCOLOR) << which;
+    }
+}
+
+TEST_F(ReportViewTest, ClearThenAppendBuildsTheTextInOrder) {
+    view_.Append(L"old report\n");
+    view_.Clear();
+    view_.Append(L"\nProgram:\n");
+    view_.Append(L"in C:\\x\n");
+    EXPECT_EQ(view_.Text(), L"\r\nProgram:\r\nin C:\\x\r\n");
+}
+
+TEST_F(ReportViewTest, GivesBackWhatAsViewTextPredicts) {
+    const std::wstring appended = L"a\nb\r\nc\rd\t\u00e9\u20ac\n\n";
+    view_.Clear();
+    view_.Append(appended);
+    EXPECT_EQ(view_.Text(), AsViewText(appended));
+}
+
+TEST_F(ReportViewTest, HoldsMoreThan200000Characters) {
+    std::wstring line(99, L'x');
+    line += L'\n';
+    view_.Clear();
+    for (int i = 0; i < 2500; ++i) view_.Append(line);
+    const std::wstring text = view_.Text();
+    EXPECT_EQ(text.size(), 2500u * 101u);
+    EXPECT_EQ(text.substr(text.size() - 101), std::wstring(99, L'x') + L"\r\n");
+}
+
+TEST_F(ReportViewTest, IsReadOnlyForTheUser) {
+    EXPECT_TRUE(::GetWindowLongW(view_.Hwnd(), GWL_STYLE) & ES_READONLY);
+}
+
+TEST(ReportFileTest, EmptyViewSavesThirtyTwoBytes) {
+    wchar_t temp[MAX_PATH];
+    ::GetTempPathW(MAX_PATH, temp);
+    const std::wstring path = std::wstring(temp) + L"orvane-empty-report.txt";
+    ASSERT_TRUE(WriteReportFile(path, L""));
+    const std::string bytes = ReadBytes(path);
+    EXPECT_EQ(bytes, std::string("\xFF\xFE\n\0-\0-\0-\0 \0\n\0" "0\0" "1\0" "0\0" "2\0" "0\0" "3\0" "0\0" "4\0\n\0", 32));
+    ::DeleteFileW(path.c_str());
+}
+
+TEST(ReportFileTest, OverwritingALongerFileLeavesNothingOfIt) {
+    wchar_t temp[MAX_PATH];
+    ::GetTempPathW(MAX_PATH, temp);
+    const std::wstring path = std::wstring(temp) + L"orvane-overwrite-report.txt";
+    {
+        std::ofstream old(std::filesystem::path(path), std::ios::binary);
+        old << std::string(100000, 'z');
+    }
+    ASSERT_TRUE(WriteReportFile(path, L"AB"));
+    EXPECT_EQ(ReadBytes(path), BuildReportFileBytes(u"AB"));
+    ::DeleteFileW(path.c_str());
+}
+
+TEST(ReportFileTest, FolderThatDoesNotExistCannotBeOpened) {
+    EXPECT_FALSE(WriteReportFile(L"C:\\no such folder 4711\\report.txt", L"AB"));
+}

@@ -1,0 +1,249 @@
+// The System report as a user meets it: the button, the Diagnostics window,
+// OK, Esc and the close box, and Save through the real Save As dialog.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "e2e/Driver.h"
+#include "w32/Scoped.h"
+
+using namespace e2e;
+
+namespace {
+
+constexpr int kReportView = 1003;
+constexpr int kSaveButton = 1012;
+constexpr int kReportButton = 1013;
+
+// An independent reading of the saved file's trailer.
+std::uint32_t FoldLowBytes(const std::wstring& body) {
+    std::uint32_t value = 0x01020304;
+    for (std::size_t i = 0; i < body.size(); ++i) value ^= (static_cast<std::uint32_t>(body[i]) & 0xFF) << (8 * (i % 4));
+    return value;
+}
+
+std::string ExpectedFileBytes(const std::wstring& body) {
+    wchar_t digits[9];
+    swprintf(digits, 9, L"%08x", FoldLowBytes(body));
+    const std::wstring all = body + L"\n--- \n" + digits + L"\n";
+    std::string bytes = "\xFF\xFE";
+    for (wchar_t c : all) {
+        bytes.push_back(static_cast<char>(c & 0xFF));
+        bytes.push_back(static_cast<char>((c >> 8) & 0xFF));
+    }
+    return bytes;
+}
+
+std::string ReadBytes(const std::wstring& path) {
+    std::ifstream in(std::filesystem::path(path), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+std::wstring TempFolder(const std::wstring& name) {
+    wchar_t temp[MAX_PATH];
+    ::GetTempPathW(MAX_PATH, temp);
+    std::wstring folder = std::wstring(temp) + name + L"-" + std::to_wstring(::GetCurrentProcessId());
+    ::CreateDirectoryW(folder.c_str(), nullptr);
+    return folder;
+}
+
+bool IsReportWindow(HWND hwnd) { return ::GetDlgItem(hwnd, kReportView) != nullptr; }
+
+class DiagnosticsWindow : public testing::Test {
+protected:
+    void SetUp() override {
+        DeleteSettings();
+        main_ = program_.WaitForMainWindow();
+        ASSERT_NE(main_, nullptr);
+    }
+    void TearDown() override { DeleteSettings(); }
+
+    HWND OpenReport() {
+        PostButtonClick(main_, kReportButton);
+        HWND window = program_.WaitForWindow(IsReportWindow, 120s);
+        if (window) WaitUntil([&] { return ReportText(window).find(L"installation:") != std::wstring::npos; }, 120s);
+        return window;
+    }
+    static std::wstring ReportText(HWND window) { return WindowText(::GetDlgItem(window, kReportView)); }
+
+    std::vector<HWND> ReportWindows() const {
+        std::vector<HWND> found;
+        for (HWND hwnd : TopLevelWindows(program_.Pid()))
+            if (IsReportWindow(hwnd)) found.push_back(hwnd);
+        return found;
+    }
+
+    // Presses Save, types `path` into the Save As dialog and confirms it.
+    HWND SaveAs(HWND window, const std::wstring& path) {
+        PostButtonClick(window, kSaveButton);
+        HWND dialog = program_.WaitForWindow([](HWND hwnd) { return FileNameField(hwnd) != nullptr; });
+        if (!dialog) return nullptr;
+        if (!path.empty()) ::SendMessageW(FileNameField(dialog), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+        ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+        return dialog;
+    }
+
+    // The file name box of a common file dialog.
+    static HWND FileNameField(HWND dialog) {
+        if (WindowClass(dialog) != L"#32770") return nullptr;
+        if (HWND edit = ::GetDlgItem(dialog, 0x480)) return edit;  // edt1
+        HWND combo = ::GetDlgItem(dialog, 0x47C);  // cmb13, a ComboBoxEx around a combo box
+        if (!combo) return nullptr;
+        if (HWND inner = ::FindWindowExW(combo, nullptr, L"ComboBox", nullptr)) combo = inner;
+        return ::FindWindowExW(combo, nullptr, L"Edit", nullptr);
+    }
+
+    Program program_;
+    HWND main_ = nullptr;
+};
+
+}  // namespace
+
+TEST_F(DiagnosticsWindow, ReportButtonShowsTheReport) {
+    HWND window = OpenReport();
+    ASSERT_NE(window, nullptr);
+    EXPECT_EQ(WindowText(window), L"System report");
+    EXPECT_EQ(WindowText(::GetDlgItem(window, kSaveButton)), L"Save...");
+    EXPECT_EQ(WindowText(::GetDlgItem(window, IDOK)), L"OK");
+    const std::wstring text = ReportText(window);
+    EXPECT_EQ(text.rfind(L"Orvane Software system report on ", 0), 0u) << text.substr(0, 80);
+    for (const wchar_t* heading : {L"\r\n\r\nProgram:\r\n", L"\r\nHost:\r\n", L"\r\nWindows:\r\n", L"\r\nHardware:\r\n",
+                                   L"\r\nNetwork:\r\n", L"\r\nOrvane Software installation:\r\n"})
+        EXPECT_NE(text.find(heading), std::wstring::npos) << testing::PrintToString(std::wstring(heading));
+}
+
+TEST_F(DiagnosticsWindow, SystemCommand17ShowsTheReport) {
+    PostSysCommand(main_, 17);
+    EXPECT_NE(program_.WaitForWindow(IsReportWindow, 120s), nullptr);
+}
+
+TEST_F(DiagnosticsWindow, SecondRequestRefreshesTheSameWindow) {
+    HWND window = OpenReport();
+    ASSERT_NE(window, nullptr);
+    // Replace the text behind the program's back: the next request must rewrite it.
+    ::SendMessageW(::GetDlgItem(window, kReportView), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"stale"));
+    ASSERT_EQ(ReportText(window), L"stale");
+    PostButtonClick(main_, kReportButton);
+    ASSERT_TRUE(WaitUntil([&] { return ReportText(window).find(L"installation:") != std::wstring::npos; }, 120s));
+    EXPECT_EQ(ReportText(window).rfind(L"Orvane Software system report on ", 0), 0u);
+    EXPECT_EQ(ReportWindows(), std::vector<HWND>{window});
+}
+
+TEST_F(DiagnosticsWindow, OkEscapeAndCloseBoxOnlyHide) {
+    HWND window = OpenReport();
+    ASSERT_NE(window, nullptr);
+    const std::wstring text = ReportText(window);
+
+    PostButtonClick(window, IDOK);
+    EXPECT_TRUE(program_.WaitForClosed(window));
+    EXPECT_TRUE(::IsWindow(window));
+
+    PostButtonClick(main_, kReportButton);
+    ASSERT_TRUE(WaitUntil([&] { return ::IsWindowVisible(window) != FALSE; }));
+    ASSERT_TRUE(WaitUntil([&] { return FocusOf(window) != nullptr; }));
+    PostKey(FocusOf(window), VK_ESCAPE);
+    EXPECT_TRUE(program_.WaitForClosed(window));
+    EXPECT_TRUE(::IsWindow(window));
+
+    PostButtonClick(main_, kReportButton);
+    ASSERT_TRUE(WaitUntil([&] { return ::IsWindowVisible(window) != FALSE; }));
+    PostSysCommand(window, SC_CLOSE);
+    EXPECT_TRUE(program_.WaitForClosed(window));
+    EXPECT_TRUE(::IsWindow(window));
+    EXPECT_TRUE(program_.IsRunning());
+}
+
+TEST_F(DiagnosticsWindow, SaveWritesTheViewTextWithItsChecksumAndRemembersTheFolder) {
+    HWND window = OpenReport();
+    ASSERT_NE(window, nullptr);
+    const std::wstring folder = TempFolder(L"orvane-save");
+    const std::wstring path = folder + L"\\a.txt";
+    ::DeleteFileW(path.c_str());
+    ASSERT_NE(SaveAs(window, path), nullptr);
+    ASSERT_TRUE(WaitUntil([&] { return ReadBytes(path).size() > 32; }));
+    const std::wstring body = ReportText(window);
+    EXPECT_EQ(ReadBytes(path), ExpectedFileBytes(body));
+    std::wstring remembered;
+    EXPECT_TRUE(ReadSetting(L"Folder", L"report", remembered));
+    EXPECT_EQ(remembered, folder);
+
+    // The next Save proposes report.txt in that folder.
+    const std::wstring proposed = folder + L"\\report.txt";
+    ::DeleteFileW(proposed.c_str());
+    ASSERT_NE(SaveAs(window, L""), nullptr);
+    EXPECT_TRUE(WaitUntil([&] { return ReadBytes(proposed) == ExpectedFileBytes(body); }));
+    ::DeleteFileW(path.c_str());
+    ::DeleteFileW(proposed.c_str());
+    ::RemoveDirectoryW(folder.c_str());
+}
+
+TEST_F(DiagnosticsWindow, NameWithoutExtensionIsKeptAsTyped) {
+    HWND window = OpenReport();
+    ASSERT_NE(window, nullptr);
+    const std::wstring folder = TempFolder(L"orvane-noext");
+    const std::wstring path = folder + L"\\noext";
+    ASSERT_NE(SaveAs(window, path), nullptr);
+    EXPECT_TRUE(WaitUntil([&] { return ReadBytes(path).size() > 32; }));
+    EXPECT_EQ(::GetFileAttributesW((path + L".txt").c_str()), INVALID_FILE_ATTRIBUTES);
+    ::DeleteFileW(path.c_str());
+    ::RemoveDirectoryW(folder.c_str());
+}
+
+TEST_F(DiagnosticsWindow, ExistingFileIsReplacedWholeAfterConfirmation) {
+    HWND window = OpenReport();
+    ASSERT_NE(window, nullptr);
+    const std::wstring folder = TempFolder(L"orvane-overwrite");
+    const std::wstring path = folder + L"\\old.txt";
+    {
+        std::ofstream old(std::filesystem::path(path), std::ios::binary);
+        old << std::string(2'000'000, 'x');
+    }
+    ASSERT_NE(SaveAs(window, path), nullptr);
+    HWND question = program_.WaitForMessageBox();
+    ASSERT_NE(question, nullptr);
+    // The file dialog's own question; its words are the system's.
+    EXPECT_EQ(ReadMessageBox(question).buttons, (std::vector<std::wstring>{L"Yes", L"No"}));
+    ASSERT_TRUE(PressMessageBoxButton(question, L"Yes"));
+    const std::string expected = ExpectedFileBytes(ReportText(window));
+    EXPECT_TRUE(WaitUntil([&] { return ReadBytes(path) == expected; }));
+    ::DeleteFileW(path.c_str());
+    ::RemoveDirectoryW(folder.c_str());
+}
+
+TEST_F(DiagnosticsWindow, FileThatCannotBeOpenedGivesTheMessageAndKeepsTheFolder) {
+    HWND window = OpenReport();
+    ASSERT_NE(window, nullptr);
+    const std::wstring folder = TempFolder(L"orvane-locked");
+    const std::wstring path = folder + L"\\locked.txt";
+    {
+        std::ofstream make(std::filesystem::path(path), std::ios::binary);
+        make << "keep me";
+    }
+    // Opened here without sharing: the program cannot open it for writing.
+    w32::ScopedHandle lock(::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(lock);
+    ASSERT_NE(SaveAs(window, path), nullptr);
+    HWND question = program_.WaitForMessageBox();
+    ASSERT_NE(question, nullptr);
+    ASSERT_TRUE(PressMessageBoxButton(question, L"Yes"));
+    HWND box = nullptr;
+    ASSERT_TRUE(WaitUntil([&] {
+        box = program_.WaitForMessageBox(1s);
+        return box && ReadMessageBox(box).text == L"Unable to open file!";
+    }));
+    const MessageBoxContent content = ReadMessageBox(box);
+    EXPECT_EQ(content.caption, L"OrvaneDiagnostics");
+    EXPECT_EQ(content.buttons, std::vector<std::wstring>{L"OK"});
+    EXPECT_EQ(ReadMessageBoxIcon(box), IconKind::kStop);
+    std::wstring remembered;
+    EXPECT_TRUE(ReadSetting(L"Folder", L"report", remembered));
+    EXPECT_EQ(remembered, folder);
+    ASSERT_TRUE(PressMessageBoxButton(box, L"OK"));
+    lock.Reset();
+    EXPECT_EQ(ReadBytes(path), "keep me");
+    ::DeleteFileW(path.c_str());
+    ::RemoveDirectoryW(folder.c_str());
+}
+
