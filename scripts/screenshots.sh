@@ -56,4 +56,4 @@ windows() {
 }
 
 windows en_US.UTF-8 en '^Orvane Diagnostics' 'System report'
-windows fr_FR.UTF-8 fr '^Diagnostics Orvane' 'Rapport Système'
+windows fr_FR.UTF-8 fr '^Diagnostics Orvane' 'Rapport Syst.me'

@@ -40,6 +40,7 @@ bool CDiagWinDlg::OnInitDialog() {
 void CDiagWinDlg::GenerateSystemReport() {
     m_reportView.Clear();
     WriteSystemReport(m_reportView);
+    m_reportView.ShowStart();
 }
 
 // OK, Enter, Esc and the close box only hide the window: it keeps its report.

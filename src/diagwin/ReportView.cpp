@@ -37,4 +37,9 @@ void ReportView::Append(std::wstring_view text) {
     ::SendMessageW(hwnd_, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(piece.c_str()));
 }
 
+void ReportView::ShowStart() {
+    ::SendMessageW(hwnd_, EM_SETSEL, 0, 0);
+    ::SendMessageW(hwnd_, EM_SCROLLCARET, 0, 0);
+}
+
 std::wstring ReportView::Text() const { return w32::GetWindowTextString(hwnd_); }

@@ -20,6 +20,8 @@ public:
     void Clear();
     // Inserts at the caret; not undoable.
     void Append(std::wstring_view text) override;
+    // Puts the caret at the start and scrolls there: a report is read from its top.
+    void ShowStart();
     // The view's text as its window text gives it (line breaks as CR LF).
     std::wstring Text() const;
 

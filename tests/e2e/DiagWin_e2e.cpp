@@ -247,3 +247,104 @@ TEST_F(DiagnosticsWindow, FileThatCannotBeOpenedGivesTheMessageAndKeepsTheFolder
     ::RemoveDirectoryW(folder.c_str());
 }
 
+
+namespace {
+
+bool UserLocaleIsFrench() {
+    wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
+    ::GetUserDefaultLocaleName(name, LOCALE_NAME_MAX_LENGTH);
+    return std::wstring(name).rfind(L"fr", 0) == 0;
+}
+
+// Runs under LC_ALL=fr_FR.UTF-8 (see tests/CMakeLists.txt).
+class FrenchUserReport : public DiagnosticsWindow {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(UserLocaleIsFrench()) << "run this suite under LC_ALL=fr_FR.UTF-8";
+        DiagnosticsWindow::SetUp();
+    }
+};
+
+}  // namespace
+
+TEST_F(FrenchUserReport, WindowAndSaveSpeakFrench) {
+    HWND window = OpenReport();
+    ASSERT_NE(window, nullptr);
+    EXPECT_EQ(WindowText(window), L"Rapport Syst\u00e8me");
+    EXPECT_EQ(WindowText(::GetDlgItem(window, kSaveButton)), L"Sauver...");
+    EXPECT_EQ(WindowText(::GetDlgItem(window, IDOK)), L"OK");
+
+    const std::wstring folder = TempFolder(L"orvane-locked-fr");
+    const std::wstring path = folder + L"\\verrou.txt";
+    {
+        std::ofstream make(std::filesystem::path(path), std::ios::binary);
+        make << "garder";
+    }
+    w32::ScopedHandle lock(::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(lock);
+    HWND dialog = SaveAs(window, path);
+    ASSERT_NE(dialog, nullptr);
+    HWND box = nullptr;
+    ASSERT_TRUE(WaitUntil([&] {
+        box = program_.WaitForMessageBox(1s);
+        if (!box) return false;
+        const MessageBoxContent content = ReadMessageBox(box);
+        if (content.buttons.size() == 2) {  // the file dialog asks before replacing
+            PressMessageBoxButton(box, content.buttons[0]);
+            return false;
+        }
+        return content.text == L"Impossible d'ouvrir le fichier !";
+    }));
+    EXPECT_EQ(ReadMessageBoxIcon(box), IconKind::kStop);
+    ASSERT_TRUE(PressMessageBoxButton(box, L"OK"));
+    lock.Reset();
+    ::DeleteFileW(path.c_str());
+    ::RemoveDirectoryW(folder.c_str());
+}
+
+// A program directory of thousands of files makes a report of more than
+// 200,000 characters: the view holds it whole and Save writes it whole.
+TEST(LargeReport, IsHeldAndSavedWhole) {
+    DeleteSettings();
+    const std::wstring folder = TempFolder(L"orvane-large");
+    const std::wstring program = folder + L"\\OrvaneDiagnostics.exe";
+    ASSERT_TRUE(::CopyFileW(ProgramPath().c_str(), program.c_str(), FALSE));
+    for (int i = 0; i < 3000; ++i) {
+        const std::wstring name = folder + L"\\entry-" + std::to_wstring(10000 + i) + L".dat";
+        w32::ScopedHandle file(::CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+        ASSERT_TRUE(file);
+    }
+    {
+        LaunchOptions options;
+        options.program = program;
+        Program running(options);
+        HWND main = running.WaitForMainWindow();
+        ASSERT_NE(main, nullptr);
+        PostButtonClick(main, kReportButton);
+        HWND window = running.WaitForWindow(IsReportWindow, 120s);
+        ASSERT_NE(window, nullptr);
+        std::wstring text;
+        ASSERT_TRUE(WaitUntil([&] {
+            text = WindowText(::GetDlgItem(window, kReportView));
+            return text.find(L"* Shared Batch directory") != std::wstring::npos;
+        }, 120s));
+        EXPECT_GT(text.size(), 200000u);
+        EXPECT_NE(text.find(L"\tentry-12999.dat\t"), std::wstring::npos);
+
+        const std::wstring saved = folder + L"\\large-report.txt";
+        PostButtonClick(window, kSaveButton);
+        HWND dialog = running.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 0x47C) != nullptr; });
+        ASSERT_NE(dialog, nullptr);
+        HWND combo = ::GetDlgItem(dialog, 0x47C);
+        if (HWND inner = ::FindWindowExW(combo, nullptr, L"ComboBox", nullptr)) combo = inner;
+        ::SendMessageW(::FindWindowExW(combo, nullptr, L"Edit", nullptr), WM_SETTEXT, 0,
+                       reinterpret_cast<LPARAM>(saved.c_str()));
+        ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+        const std::string expected = ExpectedFileBytes(text);
+        EXPECT_TRUE(WaitUntil([&] { return ReadBytes(saved) == expected; }));
+        EXPECT_EQ(expected.size(), 32 + 2 * text.size());
+    }
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(folder), ignored);
+    DeleteSettings();
+}
