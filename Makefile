@@ -2,8 +2,10 @@
 #   make report builds and writes report.txt (this machine, as Wine shows it)
 #   make run    builds and starts the program under Wine
 #   make test   builds and runs every test
+#   make fuzz   runs every fuzz target for a minute (DIAG_FUZZ_SECONDS)
 #   make dist   builds and packs the release zip into build/dist/
-.PHONY: all deps build native report run test dist clean
+#   make bench  builds and runs the benchmarks under Wine, writes bench/RESULTS.md
+.PHONY: all deps build native fuzz-build fuzz report run test dist bench clean
 
 all: build
 
@@ -18,17 +20,27 @@ native: deps
 	@cmake --preset native >/dev/null
 	@cmake --build --preset native
 
+fuzz-build: deps
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz
+
+fuzz: fuzz-build
+	@scripts/fuzz.sh
+
 report: build native
 	@scripts/report.sh "$(CURDIR)"
 
 run: build
 	@scripts/run.sh
 
-test: build native
+test: build native fuzz-build
 	@scripts/test.sh
 
 dist: build
 	@scripts/dist.sh
 
+bench: build
+	@scripts/bench.sh
+
 clean:
-	rm -rf build build-native
+	rm -rf build build-native build-fuzz

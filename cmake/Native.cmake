@@ -11,3 +11,8 @@ target_include_directories(diag_pure PUBLIC ${PROJECT_SOURCE_DIR}/src)
 add_executable(pure_tests ${DIAG_PURE_TESTS})
 target_link_libraries(pure_tests PRIVATE diag_pure GTest::gtest_main)
 gtest_discover_tests(pure_tests TEST_PREFIX "native." DISCOVERY_TIMEOUT 60)
+
+# The fuzz targets (the "fuzz" preset, with clang).
+if(DIAG_FUZZ)
+  add_subdirectory(${PROJECT_SOURCE_DIR}/tests/fuzz ${CMAKE_BINARY_DIR}/fuzz)
+endif()

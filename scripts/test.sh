@@ -12,6 +12,9 @@ status=0
 echo "== Host tests (AddressSanitizer, UBSan)"
 ctest --test-dir "${DIAG_NATIVE_BUILD_DIR:-build-native}" --output-on-failure -j "$jobs" || status=1
 
+echo "== Fuzz smoke (libFuzzer, AddressSanitizer, UBSan: ${DIAG_FUZZ_SMOKE_SECONDS:-15} s per target)"
+DIAG_FUZZ_BUILD_DIR="${DIAG_FUZZ_BUILD_DIR:-build-fuzz}" scripts/fuzz.sh --smoke || status=1
+
 prefix=$(mktemp -d /tmp/orvane-diag-wine.XXXXXX)
 cleanup() {
   wine_cleanup

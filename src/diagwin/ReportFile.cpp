@@ -18,11 +18,22 @@ std::wstring OpenablePath(const std::wstring& path) {
     if (full.rfind(L"\\\\", 0) == 0) return L"\\\\?\\UNC\\" + full.substr(2);
     return L"\\\\?\\" + full;
 }
+
+// Windows refuses to open a read-only file for writing. Wine run as root
+// would let the write through (the Unix mode does not stop root), so the
+// attribute is asked first: the file is then refused everywhere alike.
+bool IsReadOnlyFile(const std::wstring& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) &&
+           !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
 }  // namespace
 
 bool WriteReportFile(const std::wstring& path, std::wstring_view text) {
+    const std::wstring openable = OpenablePath(path);
+    if (IsReadOnlyFile(openable)) return false;
     // Created or truncated, shared for reading and writing as the C runtime's "wb" would be.
-    w32::ScopedHandle file(::CreateFileW(OpenablePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+    w32::ScopedHandle file(::CreateFileW(openable.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                          nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) return false;
     const std::string bytes = BuildReportFileBytes(AsUtf16(text));

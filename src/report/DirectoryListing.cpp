@@ -68,6 +68,22 @@ std::wstring ReadAccessList(const std::wstring& path) {
     return FormatAccessList(descriptor.data());
 }
 
+// A version resource lives only in an executable image, and every image
+// starts with "MZ". Reading two bytes is cheaper than asking the version
+// library, which maps the file as a module first (under Wine several times
+// over). False only when the file was read and cannot be an image: any doubt
+// (no access, a directory, a locked range) leaves the answer to the library.
+bool CannotBeAnImage(const std::wstring& path) {
+    const w32::ScopedHandle file(::CreateFileW(path.c_str(), GENERIC_READ,
+                                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) return false;
+    char magic[2] = {};
+    DWORD read = 0;
+    if (!::ReadFile(file.Get(), magic, sizeof(magic), &read, nullptr)) return false;
+    return read < sizeof(magic) || magic[0] != 'M' || magic[1] != 'Z';
+}
+
 std::wstring ReadContentExcerpt(const std::wstring& path) {
     const w32::ScopedCFile file(::_wfopen(path.c_str(), L"rb"));
     if (!file) return FormatContentPart(kUnableToOpen);
@@ -87,6 +103,7 @@ std::wstring FormatFileTime(const FILETIME& time) {
 }
 
 std::wstring ReadProductVersion(const std::wstring& path) {
+    if (CannotBeAnImage(path)) return {};
     DWORD handle = 0;
     const DWORD size = ::GetFileVersionInfoSizeW(path.c_str(), &handle);
     if (size == 0) return {};

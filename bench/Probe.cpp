@@ -1,0 +1,486 @@
+// In-process benchmarks of the report code.
+//
+//   bench_probe sections <passes> <program directory>
+//       One report, section by section, into a string (as the headless
+//       report makes it), then the five WMI queries apart. The first pass
+//       runs in a fresh process and carries the first loading of the system
+//       libraries; the passes after it do not.
+//   bench_probe listing string|both <warm-ups> <runs> <directory>...
+//       ListDirectory of each directory into a string and (both) into a real
+//       Rich Edit 5.0 view (a ReportView attached to a "RichEdit50W"
+//       control with the Diagnostics window's styles), round after round.
+//   bench_probe listing-parts <directory> <runs>
+//       Where the time of one entry goes: the directory search alone, the
+//       two file times, the product version (also as it was read before the
+//       first-bytes check, and the version library's size query alone), the
+//       whole entry text, ListDirectory.
+//   bench_probe save <megabytes> <output directory> <warm-ups> <runs>
+//       WriteReportFile of a report of that size against writing and
+//       copying the same bytes.
+//   bench_probe platform <data file> <versioned library> <runs>
+//       The platform calls that the report's time goes to, each alone.
+//   bench_probe peak idle|report <file>|listing <directory> string|view
+//       The peak working set of this process after doing that once.
+#include <winsock2.h>
+#include <windows.h>
+#include <iphlpapi.h>
+#include <richedit.h>
+#include <wbemidl.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "BenchSupport.h"
+#include "app/HeadlessReport.h"
+#include "diagwin/ReportFile.h"
+#include "diagwin/ReportView.h"
+#include "diagwin/ViewText.h"
+#include "report/DirectoryListing.h"
+#include "report/EntryText.h"
+#include "report/InstallationSection.h"
+#include "report/ReportChecksum.h"
+#include "report/ReportSink.h"
+#include "report/SystemReport.h"
+#include "report/WmiQuery.h"
+#include "w32/Application.h"
+#include "w32/Scoped.h"
+#include "w32/Text.h"
+
+namespace {
+
+using bench::NowMs;
+using bench::Record;
+
+// ---------------------------------------------------------------- sections
+
+struct WmiValue {
+    const wchar_t* caseName;
+    const wchar_t* className;
+    const wchar_t* propertyName;
+};
+// In the order in which the report asks for them.
+constexpr WmiValue kWmiValues[] = {
+    {L"wmi Win32_ComputerSystem.Name", L"Win32_ComputerSystem", L"Name"},
+    {L"wmi Win32_ComputerSystem.Domain", L"Win32_ComputerSystem", L"Domain"},
+    {L"wmi Win32_OperatingSystem.Version", L"Win32_OperatingSystem", L"Version"},
+    {L"wmi Win32_BIOS.Name", L"Win32_BIOS", L"Name"},
+    {L"wmi Win32_BaseBoard.Manufacturer", L"Win32_BaseBoard", L"Manufacturer"},
+};
+
+template <typename Work>
+double Time(Work&& work) {
+    const double start = NowMs();
+    work();
+    return NowMs() - start;
+}
+
+int Sections(int passes, const std::wstring& programDirectory) {
+    for (int pass = 0; pass < passes; ++pass) {
+        const std::wstring run = pass == 0 ? L"cold" : std::to_wstring(pass);
+        StringReportSink sink;
+        SystemFolders folders;
+        double total = 0;
+        auto timed = [&](const wchar_t* name, auto&& work) {
+            const double ms = Time(work);
+            total += ms;
+            Record(L"sections", name, run, L"ms", ms);
+        };
+        timed(L"header", [&] {
+            if (const auto header = MakeReportHeader()) sink.Append(*header);
+        });
+        timed(L"program", [&] { WriteProgramSection(sink); });
+        timed(L"host", [&] { WriteHostSection(sink); });
+        timed(L"windows", [&] { folders = WriteWindowsSection(sink); });
+        timed(L"hardware", [&] { WriteHardwareSection(sink); });
+        timed(L"network", [&] { WriteNetworkSection(sink); });
+        // The installed program's own directory, as the headless report run
+        // from the installation lists it.
+        timed(L"installation", [&] {
+            WriteInstallationSection(sink, programDirectory, folders.programFiles, folders.commonAppData);
+        });
+        Record(L"sections", L"total", run, L"ms", total);
+        Record(L"sections", L"total", run, L"chars", static_cast<double>(sink.Text().size()));
+        for (const WmiValue& value : kWmiValues) {
+            std::wstring text;
+            const double ms = Time([&] { text = QueryWmiPropertyFromAnyThread(value.className, value.propertyName); });
+            Record(L"sections", value.caseName, run, L"ms", ms);
+            Record(L"sections", value.caseName, run, L"empty", text.empty() ? 1 : 0);
+        }
+    }
+    return 0;
+}
+
+// ---------------------------------------------------------------- listings
+
+// A hidden top-level window holding a report view with the styles of the
+// Diagnostics window's control (its template: 431 by 335 dialog units).
+class ViewWindow {
+public:
+    ViewWindow() {
+        ::LoadLibraryW(L"msftedit.dll");
+        WNDCLASSW windowClass{};
+        windowClass.lpfnWndProc = ::DefWindowProcW;
+        windowClass.hInstance = ::GetModuleHandleW(nullptr);
+        windowClass.lpszClassName = L"OrvaneBenchViewHost";
+        ::RegisterClassW(&windowClass);
+        frame_ = ::CreateWindowExW(0, windowClass.lpszClassName, L"bench", WS_OVERLAPPEDWINDOW, 0, 0, 680, 620,
+                                   nullptr, nullptr, windowClass.hInstance, nullptr);
+        const HWND control = ::CreateWindowExW(
+            0, L"RichEdit50W", L"",
+            WS_CHILD | WS_VISIBLE | WS_BORDER | WS_VSCROLL | WS_HSCROLL | WS_TABSTOP | ES_MULTILINE |
+                ES_AUTOHSCROLL | ES_READONLY | ES_DISABLENOSCROLL,
+            5, 5, 647, 545, frame_, nullptr, windowClass.hInstance, nullptr);
+        view_.Attach(control);
+        view_.SetReportFormat();
+    }
+    ~ViewWindow() {
+        if (frame_) ::DestroyWindow(frame_);
+    }
+    bool Ok() const { return view_.Hwnd() != nullptr; }
+    ReportView& View() { return view_; }
+    // Lines as the control counts them (the last one is empty).
+    LRESULT LineCount() const { return ::SendMessageW(view_.Hwnd(), EM_GETLINECOUNT, 0, 0); }
+
+private:
+    HWND frame_ = nullptr;
+    ReportView view_;
+};
+
+// Counts the entry lines that reach a sink.
+class CountingSink final : public ReportSink {
+public:
+    explicit CountingSink(ReportSink& next) : next_(next) {}
+    void Append(std::wstring_view text) override {
+        ++pieces_;
+        next_.Append(text);
+    }
+    std::size_t Pieces() const { return pieces_; }
+
+private:
+    ReportSink& next_;
+    std::size_t pieces_ = 0;
+};
+
+// Every round lists each directory into the string and then into the view,
+// so that drift of a shared machine falls on every size and both sinks alike.
+int Listing(const std::wstring& sinks, int warmups, int runs, const std::vector<std::wstring>& directories) {
+    const bool intoViewToo = sinks != L"string";
+    ViewWindow window;
+    if (!window.Ok()) {
+        bench::Note(L"the RichEdit50W control could not be created");
+        return 1;
+    }
+    for (int i = 0; i < warmups + runs; ++i) {
+        const std::wstring run = i < warmups ? L"w" : std::to_wstring(i - warmups + 1);
+        for (const std::wstring& directory : directories) {
+            StringReportSink text;
+            CountingSink intoString(text);
+            const double stringMs = Time([&] { ListDirectory(intoString, directory, false, false); });
+            Record(L"listing", L"string " + directory, run, L"ms", stringMs);
+            Record(L"listing", L"string " + directory, run, L"entries", static_cast<double>(intoString.Pieces()));
+            if (!intoViewToo) continue;
+
+            const double clearMs = Time([&] { window.View().Clear(); });
+            CountingSink intoView(window.View());
+            const double viewMs = Time([&] { ListDirectory(intoView, directory, false, false); });
+            const std::wstring viewCase = L"view " + directory;
+            Record(L"listing", viewCase, run, L"ms", viewMs);
+            Record(L"listing", viewCase, run, L"entries", static_cast<double>(intoView.Pieces()));
+            Record(L"listing", viewCase, run, L"view_lines", static_cast<double>(window.LineCount()));
+            // Emptying the view of what the listing before left in it.
+            Record(L"listing", viewCase, run, L"clear_before_ms", clearMs);
+            // The same text handed to the view as one piece: what the control
+            // charges per insertion rather than per character. Not for the
+            // largest listing: one piece of that size takes the control minutes.
+            if (intoView.Pieces() > 2000) continue;
+            window.View().Clear();
+            const double onePiece = Time([&] { window.View().Append(text.Text()); });
+            Record(L"listing", viewCase, run, L"one_piece_ms", onePiece);
+        }
+    }
+    return 0;
+}
+
+// ReadProductVersion as it was before it looked at the file's first two
+// bytes: the version library is asked for every entry. Kept here to show
+// what that check saves, run against run.
+std::wstring ReadProductVersionAlways(const std::wstring& path) {
+    DWORD handle = 0;
+    const DWORD size = ::GetFileVersionInfoSizeW(path.c_str(), &handle);
+    if (size == 0) return {};
+    std::vector<BYTE> data(size);
+    ::GetFileVersionInfoW(path.c_str(), 0, size, data.data());
+    for (const wchar_t* key : {L"\\StringFileInfo\\000004b0\\ProductVersion",
+                               L"\\StringFileInfo\\040904b0\\ProductVersion"}) {
+        void* value = nullptr;
+        UINT length = 0;
+        if (::VerQueryValueW(data.data(), key, &value, &length) && value)
+            return NormaliseVersion(static_cast<const wchar_t*>(value));
+    }
+    return {};
+}
+
+// The pieces of one entry, each over every entry of the directory.
+int ListingParts(const std::wstring& directory, int runs) {
+    std::vector<WIN32_FIND_DATAW> entries;
+    for (int run = 0; run <= runs; ++run) {
+        const std::wstring runName = run == 0 ? L"w" : std::to_wstring(run);
+        entries.clear();
+        const double search = Time([&] {
+            WIN32_FIND_DATAW entry{};
+            const w32::ScopedFind find(::FindFirstFileW((directory + L"\\*").c_str(), &entry));
+            if (!find) return;
+            do entries.push_back(entry);
+            while (::FindNextFileW(find.Get(), &entry));
+        });
+        std::size_t sink = 0;
+        const double times = Time([&] {
+            for (const auto& e : entries) sink += FormatFileTime(e.ftCreationTime).size() +
+                                                  FormatFileTime(e.ftLastWriteTime).size();
+        });
+        const double versions = Time([&] {
+            for (const auto& e : entries) sink += ReadProductVersion(directory + L"/" + e.cFileName).size();
+        });
+        std::size_t same = 0;
+        const double always = Time([&] {
+            for (const auto& e : entries) {
+                const std::wstring path = directory + L"/" + e.cFileName;
+                same += ReadProductVersionAlways(path) == ReadProductVersion(path) ? 0 : 1;
+            }
+        });
+        const double checked = Time([&] {
+            for (const auto& e : entries) sink += ReadProductVersion(directory + L"/" + e.cFileName).size();
+        });
+        const double unchecked = Time([&] {
+            for (const auto& e : entries) sink += ReadProductVersionAlways(directory + L"/" + e.cFileName).size();
+        });
+        if (same != 0) bench::Note(L"ReadProductVersion differs from the version library's answer for some files");
+        (void)always;
+        // What any reader of a file pays at least: open, read its first
+        // bytes, close.
+        const double opens = Time([&] {
+            for (const auto& e : entries) {
+                const w32::ScopedHandle file(::CreateFileW((directory + L"/" + e.cFileName).c_str(), GENERIC_READ,
+                                                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                                           nullptr, OPEN_EXISTING, 0, nullptr));
+                char magic[2] = {};
+                DWORD read = 0;
+                if (file) ::ReadFile(file.Get(), magic, sizeof(magic), &read, nullptr);
+                sink += read;
+            }
+        });
+        const double sizes = Time([&] {
+            for (const auto& e : entries) {
+                DWORD handle = 0;
+                sink += ::GetFileVersionInfoSizeW((directory + L"/" + e.cFileName).c_str(), &handle);
+            }
+        });
+        const double heads = Time([&] {
+            for (const auto& e : entries) sink += FormatEntryHead(e.dwFileAttributes, e.nFileSizeLow).size();
+        });
+        const double whole = Time([&] {
+            for (const auto& e : entries) sink += FormatFileEntry(directory, e, false, false).size();
+        });
+        StringReportSink listed;
+        const double listing = Time([&] { ListDirectory(listed, directory, false, false); });
+        const std::wstring caseName = directory;
+        Record(L"listing-parts", caseName, runName, L"entries", static_cast<double>(entries.size()));
+        Record(L"listing-parts", caseName, runName, L"ListDirectory_ms", listing);
+        Record(L"listing-parts", caseName, runName, L"search_ms", search);
+        Record(L"listing-parts", caseName, runName, L"file_times_ms", times);
+        Record(L"listing-parts", caseName, runName, L"product_version_ms", versions);
+        Record(L"listing-parts", caseName, runName, L"product_version_checked_ms", checked);
+        Record(L"listing-parts", caseName, runName, L"product_version_unchecked_ms", unchecked);
+        Record(L"listing-parts", caseName, runName, L"open_read_close_ms", opens);
+        Record(L"listing-parts", caseName, runName, L"GetFileVersionInfoSizeW_ms", sizes);
+        Record(L"listing-parts", caseName, runName, L"head_ms", heads);
+        Record(L"listing-parts", caseName, runName, L"entry_text_ms", whole);
+        if (sink == 0) bench::Note(L"no entry text");
+    }
+    return 0;
+}
+
+// ---------------------------------------------------------------- saving
+
+// Report text, repeated until it holds `units` UTF-16 code units, in the
+// form the view gives it back (CR LF line ends).
+std::wstring ReportTextOfSize(std::size_t units) {
+    StringReportSink report;
+    WriteSystemReport(report);
+    const std::wstring one = AsViewText(report.Text());
+    std::wstring text;
+    text.reserve(units + one.size());
+    while (text.size() < units) text += one;
+    text.resize(units);
+    return text;
+}
+
+// BuildReportFileBytes as it was before it filled its buffer in place: one
+// push_back a byte. Kept here to show what that change saves, run against run.
+std::string BuildBytesOneByOne(std::u16string_view body) {
+    std::string bytes;
+    bytes.reserve(2 + 2 * body.size() + 30);
+    bytes.push_back(static_cast<char>(0xFF));
+    bytes.push_back(static_cast<char>(0xFE));
+    auto append = [&bytes](std::u16string_view text) {
+        for (char16_t unit : text) {
+            bytes.push_back(static_cast<char>(unit & 0xFF));
+            bytes.push_back(static_cast<char>((unit >> 8) & 0xFF));
+        }
+    };
+    append(body);
+    append(FormatReportTrailer(ComputeReportChecksum(body)));
+    return bytes;
+}
+
+bool WriteBytes(const std::wstring& path, const std::string& bytes) {
+    const w32::ScopedHandle file(::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                               nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) return false;
+    DWORD written = 0;
+    return ::WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+           written == bytes.size();
+}
+
+int Save(double megabytes, const std::wstring& directory, int warmups, int runs) {
+    // The file holds 2 bytes of byte-order mark, 2 bytes a unit and the trailer.
+    const auto units = static_cast<std::size_t>(megabytes * 1e6 / 2);
+    const std::wstring text = ReportTextOfSize(units);
+    const std::wstring reportPath = directory + L"\\saved-report.txt";
+    const std::wstring rawPath = directory + L"\\raw-bytes.txt";
+    const std::wstring copyPath = directory + L"\\copied-report.txt";
+    const std::string bytes = BuildReportFileBytes(AsUtf16(text));
+    const double sizeMb = static_cast<double>(bytes.size()) / 1e6;
+    for (int i = 0; i < warmups + runs; ++i) {
+        const std::wstring run = i < warmups ? L"w" : std::to_wstring(i - warmups + 1);
+        const double save = Time([&] { WriteReportFile(reportPath, text); });
+        const double build = Time([&] { volatile auto size = BuildReportFileBytes(AsUtf16(text)).size(); (void)size; });
+        std::string before;
+        const double oneByOne = Time([&] { before = BuildBytesOneByOne(AsUtf16(text)); });
+        if (before != bytes) bench::Note(L"the bytes built one push_back at a time differ from BuildReportFileBytes");
+        const double checksum = Time([&] { volatile auto sum = ComputeReportChecksum(AsUtf16(text)); (void)sum; });
+        const double write = Time([&] { WriteBytes(rawPath, bytes); });
+        ::DeleteFileW(copyPath.c_str());
+        const double copy = Time([&] { ::CopyFileW(reportPath.c_str(), copyPath.c_str(), FALSE); });
+        Record(L"save", L"WriteReportFile", run, L"ms", save);
+        Record(L"save", L"WriteReportFile", run, L"MB/s", sizeMb / (save / 1000));
+        Record(L"save", L"BuildReportFileBytes", run, L"ms", build);
+        Record(L"save", L"ComputeReportChecksum", run, L"ms", checksum);
+        Record(L"save", L"bytes built one push_back at a time", run, L"ms", oneByOne);
+        Record(L"save", L"WriteFile of the same bytes", run, L"ms", write);
+        Record(L"save", L"WriteFile of the same bytes", run, L"MB/s", sizeMb / (write / 1000));
+        Record(L"save", L"CopyFileW of the saved file", run, L"ms", copy);
+        Record(L"save", L"CopyFileW of the saved file", run, L"MB/s", sizeMb / (copy / 1000));
+    }
+    Record(L"save", L"file", L"1", L"bytes", static_cast<double>(bytes.size()));
+    // The saved file must be exactly the bytes built apart.
+    const w32::ScopedHandle saved(::CreateFileW(reportPath.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                                OPEN_EXISTING, 0, nullptr));
+    LARGE_INTEGER size{};
+    if (!saved || !::GetFileSizeEx(saved.Get(), &size) || static_cast<std::size_t>(size.QuadPart) != bytes.size())
+        bench::Note(L"the saved report does not have the expected size");
+    ::DeleteFileW(reportPath.c_str());
+    ::DeleteFileW(rawPath.c_str());
+    ::DeleteFileW(copyPath.c_str());
+    return 0;
+}
+
+// ---------------------------------------------------------------- platform
+
+// The platform calls that the report's time goes to, each alone: what the
+// system under test charges for them, whatever our code does around them.
+int Platform(const std::wstring& dataFile, const std::wstring& libraryFile, int runs) {
+    // First of all, before anything else needs the desktop: the first call
+    // that needs the screen.
+    const double firstDc = Time([] { ::ReleaseDC(nullptr, ::GetDC(nullptr)); });
+    Record(L"platform", L"first GetDC(NULL) of the process", L"1", L"ms", firstDc);
+    for (int i = 0; i <= runs; ++i) {
+        const std::wstring run = i == 0 ? L"first" : std::to_wstring(i);
+        Record(L"platform", L"COM apartment and WMI locator, created and released", run, L"ms", Time([] {
+                   const w32::ComApartment apartment(COINIT_MULTITHREADED);
+                   w32::ComPtr<IWbemLocator> locator;
+                   ::CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
+                                      locator.PutVoid());
+               }));
+        Record(L"platform", L"GetAdaptersAddresses, 448-byte buffer (too small)", run, L"ms", Time([] {
+                   std::vector<BYTE> buffer(448);
+                   ULONG size = static_cast<ULONG>(buffer.size());
+                   ::GetAdaptersAddresses(AF_UNSPEC, GAA_FLAG_INCLUDE_PREFIX, nullptr,
+                                          reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data()), &size);
+               }));
+        Record(L"platform", L"GetAdaptersAddresses, large enough buffer", run, L"ms", Time([] {
+                   std::vector<BYTE> buffer(256 * 1024);
+                   ULONG size = static_cast<ULONG>(buffer.size());
+                   ::GetAdaptersAddresses(AF_UNSPEC, GAA_FLAG_INCLUDE_PREFIX, nullptr,
+                                          reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data()), &size);
+               }));
+        for (const auto& [label, path] : {std::pair{L"data file", dataFile}, std::pair{L"versioned DLL", libraryFile}}) {
+            Record(L"platform", std::wstring(L"GetFileVersionInfoSizeW, ") + label, run, L"ms", Time([&] {
+                       DWORD handle = 0;
+                       ::GetFileVersionInfoSizeW(path.c_str(), &handle);
+                   }));
+            Record(L"platform", std::wstring(L"ReadProductVersion, ") + label, run, L"ms",
+                   Time([&] { ReadProductVersion(path); }));
+            Record(L"platform", std::wstring(L"CreateFileW, ReadFile of 2 bytes, CloseHandle, ") + label, run,
+                   L"ms", Time([&] {
+                       const w32::ScopedHandle file(::CreateFileW(path.c_str(), GENERIC_READ,
+                                                                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                                                  OPEN_EXISTING, 0, nullptr));
+                       char magic[2];
+                       DWORD read = 0;
+                       if (file) ::ReadFile(file.Get(), magic, sizeof(magic), &read, nullptr);
+                   }));
+        }
+        FILETIME now{};
+        ::GetSystemTimeAsFileTime(&now);
+        Record(L"platform", L"FormatFileTime", run, L"ms", Time([&] { FormatFileTime(now); }));
+    }
+    return 0;
+}
+
+// ---------------------------------------------------------------- memory
+
+int Peak(int argc, wchar_t** argv) {
+    const std::wstring what = argv[2];
+    std::wstring caseName = what;
+    if (what == L"idle") {
+        // Nothing but this program's start-up and the rich edit library.
+        ::LoadLibraryW(L"msftedit.dll");
+    } else if (what == L"report" && argc >= 4) {
+        if (WriteHeadlessReport(argv[3]) != 0) return 1;
+    } else if (what == L"listing" && argc >= 5) {
+        const std::wstring directory = argv[3];
+        const std::wstring sinkKind = argv[4];
+        caseName = L"listing " + sinkKind + L" " + directory;
+        if (sinkKind == L"view") {
+            ViewWindow window;
+            ListDirectory(window.View(), directory, false, false);
+        } else {
+            StringReportSink text;
+            ListDirectory(text, directory, false, false);
+        }
+    } else {
+        return 2;
+    }
+    Record(L"peak", caseName, L"1", L"peak_ws", static_cast<double>(bench::PeakWorkingSet()));
+    return 0;
+}
+
+}  // namespace
+
+int wmain(int argc, wchar_t** argv) {
+    // The program section names the application and reads its version.
+    w32::Application app;
+    app.Initialise(::GetModuleHandleW(nullptr), L"");
+    if (argc < 2) return 2;
+    const std::wstring mode = argv[1];
+    if (mode == L"sections" && argc >= 4) return Sections(_wtoi(argv[2]), argv[3]);
+    if (mode == L"listing" && argc >= 6)
+        return Listing(argv[2], _wtoi(argv[3]), _wtoi(argv[4]), {argv + 5, argv + argc});
+    if (mode == L"listing-parts" && argc >= 4) return ListingParts(argv[2], _wtoi(argv[3]));
+    if (mode == L"save" && argc >= 6) return Save(_wtof(argv[2]), argv[3], _wtoi(argv[4]), _wtoi(argv[5]));
+    if (mode == L"platform" && argc >= 5) return Platform(argv[2], argv[3], _wtoi(argv[4]));
+    if (mode == L"peak" && argc >= 3) return Peak(argc, argv);
+    return 2;
+}
