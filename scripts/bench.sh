@@ -20,7 +20,7 @@ done
 if [[ $quick == 1 ]]; then
   process_rounds=3 section_passes=4 listing_runs=1 parts_runs=1 save_runs=2
 else
-  process_rounds=10 section_passes=11 listing_runs=2 parts_runs=3 save_runs=7
+  process_rounds=10 section_passes=11 listing_runs=3 parts_runs=3 save_runs=7
 fi
 
 work=$(mktemp -d /tmp/orvane-diag-bench.XXXXXX)
@@ -32,7 +32,13 @@ cleanup() {
 }
 trap cleanup EXIT
 
-step() { echo "== $*" >&2; }
+# Each step is announced, and the load of the machine when it starts is kept
+# with the results (the raw file exists from the first benchmark on).
+step() {
+  echo "== $*" >&2
+  [[ -f "${raw:-}" ]] && echo -e "M\tload ${1%%.*}\t$(cut -d' ' -f1-3 /proc/loadavg)" >>"$raw"
+  return 0
+}
 
 # --- The machine under test --------------------------------------------------
 
@@ -155,9 +161,9 @@ probe listing-parts "$win_suite" 5 >>"$raw"
 probe listing-parts 'C:\bench\entries\1000' "$parts_runs" >>"$raw"
 
 # What a listing asks of Wine: system calls per entry, told apart by
-# counting a listing of 100 and one of 1,000 entries.
+# counting listings of 100, 1,000 and 10,000 entries.
 if command -v strace >/dev/null; then
-  for n in 100 1000; do
+  for n in 100 1000 10000; do
     timeout 300 strace -f -c -o "$work/strace-$n.txt" wine "$win_bin\\bench_probe.exe" listing string 0 1 "C:\\bench\\entries\\$n" \
       </dev/null >/dev/null 2>&1 || true
     awk -v n="$n" '$NF ~ /^[a-z_0-9]+$/ && $4 ~ /^[0-9]+$/ && $NF != "total" {print "R\tsyscalls\t" n "\t1\t" $NF "\t" $4}' \
