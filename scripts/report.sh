@@ -7,17 +7,9 @@ target_dir=${1:-$PWD}
 cd "$(dirname "$0")/.."
 source scripts/wine-env.sh
 
-prefix=${DIAG_WINEPREFIX:-$HOME/.local/share/orvane-diagnostics/wineprefix}
 trap wine_cleanup EXIT
 display_start
-if [[ ! -f "$prefix/system.reg" ]]; then
-  echo "Preparing a Wine prefix in $prefix (once)..."
-  mkdir -p "$prefix"
-  wine_prefix_create "$prefix"
-else
-  export WINEPREFIX="$prefix"
-  wineserver -p >/dev/null 2>&1 </dev/null
-fi
+wine_prefix_keep
 
 report="$target_dir/report.txt"
 status=0

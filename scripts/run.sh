@@ -9,17 +9,9 @@ exe=build/bin/OrvaneDiagnostics.exe
 had_display=0
 [[ -n "${DISPLAY:-}" ]] && xdpyinfo >/dev/null 2>&1 && had_display=1
 
-prefix=${DIAG_WINEPREFIX:-$HOME/.local/share/orvane-diagnostics/wineprefix}
 trap wine_cleanup EXIT
 display_start
-if [[ ! -f "$prefix/system.reg" ]]; then
-  echo "Preparing a Wine prefix in $prefix (once)..."
-  mkdir -p "$prefix"
-  wine_prefix_create "$prefix"
-else
-  export WINEPREFIX="$prefix"
-  wineserver -p >/dev/null 2>&1 </dev/null
-fi
+wine_prefix_keep
 
 if ((had_display)); then
   wine "$exe" "$@"

@@ -1,5 +1,6 @@
 # Sourced by the scripts that run the program under Wine. Provides:
 #   wine_prefix_create DIR   a fresh prefix prepared for the program and its tests
+#   wine_prefix_keep         the prefix kept for make run and make report
 #   display_start            a private Xvfb when there is no display
 #   wine_cleanup             stops what was started
 # Each run gets its own throwaway prefix; nothing depends on the machine's own.
@@ -47,6 +48,20 @@ wine_prefix_create() {
   # Keep one wineserver for the run, detached from our stdio.
   wineserver -p >/dev/null 2>&1 </dev/null
   wine cmd /c exit >/dev/null 2>&1 </dev/null
+}
+
+# The prefix that `make run` and `make report` keep between runs
+# (DIAG_WINEPREFIX overrides it), prepared the first time.
+wine_prefix_keep() {
+  local prefix=${DIAG_WINEPREFIX:-$HOME/.local/share/orvane-diagnostics/wineprefix}
+  if [[ ! -f "$prefix/system.reg" ]]; then
+    echo "Preparing a Wine prefix in $prefix (once)..."
+    mkdir -p "$prefix"
+    wine_prefix_create "$prefix"
+  else
+    export WINEPREFIX="$prefix"
+    wineserver -p >/dev/null 2>&1 </dev/null
+  fi
 }
 
 wine_cleanup() {
