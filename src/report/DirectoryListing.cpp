@@ -134,8 +134,29 @@ std::wstring FormatAccessList(PSECURITY_DESCRIPTOR descriptor) {
     return text;
 }
 
+namespace {
+bool SameTime(const FILETIME& a, const FILETIME& b) {
+    return a.dwLowDateTime == b.dwLowDateTime && a.dwHighDateTime == b.dwHighDateTime;
+}
+}  // namespace
+
+std::wstring ProductVersionMemo::Read(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
+    const auto known = readings_.find(path);
+    if (known != readings_.end()) {
+        const Reading& reading = known->second;
+        if (SameTime(reading.created, entry.ftCreationTime) && SameTime(reading.written, entry.ftLastWriteTime) &&
+            reading.sizeHigh == entry.nFileSizeHigh && reading.sizeLow == entry.nFileSizeLow) {
+            return reading.version;
+        }
+    }
+    std::wstring version = ReadProductVersion(path);
+    readings_.insert_or_assign(path, Reading{entry.ftCreationTime, entry.ftLastWriteTime, entry.nFileSizeHigh,
+                                             entry.nFileSizeLow, version});
+    return version;
+}
+
 std::wstring FormatFileEntry(const std::wstring& directory, const WIN32_FIND_DATAW& entry, bool withAcl,
-                             bool withContent) {
+                             bool withContent, ProductVersionMemo* memo) {
     const std::wstring name = entry.cFileName;
     std::wstring text = FormatEntryHead(entry.dwFileAttributes, entry.nFileSizeLow);
     text += FormatFileTime(entry.ftCreationTime) + L"\t" + FormatFileTime(entry.ftLastWriteTime) + L"\t";
@@ -143,17 +164,18 @@ std::wstring FormatFileEntry(const std::wstring& directory, const WIN32_FIND_DAT
     // A forward slash, as the listing has always joined them; the path is as
     // long as it needs to be.
     const std::wstring path = directory + L"/" + name;
-    text += ReadProductVersion(path);
+    text += memo ? memo->Read(path, entry) : ReadProductVersion(path);
     if (withAcl) text += ReadAccessList(path);
     if (withContent && !IsDotEntry(name)) text += ReadContentExcerpt(path);
     return text;
 }
 
-void ListDirectory(ReportSink& sink, const std::wstring& directory, bool withAcl, bool withContent) {
+void ListDirectory(ReportSink& sink, const std::wstring& directory, bool withAcl, bool withContent,
+                   ProductVersionMemo* memo) {
     WIN32_FIND_DATAW entry{};
     const w32::ScopedFind search(::FindFirstFileW((directory + L"\\*").c_str(), &entry));
     if (!search) return;
     do {
-        sink.Append(L"\t" + FormatFileEntry(directory, entry, withAcl, withContent) + L"\n");
+        sink.Append(L"\t" + FormatFileEntry(directory, entry, withAcl, withContent, memo) + L"\n");
     } while (::FindNextFileW(search.Get(), &entry));
 }

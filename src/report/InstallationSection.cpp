@@ -10,9 +10,10 @@
 
 namespace {
 
-void WriteListing(ReportSink& sink, std::wstring_view heading, const std::wstring& directory) {
+void WriteListing(ReportSink& sink, std::wstring_view heading, const std::wstring& directory,
+                  ProductVersionMemo& versions) {
     sink.Append(heading);
-    ListDirectory(sink, directory, false, false);
+    ListDirectory(sink, directory, false, false, &versions);
 }
 
 // Appends a line for every value that can be read and returns the
@@ -38,18 +39,19 @@ std::wstring WriteRegistryData(ReportSink& sink) {
 void WriteInstallationSection(ReportSink& sink, const std::wstring& programDirectory, const std::wstring& programFiles,
                               const std::wstring& commonAppData) {
     sink.Append(kInstallationHeading);
-    WriteListing(sink, FormatCurrentDirectoryHeading(programDirectory), programDirectory);
+    ProductVersionMemo versions;
+    WriteListing(sink, FormatCurrentDirectoryHeading(programDirectory), programDirectory, versions);
 
     const std::wstring standardDirectory = StandardInstallationDirectory(programFiles);
-    WriteListing(sink, FormatStandardDirectoryHeading(standardDirectory), standardDirectory);
+    WriteListing(sink, FormatStandardDirectoryHeading(standardDirectory), standardDirectory, versions);
 
     sink.Append(kRegistryDataHeading);
     const std::wstring location = WriteRegistryData(sink);
     if (ShouldListRegistryDirectory(location, standardDirectory, programDirectory))
-        WriteListing(sink, kRegistryDirectoryHeading, location);
+        WriteListing(sink, kRegistryDirectoryHeading, location, versions);
 
     const std::wstring parametersDirectory = SharedParametersDirectory(commonAppData);
-    WriteListing(sink, FormatSharedParametersHeading(parametersDirectory), parametersDirectory);
+    WriteListing(sink, FormatSharedParametersHeading(parametersDirectory), parametersDirectory, versions);
     const std::wstring batchDirectory = SharedBatchDirectory(commonAppData);
-    WriteListing(sink, FormatSharedBatchHeading(batchDirectory), batchDirectory);
+    WriteListing(sink, FormatSharedBatchHeading(batchDirectory), batchDirectory, versions);
 }
