@@ -9,9 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <regex>
@@ -33,19 +30,6 @@ constexpr wchar_t kInvalid[] = L"Invalid launch parameters!";
 constexpr wchar_t kUsageStart[] = L"Usage: OrvaneDiagnostics.exe [/?] [report-file]\n";
 constexpr wchar_t kUnableToOpen[] = L"Unable to open file!";
 constexpr wchar_t kSuiteKey[] = L"Software\\Orvane Software";
-
-std::wstring TempFolder(const std::wstring& name) {
-    wchar_t temp[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, temp);
-    std::wstring folder = std::wstring(temp) + name + L"-" + std::to_wstring(::GetCurrentProcessId());
-    ::CreateDirectoryW(folder.c_str(), nullptr);
-    return folder;
-}
-
-std::string ReadBytes(const std::wstring& path) {
-    std::ifstream in(std::filesystem::path(path), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 bool WriteBytes(const std::wstring& path, std::string_view bytes) { return TempDirectory::WriteFile(path, bytes); }
 
@@ -239,13 +223,7 @@ TEST_F(SaveFaults, ReadOnlyFileGivesTheMessageAndIsKept) {
     ASSERT_TRUE(WaitUntil(
         [&] { return WindowText(::GetDlgItem(window, 1003)).find(L"installation:") != std::wstring::npos; }, 120s));
     PostButtonClick(window, 1012);
-    HWND dialog = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 0x47C) != nullptr; });
-    ASSERT_NE(dialog, nullptr);
-    HWND combo = ::GetDlgItem(dialog, 0x47C);
-    if (HWND inner = ::FindWindowExW(combo, nullptr, L"ComboBox", nullptr)) combo = inner;
-    ::SendMessageW(::FindWindowExW(combo, nullptr, L"Edit", nullptr), WM_SETTEXT, 0,
-                   reinterpret_cast<LPARAM>(path.c_str()));
-    ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    ASSERT_NE(CompleteSaveAs(program, path), nullptr);
 
     // The file dialog asks before replacing; then the program says it cannot.
     HWND question = program.WaitForMessageBox();

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "e2e/Driver.h"
 #include "w32/Scoped.h"
@@ -36,19 +35,6 @@ std::string ExpectedFileBytes(const std::wstring& body) {
     return bytes;
 }
 
-std::string ReadBytes(const std::wstring& path) {
-    std::ifstream in(std::filesystem::path(path), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-std::wstring TempFolder(const std::wstring& name) {
-    wchar_t temp[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, temp);
-    std::wstring folder = std::wstring(temp) + name + L"-" + std::to_wstring(::GetCurrentProcessId());
-    ::CreateDirectoryW(folder.c_str(), nullptr);
-    return folder;
-}
-
 bool IsReportWindow(HWND hwnd) { return ::GetDlgItem(hwnd, kReportView) != nullptr; }
 
 class DiagnosticsWindow : public testing::Test {
@@ -78,21 +64,7 @@ protected:
     // Presses Save, types `path` into the Save As dialog and confirms it.
     HWND SaveAs(HWND window, const std::wstring& path) {
         PostButtonClick(window, kSaveButton);
-        HWND dialog = program_.WaitForWindow([](HWND hwnd) { return FileNameField(hwnd) != nullptr; });
-        if (!dialog) return nullptr;
-        if (!path.empty()) ::SendMessageW(FileNameField(dialog), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
-        ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
-        return dialog;
-    }
-
-    // The file name box of a common file dialog.
-    static HWND FileNameField(HWND dialog) {
-        if (WindowClass(dialog) != L"#32770") return nullptr;
-        if (HWND edit = ::GetDlgItem(dialog, 0x480)) return edit;  // edt1
-        HWND combo = ::GetDlgItem(dialog, 0x47C);  // cmb13, a ComboBoxEx around a combo box
-        if (!combo) return nullptr;
-        if (HWND inner = ::FindWindowExW(combo, nullptr, L"ComboBox", nullptr)) combo = inner;
-        return ::FindWindowExW(combo, nullptr, L"Edit", nullptr);
+        return CompleteSaveAs(program_, path);
     }
 
     Program program_;
@@ -333,13 +305,7 @@ TEST(LargeReport, IsHeldAndSavedWhole) {
 
         const std::wstring saved = folder + L"\\large-report.txt";
         PostButtonClick(window, kSaveButton);
-        HWND dialog = running.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 0x47C) != nullptr; });
-        ASSERT_NE(dialog, nullptr);
-        HWND combo = ::GetDlgItem(dialog, 0x47C);
-        if (HWND inner = ::FindWindowExW(combo, nullptr, L"ComboBox", nullptr)) combo = inner;
-        ::SendMessageW(::FindWindowExW(combo, nullptr, L"Edit", nullptr), WM_SETTEXT, 0,
-                       reinterpret_cast<LPARAM>(saved.c_str()));
-        ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+        ASSERT_NE(CompleteSaveAs(running, saved), nullptr);
         const std::string expected = ExpectedFileBytes(text);
         EXPECT_TRUE(WaitUntil([&] { return ReadBytes(saved) == expected; }));
         EXPECT_EQ(expected.size(), 32 + 2 * text.size());

@@ -4,6 +4,9 @@
 #include <tlhelp32.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <thread>
 
@@ -341,6 +344,36 @@ bool ReadSetting(const std::wstring& section, const std::wstring& entry, std::ws
         return false;
     value = data;
     return true;
+}
+
+std::wstring TempFolder(const std::wstring& name) {
+    wchar_t temp[MAX_PATH + 1] = {};
+    ::GetTempPathW(MAX_PATH + 1, temp);
+    std::wstring folder = std::wstring(temp) + name + L"-" + std::to_wstring(::GetCurrentProcessId());
+    ::CreateDirectoryW(folder.c_str(), nullptr);
+    return folder;
+}
+
+std::string ReadBytes(const std::wstring& path) {
+    std::ifstream in(std::filesystem::path(path), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+HWND FileNameField(HWND dialog) {
+    if (WindowClass(dialog) != L"#32770") return nullptr;
+    if (HWND edit = ::GetDlgItem(dialog, 0x480)) return edit;  // edt1
+    HWND combo = ::GetDlgItem(dialog, 0x47C);  // cmb13, a ComboBoxEx around a combo box
+    if (!combo) return nullptr;
+    if (HWND inner = ::FindWindowExW(combo, nullptr, L"ComboBox", nullptr)) combo = inner;
+    return ::FindWindowExW(combo, nullptr, L"Edit", nullptr);
+}
+
+HWND CompleteSaveAs(Program& program, const std::wstring& path) {
+    HWND dialog = program.WaitForWindow([](HWND hwnd) { return FileNameField(hwnd) != nullptr; });
+    if (!dialog) return nullptr;
+    if (!path.empty()) ::SendMessageW(FileNameField(dialog), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+    ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    return dialog;
 }
 
 }  // namespace e2e

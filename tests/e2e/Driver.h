@@ -90,6 +90,19 @@ std::vector<DWORD> ChildProcesses(DWORD parentPid, const std::wstring& imageName
 bool IsModuleLoaded(DWORD pid, const std::wstring& moduleName);
 void TerminatePid(DWORD pid);
 
+// A folder of the test's own under the temporary directory, created if
+// needed; the name carries the test process's id.
+std::wstring TempFolder(const std::wstring& name);
+// Every byte of a file; empty when it cannot be read.
+std::string ReadBytes(const std::wstring& path);
+
+// The file name box of a common file dialog; null for any other window.
+HWND FileNameField(HWND dialog);
+// Waits for the program's Save As dialog, types `path` into its file name
+// box (leaves the proposal when `path` is empty) and presses Save. Returns
+// the dialog, or null when none appeared.
+HWND CompleteSaveAs(Program& program, const std::wstring& path);
+
 // Registry helpers for the program's settings (HKCU).
 inline constexpr wchar_t kSettingsKey[] = L"Software\\Orvane Software V9\\OrvaneDiagnostics";
 void DeleteSettings();

@@ -90,10 +90,7 @@ TEST_F(Elevation, RelaunchAnsweredYesEndsTheOldInstanceWithoutSavingItsState) {
 
 TEST_F(Elevation, RelaunchThatCannotStartShowsTheFailure) {
     // A copy of the program that is deleted while it runs cannot be started again.
-    wchar_t temp[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, temp);
-    const std::wstring folder = std::wstring(temp) + L"orvane-relaunch-" + std::to_wstring(::GetCurrentProcessId());
-    ::CreateDirectoryW(folder.c_str(), nullptr);
+    const std::wstring folder = TempFolder(L"orvane-relaunch");
     const std::wstring copy = folder + L"\\OrvaneDiagnostics.exe";
     ASSERT_TRUE(::CopyFileW(ProgramPath().c_str(), copy.c_str(), FALSE));
 

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "e2e/Driver.h"
@@ -11,19 +9,6 @@
 using namespace e2e;
 
 namespace {
-
-std::wstring TempFolder(const std::wstring& name) {
-    wchar_t temp[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, temp);
-    std::wstring folder = std::wstring(temp) + name + L"-" + std::to_wstring(::GetCurrentProcessId());
-    ::CreateDirectoryW(folder.c_str(), nullptr);
-    return folder;
-}
-
-std::string ReadBytes(const std::wstring& path) {
-    std::ifstream in(std::filesystem::path(path), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 // The body and trailer of a report file, checked for their form.
 struct ReportFile {
@@ -138,13 +123,7 @@ TEST_F(Headless, SameBytesAsSaveApartFromWhatChangesBetweenRuns) {
         HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, 120s);
         ASSERT_NE(window, nullptr);
         PostButtonClick(window, 1012);
-        HWND dialog = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 0x47C) != nullptr; });
-        ASSERT_NE(dialog, nullptr);
-        HWND combo = ::GetDlgItem(dialog, 0x47C);
-        if (HWND inner = ::FindWindowExW(combo, nullptr, L"ComboBox", nullptr)) combo = inner;
-        HWND edit = ::FindWindowExW(combo, nullptr, L"Edit", nullptr);
-        ::SendMessageW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(savedPath.c_str()));
-        ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+        ASSERT_NE(CompleteSaveAs(program, savedPath), nullptr);
         ASSERT_TRUE(WaitUntil([&] { return ReadBytes(savedPath).size() > 32; }));
     }
     const ReportFile headless = SplitReportFile(ReadBytes(headlessPath));

@@ -163,11 +163,8 @@ TEST_F(FrenchUser, InvalidParametersInFrench) {
 TEST_F(Shell, TokenOf1022CharactersIsAccepted) {
     // A token that is not an option names the report file: make it a real
     // path of exactly 1,022 characters, in folders of 200.
-    wchar_t temp[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, temp);
-    std::wstring path = std::wstring(temp) + L"orvane-long-" + std::to_wstring(::GetCurrentProcessId());
+    std::wstring path = TempFolder(L"orvane-long");
     std::vector<std::wstring> folders{path};
-    ::CreateDirectoryW(path.c_str(), nullptr);
     while (path.size() + 1 + 200 + 1 + 10 < 1022) {
         path += L"\\" + std::wstring(200, L'd');
         ASSERT_TRUE(::CreateDirectoryW(path.c_str(), nullptr)) << ::GetLastError();
