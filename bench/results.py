@@ -88,6 +88,14 @@ def verdict(ok):
     return "**met**" if ok else "**missed**"
 
 
+def close_call(values, target):
+    """A verdict whose target lies inside the spread of the runs may turn on
+    the next run: say so."""
+    if values and min(values) <= target <= max(values):
+        return " (the target lies within this run's spread)"
+    return ""
+
+
 def mib(value):
     return None if value is None else value / (1024 * 1024)
 
@@ -138,11 +146,13 @@ def findings(d, w, meta, times, warm_total_med, cold_total, listing, verdict_of)
     w("")
     differences = [times["report"][r] - times["floor"][r] for r in times["report"] if r in times["floor"]]
     if differences and warm_total_med:
+        first = (f", plus about {fmt(med(cold_total) - warm_total_med)} ms the first time"
+                 if cold_total and med(cold_total) > warm_total_med else "")
         w(f"- Round by round, the whole headless report takes {fmt(med(differences))} ms more than the floor "
-          f"(median of the differences; spread {spread(differences)} ms). Inside the process one report takes "
-          f"{fmt(warm_total_med)} ms once the libraries are loaded, plus about "
-          f"{fmt(med(cold_total) - warm_total_med) if cold_total else 'n/a'} ms the first time: the report's own "
-          "work is that difference.")
+          f"(median of the differences; spread {spread(differences)} ms). That difference is the report's own "
+          f"work, which section 2 measures inside the process: {fmt(warm_total_med)} ms once the libraries are "
+          f"loaded{first}. The two were measured minutes apart on a shared machine and agree only as far as "
+          "its load allowed.")
     if warm_total_med and warm.get("installation"):
         w(f"- The installation section is {fmt(warm['installation'] / warm_total_med * 100, 0)} % of it "
           f"({fmt(warm['installation'])} ms for 83 entries), the network section "
@@ -193,27 +203,37 @@ def findings(d, w, meta, times, warm_total_med, cold_total, listing, verdict_of)
     w("2. **`BuildReportFileBytes` fills its buffer in place** (`src/report/ReportChecksum.cpp`) instead of "
       f"one `push_back` a byte: {fmt(after)} ms against {fmt(before)} ms for 10 MB in this run, the same bytes "
       "(compared in every run).")
+    twice = part(suite, "twice_ms")
+    twice_memo = part(suite, "twice_memo_ms")
+    w("3. **The installation section reads each file's product version once** (`ProductVersionMemo`, "
+      "`src/report/DirectoryListing.cpp`). When the program runs from the standard installation directory, "
+      "as it does on a customer's machine, the report lists that directory twice; the second listing takes the "
+      "versions the first one read, unless a file's size or times have changed in between. Listing the "
+      f"installation directory twice: {fmt(twice_memo)} ms against {fmt(twice)} ms in this run, the same lines "
+      "(compared in every run).")
     w("")
     w("### What is left, and where it lies")
     w("")
     if not verdict_of["floor"]:
         w("- **Time to report, report against floor**: what separates the two is the report's own platform calls "
       "listed above; with the version reads cut to what the files need, what remains is the version library on "
-      "the executables, listed twice (the program's directory and the standard one are both listed, as the "
-          "report has always done), the two adapter queries and the WMI queries, each at Wine's price. "
+      "the executables (read once, though their directory is listed twice), the two adapter queries and the "
+          "WMI queries, each at Wine's price. "
           f"Our own code between those calls (searching, formatting the times and the text) takes "
           f"{fmt((part(suite, 'search_ms') or 0) + (part(suite, 'file_times_ms') or 0) + (part(suite, 'head_ms') or 0))} ms "
           "for the installation directory.")
     if not verdict_of["inside"]:
         versions = part(suite, "product_version_checked_ms")
         own = sum(part(suite, q) or 0 for q in ["search_ms", "file_times_ms", "head_ms"])
-        w("- **20 ms for one report in the process**: the report's own platform calls. The installation directory's product "
-          f"versions take {fmt(versions)} ms a listing, and the report lists that directory twice (as the "
-          "program's and as the standard one); its eleven executables are most of it "
-          f"(`ReadProductVersion` of one DLL: {fmt(rpv_dll * 1000 if rpv_dll else None, 0)} µs alone). The two "
-          f"adapter queries add {fmt(gaa + gaa_small if gaa and gaa_small else None)} ms, the five WMI queries "
-          "a few more. Everything else of ours in a listing of that directory, the search and the text, takes "
-          f"{fmt(own)} ms.")
+        opens = part(suite, "open_read_close_ms")
+        library = versions - opens if versions is not None and opens is not None else None
+        w("- **20 ms for one report in the process**: the report's own platform calls. The installation "
+          f"directory's product versions take {fmt(versions)} ms, read once for the two listings of that "
+          "directory. Of that, looking at the first two bytes of its 35 "
+          f"entries takes {fmt(opens)} ms; the rest, {fmt(library)} ms, is the version library reading the "
+          "eleven executables, which it maps as modules twice each. The two adapter queries add "
+          f"{fmt(gaa + gaa_small if gaa and gaa_small else None)} ms, the five WMI queries a few more. Everything "
+          f"else of ours in a listing of that directory, the search and the text, takes {fmt(own)} ms.")
     s_runs = d.by_run("listing", "string C:\\bench\\entries\\1000", "ms")
     v_runs = d.by_run("listing", "view C:\\bench\\entries\\1000", "ms")
     view_factor = med([v_runs[r] / s_runs[r] for r in s_runs if r in v_runs and s_runs[r] > 0])
@@ -229,24 +249,35 @@ def findings(d, w, meta, times, warm_total_med, cold_total, listing, verdict_of)
           "The control also holds "
           f"{fmt(mib(peak_view), 0)} MiB at its peak for 10,000 lines, against {fmt(mib(peak_string), 0)} MiB "
           "for the same listing into a string. The headless report does not use the view.")
+    small, large = "C:\\bench\\entries\\1000", "C:\\bench\\entries\\10000"
+    steps = [("search_ms", "the directory search"), ("file_times_ms", "the file times"),
+             ("head_ms", "attributes and size"), ("open_read_close_ms", "opening a file, reading two bytes, closing it"),
+             ("product_version_checked_ms", "the product versions"), ("ListDirectory_ms", "the whole listing")]
+    growth = {}
+    for qty, _ in steps:
+        a, b = part(small, qty), part(large, qty)
+        ea, eb = part(small, "entries"), part(large, "entries")
+        if a and b and ea and eb:
+            growth[qty] = (b / eb) / (a / ea)
     for sink in ["string", "view"]:
         per = []
         for n in SIZES:
             ms, entries = listing[(sink, n)]
             per.append(med(ms) / entries * 1000 if ms and entries else None)
-        if all(x is not None for x in per) and not verdict_of[sink]:
-            calls = ""
-            if syscalls.get("100") and syscalls.get("1000") and syscalls.get("10000"):
-                def per_entry(a, b):
-                    return sum(max(0, syscalls[b].get(k, 0) - syscalls[a].get(k, 0))
-                               for k in syscalls[b]) / (int(b) - int(a))
-                calls = (f" The system calls per entry stay {fmt(per_entry('100', '1000'), 0)} from 100 to 1,000 "
-                         f"entries and {fmt(per_entry('1000', '10000'), 0)} from 1,000 to 10,000 (section 3), and "
-                         "our own work per entry (search, times, text) does not depend on the directory's size; "
-                         "what varies is what the system charges for each call, and the machine's load while "
-                         "the rounds ran (spread above).")
+        if all(x is not None for x in per):
             w(f"- **Flatness into the {sink}**: {', '.join(fmt(x, 0) + ' µs' for x in per)} per entry for "
-              f"100, 1,000 and 10,000 entries.{calls}")
+              "100, 1,000 and 10,000 entries.")
+    if growth:
+        grew = [label for q, label in steps if q in growth and q not in ("ListDirectory_ms", "head_ms") and growth[q] > 1.15]
+        w("- **What grows with the directory**: from 1,000 to 10,000 files, the time per entry of each step "
+          "(table *Where the time of one entry goes*) is multiplied by "
+          + ", ".join(f"{fmt(growth[q], 2)} for {label}" for q, label in steps if q in growth) + ". "
+          + ("Every step stays within 15 % of flat: no step of an entry costs more because its directory is "
+             "larger; what moves the listing's ratio is the machine's load between rounds."
+             if not grew else
+             f"Beyond 15 %: {', '.join(grew)}. Each of those is one platform call per entry (our code around it "
+             "does the same work for every entry whatever the directory's size), so the growth is what the "
+             "platform charges for that call in a larger directory."))
     w("")
 
 
@@ -268,10 +299,12 @@ def main():
     script_ratio = med(script_ratios)
     verdicts.append(("1. Time to report: report ≤ 1.5 × floor",
                      f"{fmt(floor_ratio, 2)} × (spread {spread(floor_ratios, 2)})",
-                     verdict(None if floor_ratio is None else floor_ratio <= TARGET_FLOOR_RATIO)))
+                     verdict(None if floor_ratio is None else floor_ratio <= TARGET_FLOOR_RATIO)
+                     + close_call(floor_ratios, TARGET_FLOOR_RATIO)))
     verdicts.append(("1. Time to report: script ≥ 5 × report",
                      f"{fmt(script_ratio, 2)} × (spread {spread(script_ratios, 2)})",
-                     verdict(None if script_ratio is None else script_ratio >= TARGET_SCRIPT_RATIO)))
+                     verdict(None if script_ratio is None else script_ratio >= TARGET_SCRIPT_RATIO)
+                     + close_call(script_ratios, TARGET_SCRIPT_RATIO)))
 
     # ---------------------------------------------------------------- 2
     warm_total = d.values("sections", "total", "ms")
@@ -308,7 +341,7 @@ def main():
         verdicts.append((f"3. Listing into the {sink}: 10 × the entries ≤ 12 × the time",
                          " and ".join(f"{fmt(r, 1)} × (spread {spread(sp, 1)})"
                                       for r, sp in zip(ratios, spreads) if r is not None) or "n/a",
-                         verdict(ok)))
+                         verdict(ok) + close_call([x for sp in spreads for x in sp], TARGET_TEN_TIMES)))
 
     verdict_of = {number: "missed" not in v for number, (_, _, v) in
                   [("floor", verdicts[0]), ("script", verdicts[1]), ("inside", verdicts[2]),
@@ -349,6 +382,13 @@ def main():
     w("|---|---|---|")
     for target, measured, v in verdicts:
         w(f"| {target} | {measured} | {v} |")
+    w("")
+    note = ("A verdict marked *within this run's spread* rests on a median that some rounds put on the other "
+            "side of the target; on this shared machine another run can turn it.")
+    if warm_total and min(warm_total) > TARGET_IN_PROCESS_MS:
+        note += (f" Target 2 is missed by every pass of this run (the fastest took {fmt(min(warm_total))} ms); "
+                 "the last part of this page says where that time goes.")
+    w(note)
     w("")
 
     # ---------------------------------------------------------------- 1
@@ -427,8 +467,13 @@ def main():
     w(f"| **all five** | | {fmt(wmi_sum)} ms | |")
     w("")
     if cold_total and warm_total_med is not None:
-        w(f"The first loading of the system libraries costs about {fmt(med(cold_total) - warm_total_med)} ms "
-          f"(first pass {fmt(med(cold_total))} ms against {fmt(warm_total_med)} ms after).")
+        if med(cold_total) > warm_total_med:
+            w(f"The first loading of the system libraries costs about {fmt(med(cold_total) - warm_total_med)} ms "
+              f"(first pass {fmt(med(cold_total))} ms against {fmt(warm_total_med)} ms after).")
+        else:
+            w(f"In this run the first passes ({fmt(med(cold_total))} ms) were not slower than the passes after "
+              f"them ({fmt(warm_total_med)} ms): the machine's load moved more than the first loading costs. "
+              "The platform table below times that loading on its own (the first WMI locator).")
         w("")
     w("### What the platform charges for the calls the report makes")
     w("")
@@ -497,9 +542,12 @@ def main():
              ("GetFileVersionInfoSizeW_ms", "`GetFileVersionInfoSizeW` alone, every file"),
              ("open_read_close_ms", "open, read 2 bytes, close"),
              ("entry_text_ms", "the whole entry text (`FormatFileEntry`)"),
-             ("ListDirectory_ms", "`ListDirectory` into a string")]
+             ("ListDirectory_ms", "`ListDirectory` into a string"),
+             ("twice_ms", "two listings, every version read each time (as before)"),
+             ("twice_memo_ms", "two listings sharing a `ProductVersionMemo` (as the report lists them)")]
     dirs = [("C:\\Program Files\\Orvane Software V9", "installation directory"),
-            ("C:\\bench\\entries\\1000", "1,000 files")]
+            ("C:\\bench\\entries\\1000", "1,000 files"),
+            ("C:\\bench\\entries\\10000", "10,000 files")]
     header = "| Step | " + " | ".join(f"{label}: median, per entry" for _, label in dirs) + " |"
     w(header)
     w("|---|" + "---:|" * len(dirs))
