@@ -3,6 +3,8 @@
 # each one measures. Not part of `make test`: timings do not belong in tests.
 #   DIAG_BUILD_DIR      the Windows build to measure (build)
 #   DIAG_BENCH_QUICK=1  fewer runs, for trying the script itself
+#   DIAG_BENCH_RESULTS  the page to write (bench/RESULTS.md)
+#   DIAG_BENCH_KEEP_RAW where the raw figures go (results.tsv beside the page)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/wine-env.sh
@@ -195,7 +197,9 @@ probe peak listing 'C:\bench\entries\10000' string >>"$raw"
 probe peak listing 'C:\bench\entries\10000' view >>"$raw"
 
 echo -e "M\tload_end\t$(cut -d' ' -f1-3 /proc/loadavg)" >>"$raw"
-[[ -n "${DIAG_BENCH_KEEP_RAW:-}" ]] && cp "$raw" "$DIAG_BENCH_KEEP_RAW"
+# The raw figures stay beside the page, so that it can be written again
+# (python3 bench/results.py bench/results.tsv) without measuring again.
+cp "$raw" "${DIAG_BENCH_KEEP_RAW:-$(dirname "$results")/results.tsv}"
 python3 bench/results.py "$raw" >"$results.tmp"
 mv "$results.tmp" "$results"
 step "Results written to $results"

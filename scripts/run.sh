@@ -27,6 +27,7 @@ while ((SECONDS < deadline)); do
   if xdotool search --name 'Orvane' >/dev/null 2>&1; then break; fi
   sleep 0.2
 done
+# The window exists before it has painted its bitmaps; give it a moment.
 sleep 1
 shot=build/screenshots/main-$(date +%Y%m%d-%H%M%S).png
 import -window root "$shot"
