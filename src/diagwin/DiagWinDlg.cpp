@@ -14,7 +14,6 @@ namespace {
 constexpr Bilingual kTitle{L"Rapport Système", L"System report"};
 constexpr Bilingual kSaveCaption{L"Sauver...", L"Save..."};
 constexpr Bilingual kFilter{L"Fichiers textes (*.txt)|*.txt||", L"Text Files (*.txt)|*.txt||"};
-constexpr Bilingual kCannotOpen{L"Impossible d'ouvrir le fichier !", L"Unable to open file!"};
 constexpr wchar_t kFolderSection[] = L"Folder";
 constexpr wchar_t kReportEntry[] = L"report";
 }  // namespace
@@ -69,5 +68,5 @@ void CDiagWinDlg::OnSaveReport() {
     // Remembered before the file is opened, so a failed write keeps it too.
     if (const auto folder = FolderToRemember(*chosen)) app->WriteProfileString(kFolderSection, kReportEntry, *folder);
 
-    if (!WriteReportFile(*chosen, m_reportView.Text())) w32::ShowMessageBox(Tr(kCannotOpen), MB_ICONSTOP | MB_OK);
+    if (!WriteReportFile(*chosen, m_reportView.Text())) w32::ShowMessageBox(Tr(kCannotOpenReportFile), MB_ICONSTOP | MB_OK);
 }

@@ -11,14 +11,20 @@ std::wstring AnsiToWide(std::string_view text) {
     return wide;
 }
 
-std::string WideToAnsi(std::wstring_view text) {
+namespace {
+std::string WideToCodePage(std::wstring_view text, UINT codePage) {
     if (text.empty()) return {};
     const int length = static_cast<int>(text.size());
-    const int needed = ::WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+    const int needed = ::WideCharToMultiByte(codePage, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
     std::string narrow(static_cast<std::size_t>(needed), '\0');
-    ::WideCharToMultiByte(CP_ACP, 0, text.data(), length, narrow.data(), needed, nullptr, nullptr);
+    ::WideCharToMultiByte(codePage, 0, text.data(), length, narrow.data(), needed, nullptr, nullptr);
     return narrow;
 }
+}  // namespace
+
+std::string WideToAnsi(std::wstring_view text) { return WideToCodePage(text, CP_ACP); }
+
+std::string WideToUtf8(std::wstring_view text) { return WideToCodePage(text, CP_UTF8); }
 
 std::wstring GetWindowTextString(HWND hwnd) {
     const int length = ::GetWindowTextLengthW(hwnd);
