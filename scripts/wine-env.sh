@@ -54,10 +54,14 @@ wine_prefix_create() {
 # (DIAG_WINEPREFIX overrides it), prepared the first time.
 wine_prefix_keep() {
   local prefix=${DIAG_WINEPREFIX:-$HOME/.local/share/orvane-diagnostics/wineprefix}
-  if [[ ! -f "$prefix/system.reg" ]]; then
+  # The stamp names what the preparation does: a prefix kept from before a
+  # change to it (fonts, say) is prepared again, which is safe to repeat.
+  local stamp="$prefix/.orvane-prepared-fonts-managed"
+  if [[ ! -f "$stamp" ]]; then
     echo "Preparing a Wine prefix in $prefix (once)..."
     mkdir -p "$prefix"
     wine_prefix_create "$prefix"
+    touch "$stamp"
   else
     export WINEPREFIX="$prefix"
     wineserver -p >/dev/null 2>&1 </dev/null
