@@ -14,19 +14,25 @@ display_start() {
   if [[ -n "${DISPLAY:-}" ]] && xdpyinfo >/dev/null 2>&1; then
     return 0
   fi
-  local n
-  for n in $(seq 90 180); do
-    [[ -e /tmp/.X11-unix/X$n || -e /tmp/.X$n-lock ]] && continue
-    Xvfb ":$n" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
-    _xvfb_pid=$!
-    export DISPLAY=":$n"
-    local deadline=$((SECONDS + 20))
-    while ((SECONDS < deadline)); do
+  # Xvfb picks a free display itself and tells us its number: two runs
+  # starting side by side can never end up on the same display.
+  local numberFile number
+  numberFile=$(mktemp)
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$numberFile" >/dev/null 2>&1 &
+  _xvfb_pid=$!
+  local deadline=$((SECONDS + 30))
+  while ((SECONDS < deadline)); do
+    # The number arrives as one line; read succeeds once it is whole.
+    if read -r number <"$numberFile" && [[ "$number" =~ ^[0-9]+$ ]]; then
+      export DISPLAY=":$number"
+      rm -f "$numberFile"
       if xdpyinfo >/dev/null 2>&1; then return 0; fi
-      kill -0 "$_xvfb_pid" 2>/dev/null || break
-      sleep 0.1
-    done
+      break
+    fi
+    kill -0 "$_xvfb_pid" 2>/dev/null || break
+    sleep 0.1
   done
+  rm -f "$numberFile"
   echo "Could not start Xvfb" >&2
   return 1
 }

@@ -14,6 +14,7 @@
 #include "diagwin/ReportFile.h"
 #include "diagwin/ViewText.h"
 #include "report/ReportChecksum.h"
+#include "report/TempDirectory.h"
 #include "resource.h"
 #include "w32/Dialog.h"
 
@@ -93,26 +94,22 @@ TEST_F(ReportViewTest, IsReadOnlyForTheUser) {
 }
 
 TEST(ReportFileTest, EmptyViewSavesThirtyTwoBytes) {
-    wchar_t temp[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, temp);
-    const std::wstring path = std::wstring(temp) + L"orvane-empty-report.txt";
+    const TempDirectory dir;
+    const std::wstring path = dir / L"report.txt";
     ASSERT_TRUE(WriteReportFile(path, L""));
     const std::string bytes = ReadBytes(path);
     EXPECT_EQ(bytes, std::string("\xFF\xFE\n\0-\0-\0-\0 \0\n\0" "0\0" "1\0" "0\0" "2\0" "0\0" "3\0" "0\0" "4\0\n\0", 32));
-    ::DeleteFileW(path.c_str());
 }
 
 TEST(ReportFileTest, OverwritingALongerFileLeavesNothingOfIt) {
-    wchar_t temp[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, temp);
-    const std::wstring path = std::wstring(temp) + L"orvane-overwrite-report.txt";
+    const TempDirectory dir;
+    const std::wstring path = dir / L"report.txt";
     {
         std::ofstream old(std::filesystem::path(path), std::ios::binary);
         old << std::string(100000, 'z');
     }
     ASSERT_TRUE(WriteReportFile(path, L"AB"));
     EXPECT_EQ(ReadBytes(path), BuildReportFileBytes(u"AB"));
-    ::DeleteFileW(path.c_str());
 }
 
 TEST(ReportFileTest, FolderThatDoesNotExistCannotBeOpened) {

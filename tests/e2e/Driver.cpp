@@ -10,6 +10,7 @@
 #include <map>
 #include <thread>
 
+#include "report/TempDirectory.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
 
@@ -346,13 +347,7 @@ bool ReadSetting(const std::wstring& section, const std::wstring& entry, std::ws
     return true;
 }
 
-std::wstring TempFolder(const std::wstring& name) {
-    wchar_t temp[MAX_PATH + 1] = {};
-    ::GetTempPathW(MAX_PATH + 1, temp);
-    std::wstring folder = std::wstring(temp) + name + L"-" + std::to_wstring(::GetCurrentProcessId());
-    ::CreateDirectoryW(folder.c_str(), nullptr);
-    return folder;
-}
+std::wstring TempFolder(const std::wstring& name) { return NewScratchFolder(name); }
 
 std::string ReadBytes(const std::wstring& path) {
     std::ifstream in(std::filesystem::path(path), std::ios::binary);

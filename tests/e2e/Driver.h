@@ -14,7 +14,9 @@
 namespace e2e {
 
 using namespace std::chrono_literals;
-inline constexpr auto kDefaultTimeout = 30s;
+// Generous: a wait only lasts this long when something is wrong, and a
+// loaded machine must not turn a slow start into a failure.
+inline constexpr auto kDefaultTimeout = 60s;
 
 // Polls `condition` until it is true or the deadline passes.
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout = kDefaultTimeout);
@@ -90,8 +92,8 @@ std::vector<DWORD> ChildProcesses(DWORD parentPid, const std::wstring& imageName
 bool IsModuleLoaded(DWORD pid, const std::wstring& moduleName);
 void TerminatePid(DWORD pid);
 
-// A folder of the test's own under the temporary directory, created if
-// needed; the name carries the test process's id.
+// A new, empty folder of the test's own, named after `name`, under a folder
+// that only this test process uses (removed when the process ends).
 std::wstring TempFolder(const std::wstring& name);
 // Every byte of a file; empty when it cannot be read.
 std::string ReadBytes(const std::wstring& path);

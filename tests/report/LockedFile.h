@@ -31,7 +31,7 @@ public:
         ::CloseHandle(info.hThread);
         process_.Reset(info.hProcess);
         const HANDLE waits[] = {ready_.Get(), process_.Get()};
-        locked_ = ::WaitForMultipleObjects(2, waits, FALSE, 30000) == WAIT_OBJECT_0;
+        locked_ = ::WaitForMultipleObjects(2, waits, FALSE, 120000) == WAIT_OBJECT_0;
     }
     ~LockedFile() {
         if (!process_) return;

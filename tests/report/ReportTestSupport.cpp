@@ -1,5 +1,7 @@
 #include "report/ReportTestSupport.h"
 
+#include "report/TempDirectory.h"
+
 #include <algorithm>
 #include <cwctype>
 
@@ -34,13 +36,8 @@ std::string ReadWholeFile(HANDLE file) {
     return bytes;
 }
 
-std::wstring TemporaryFilePath() {
-    wchar_t directory[MAX_PATH + 1] = {};
-    ::GetTempPathW(MAX_PATH + 1, directory);
-    wchar_t path[MAX_PATH + 1] = {};
-    ::GetTempFileNameW(directory, L"orv", 0, path);
-    return path;
-}
+// A new file name in a folder of the test's own.
+std::wstring TemporaryFilePath() { return NewScratchFolder(L"output") + L"\\output.bin"; }
 
 }  // namespace
 
@@ -143,16 +140,22 @@ ProcessOutcome RunProcess(const std::wstring& commandLine, HANDLE token) {
     return outcome;
 }
 
-std::wstring WmicValue(const std::wstring& alias, const std::wstring& property) {
+std::vector<std::wstring> WmicValues(const std::wstring& alias, const std::wstring& property) {
     const ProcessOutcome outcome = RunProcess(L"wmic " + alias + L" get " + property);
-    if (!outcome.finished) return L"<wmic did not run>";
+    if (!outcome.finished) return {};
     std::vector<std::wstring> lines;
     for (std::wstring& line : SplitLines(DecodeConsoleOutput(outcome.output))) {
         line = TrimmedRight(line);
         if (!line.empty()) lines.push_back(line);
     }
     // The first line is the column's title.
-    return lines.size() == 2 ? lines[1] : L"<unexpected wmic output>";
+    if (!lines.empty()) lines.erase(lines.begin());
+    return lines;
+}
+
+std::wstring WmicValue(const std::wstring& alias, const std::wstring& property) {
+    const std::vector<std::wstring> values = WmicValues(alias, property);
+    return values.size() == 1 ? values[0] : L"<unexpected wmic output: " + std::to_wstring(values.size()) + L" rows>";
 }
 
 HANDLE OpenLinkedToken() {

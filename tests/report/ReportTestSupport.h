@@ -74,6 +74,9 @@ ProcessOutcome RunProcess(const std::wstring& commandLine, HANDLE token = nullpt
 // The value that "wmic <alias> get <property>" prints: a second opinion on
 // what the report's WMI queries read.
 std::wstring WmicValue(const std::wstring& alias, const std::wstring& property);
+// Every row that "wmic <alias> get <property>" prints, in its order; none
+// when wmic could not run.
+std::vector<std::wstring> WmicValues(const std::wstring& alias, const std::wstring& property);
 
 // The limited token linked to this (elevated) process's token, or null.
 HANDLE OpenLinkedToken();

@@ -9,16 +9,49 @@
 
 #include "w32/Scoped.h"
 
-class TempDirectory {
+// Every test process works under a folder of its own in the temporary
+// directory, made for it alone and removed when it ends: nothing another test
+// does can touch what a test reads, not even the parent of its directories
+// (whose times a listing of ".." shows).
+class ScratchRoot {
 public:
-    TempDirectory() {
-        static unsigned counter = 0;
+    static const std::wstring& Path() {
+        static const ScratchRoot root;
+        return root.path_;
+    }
+
+private:
+    ScratchRoot() {
         wchar_t base[MAX_PATH + 1] = {};
         ::GetTempPathW(MAX_PATH + 1, base);
-        path_ = std::wstring(base) + L"orvane-test-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
-                std::to_wstring(++counter);
-        ::CreateDirectoryW(path_.c_str(), nullptr);
+        // Process ids come back quickly under Wine: a folder that exists
+        // already belongs to someone else, so the next name is tried.
+        for (ULONGLONG attempt = ::GetTickCount64();; ++attempt) {
+            path_ = std::wstring(base) + L"orvane-test-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
+                    std::to_wstring(attempt);
+            if (::CreateDirectoryW(path_.c_str(), nullptr)) return;
+            if (::GetLastError() != ERROR_ALREADY_EXISTS) return;
+        }
     }
+    ~ScratchRoot();
+    ScratchRoot(const ScratchRoot&) = delete;
+    ScratchRoot& operator=(const ScratchRoot&) = delete;
+
+    std::wstring path_;
+};
+
+// A new folder of the test's own under its scratch root, named after `stem`.
+inline std::wstring NewScratchFolder(std::wstring_view stem) {
+    static unsigned counter = 0;
+    for (;;) {
+        const std::wstring path = ScratchRoot::Path() + L"\\" + std::wstring(stem) + L"-" + std::to_wstring(++counter);
+        if (::CreateDirectoryW(path.c_str(), nullptr) || ::GetLastError() != ERROR_ALREADY_EXISTS) return path;
+    }
+}
+
+class TempDirectory {
+public:
+    TempDirectory() : path_(NewScratchFolder(L"dir")) {}
     ~TempDirectory() { RemoveTree(path_); }
     TempDirectory(const TempDirectory&) = delete;
     TempDirectory& operator=(const TempDirectory&) = delete;
@@ -60,6 +93,8 @@ public:
 private:
     std::wstring path_;
 };
+
+inline ScratchRoot::~ScratchRoot() { TempDirectory::RemoveTree(path_); }
 
 // The splitting of a listing into its lines, by the entry name (the fifth
 // tab-separated field of a line).

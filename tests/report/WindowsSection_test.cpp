@@ -12,6 +12,7 @@
 #include <regex>
 
 #include "report/ReportTestSupport.h"
+#include "report/TempDirectory.h"
 #include "w32/Scoped.h"
 
 namespace {
@@ -44,9 +45,7 @@ class PrinterWithVersion {
 public:
     explicit PrinterWithVersion(const std::wstring& wineVersion) {
         exeName_ = L"orvane_" + wineVersion + L"_" + std::to_wstring(::GetCurrentProcessId()) + L".exe";
-        wchar_t temp[MAX_PATH + 1] = {};
-        ::GetTempPathW(MAX_PATH + 1, temp);
-        path_ = std::wstring(temp) + exeName_;
+        path_ = NewScratchFolder(L"printer") + L"\\" + exeName_;
         copied_ = ::CopyFileW(ReportPrinterPath().c_str(), path_.c_str(), FALSE) != FALSE;
         const std::wstring key = AppDefaultsKey();
         set_ = ::RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"Version", REG_SZ, wineVersion.c_str(),

@@ -7,13 +7,20 @@
 #include "w32/Scoped.h"
 
 namespace {
-constexpr wchar_t kKey[] = L"Orvane Software V9 Profile Test";
 constexpr wchar_t kApp[] = L"ProfileTestApp";
 
+// Each test process has a settings key of its own, so tests that run side
+// by side never see, or delete, each other's values.
 class ProfileTest : public testing::Test {
 protected:
-    void TearDown() override { ::RegDeleteTreeW(HKEY_CURRENT_USER, (std::wstring(L"Software\\") + kKey).c_str()); }
-    w32::ProfileStore store_{kKey, kApp};
+    void TearDown() override { ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + key_).c_str()); }
+    // Where the store keeps a section's values.
+    std::wstring SectionKey(const std::wstring& section) const {
+        return L"Software\\" + key_ + L"\\" + kApp + L"\\" + section;
+    }
+
+    const std::wstring key_ = L"Orvane Software V9 Profile Test " + std::to_wstring(::GetCurrentProcessId());
+    w32::ProfileStore store_{key_, kApp};
 };
 }  // namespace
 
@@ -27,8 +34,7 @@ TEST_F(ProfileTest, WrittenValueIsReadBackUnderTheApplicationKey) {
     EXPECT_EQ(store_.GetString(L"Folder", L"report"), L"D:\\Work \u00e9t\u00e9");
 
     w32::ScopedRegKey key;
-    ASSERT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\Orvane Software V9 Profile Test\\ProfileTestApp\\Folder",
-                              0, KEY_READ, key.Put()),
+    ASSERT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, SectionKey(L"Folder").c_str(), 0, KEY_READ, key.Put()),
               ERROR_SUCCESS);
     wchar_t data[64] = {};
     DWORD size = sizeof(data);
@@ -41,8 +47,8 @@ TEST_F(ProfileTest, WrittenValueIsReadBackUnderTheApplicationKey) {
 
 TEST_F(ProfileTest, StringWithoutTerminatorIsReadWhole) {
     w32::ScopedRegKey key;
-    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Orvane Software V9 Profile Test\\ProfileTestApp\\System",
-                                0, nullptr, 0, KEY_WRITE, nullptr, key.Put(), nullptr),
+    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, SectionKey(L"System").c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.Put(),
+                                nullptr),
               ERROR_SUCCESS);
     // The registry adds a terminator when the character after the data is
     // NUL, so a guard character follows the six that are stored.
@@ -55,8 +61,8 @@ TEST_F(ProfileTest, StringWithoutTerminatorIsReadWhole) {
 
 TEST_F(ProfileTest, NonStringValueGivesTheFallback) {
     w32::ScopedRegKey key;
-    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Orvane Software V9 Profile Test\\ProfileTestApp\\System",
-                                0, nullptr, 0, KEY_WRITE, nullptr, key.Put(), nullptr),
+    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, SectionKey(L"System").c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.Put(),
+                                nullptr),
               ERROR_SUCCESS);
     const DWORD number = 7;
     ASSERT_EQ(::RegSetValueExW(key.Get(), L"forcedLocale", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number),
