@@ -27,5 +27,5 @@ display_start
 wine_prefix_create "$prefix"
 
 echo "== Windows tests under Wine"
-ctest --test-dir "${DIAG_BUILD_DIR:-build}" --output-on-failure -j "$jobs" --timeout 300 || status=1
+ctest --test-dir "${DIAG_BUILD_DIR:-build}" --output-on-failure -j "$jobs" --timeout 600 || status=1
 exit $status

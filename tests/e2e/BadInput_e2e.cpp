@@ -218,10 +218,10 @@ TEST_F(SaveFaults, ReadOnlyFileGivesTheMessageAndIsKept) {
     HWND main = program.WaitForMainWindow();
     ASSERT_NE(main, nullptr);
     PostButtonClick(main, 1013);
-    HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, 120s);
+    HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, kReportTimeout);
     ASSERT_NE(window, nullptr);
     ASSERT_TRUE(WaitUntil(
-        [&] { return WindowText(::GetDlgItem(window, 1003)).find(L"installation:") != std::wstring::npos; }, 120s));
+        [&] { return WindowText(::GetDlgItem(window, 1003)).find(L"installation:") != std::wstring::npos; }, kReportTimeout));
     PostButtonClick(window, 1012);
     ASSERT_NE(CompleteSaveAs(program, path), nullptr);
 

@@ -48,8 +48,8 @@ protected:
 
     HWND OpenReport() {
         PostButtonClick(main_, kReportButton);
-        HWND window = program_.WaitForWindow(IsReportWindow, 120s);
-        if (window) WaitUntil([&] { return ReportText(window).find(L"installation:") != std::wstring::npos; }, 120s);
+        HWND window = program_.WaitForWindow(IsReportWindow, kReportTimeout);
+        if (window) WaitUntil([&] { return ReportText(window).find(L"installation:") != std::wstring::npos; }, kReportTimeout);
         return window;
     }
     static std::wstring ReportText(HWND window) { return WindowText(::GetDlgItem(window, kReportView)); }
@@ -88,7 +88,7 @@ TEST_F(DiagnosticsWindow, ReportButtonShowsTheReport) {
 
 TEST_F(DiagnosticsWindow, SystemCommand17ShowsTheReport) {
     PostSysCommand(main_, 17);
-    EXPECT_NE(program_.WaitForWindow(IsReportWindow, 120s), nullptr);
+    EXPECT_NE(program_.WaitForWindow(IsReportWindow, kReportTimeout), nullptr);
 }
 
 TEST_F(DiagnosticsWindow, SecondRequestRefreshesTheSameWindow) {
@@ -98,7 +98,7 @@ TEST_F(DiagnosticsWindow, SecondRequestRefreshesTheSameWindow) {
     ::SendMessageW(::GetDlgItem(window, kReportView), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"stale"));
     ASSERT_EQ(ReportText(window), L"stale");
     PostButtonClick(main_, kReportButton);
-    ASSERT_TRUE(WaitUntil([&] { return ReportText(window).find(L"installation:") != std::wstring::npos; }, 120s));
+    ASSERT_TRUE(WaitUntil([&] { return ReportText(window).find(L"installation:") != std::wstring::npos; }, kReportTimeout));
     EXPECT_EQ(ReportText(window).rfind(L"Orvane Software system report on ", 0), 0u);
     EXPECT_EQ(ReportWindows(), std::vector<HWND>{window});
 }
@@ -113,14 +113,14 @@ TEST_F(DiagnosticsWindow, OkEscapeAndCloseBoxOnlyHide) {
     EXPECT_TRUE(::IsWindow(window));
 
     PostButtonClick(main_, kReportButton);
-    ASSERT_TRUE(WaitUntil([&] { return ::IsWindowVisible(window) != FALSE; }));
+    ASSERT_TRUE(WaitUntil([&] { return ::IsWindowVisible(window) != FALSE; }, kReportTimeout));
     ASSERT_TRUE(WaitUntil([&] { return FocusOf(window) != nullptr; }));
     PostKey(FocusOf(window), VK_ESCAPE);
     EXPECT_TRUE(program_.WaitForClosed(window));
     EXPECT_TRUE(::IsWindow(window));
 
     PostButtonClick(main_, kReportButton);
-    ASSERT_TRUE(WaitUntil([&] { return ::IsWindowVisible(window) != FALSE; }));
+    ASSERT_TRUE(WaitUntil([&] { return ::IsWindowVisible(window) != FALSE; }, kReportTimeout));
     PostSysCommand(window, SC_CLOSE);
     EXPECT_TRUE(program_.WaitForClosed(window));
     EXPECT_TRUE(::IsWindow(window));
@@ -293,13 +293,13 @@ TEST(LargeReport, IsHeldAndSavedWhole) {
         HWND main = running.WaitForMainWindow();
         ASSERT_NE(main, nullptr);
         PostButtonClick(main, kReportButton);
-        HWND window = running.WaitForWindow(IsReportWindow, 120s);
+        HWND window = running.WaitForWindow(IsReportWindow, kReportTimeout);
         ASSERT_NE(window, nullptr);
         std::wstring text;
         ASSERT_TRUE(WaitUntil([&] {
             text = WindowText(::GetDlgItem(window, kReportView));
             return text.find(L"* Shared Batch directory") != std::wstring::npos;
-        }, 120s));
+        }, kReportTimeout));
         EXPECT_GT(text.size(), 200000u);
         EXPECT_NE(text.find(L"\tentry-12999.dat\t"), std::wstring::npos);
 

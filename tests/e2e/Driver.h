@@ -17,6 +17,8 @@ using namespace std::chrono_literals;
 // Generous: a wait only lasts this long when something is wrong, and a
 // loaded machine must not turn a slow start into a failure.
 inline constexpr auto kDefaultTimeout = 60s;
+// A whole report: the program answers nothing while it makes one.
+inline constexpr auto kReportTimeout = 120s;
 
 // Polls `condition` until it is true or the deadline passes.
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout = kDefaultTimeout);

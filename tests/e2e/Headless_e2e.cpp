@@ -120,7 +120,7 @@ TEST_F(Headless, SameBytesAsSaveApartFromWhatChangesBetweenRuns) {
         HWND main = program.WaitForMainWindow();
         ASSERT_NE(main, nullptr);
         PostButtonClick(main, 1013);
-        HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, 120s);
+        HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, kReportTimeout);
         ASSERT_NE(window, nullptr);
         PostButtonClick(window, 1012);
         ASSERT_NE(CompleteSaveAs(program, savedPath), nullptr);
