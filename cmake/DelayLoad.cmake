@@ -17,8 +17,10 @@
 # a small .def file in cmake/delayload/ that lists exactly the functions the
 # program calls. A new call into one of these libraries needs its name added
 # there: otherwise the linker takes it from the ordinary import library, and
-# the ImportTable test and `make dist` refuse the exe. The helper that resolves them is MinGW's
-# __delayLoadHelper2 (libmingwex). MSVC: /DELAYLOAD with delayimp.lib.
+# the ImportTable test and `make dist` refuse the exe. MinGW's helper,
+# __delayLoadHelper2 (libmingwex), loads the library with LoadLibraryA, which
+# honours the restricted search, after the program's hook. MSVC: /DELAYLOAD
+# with delayimp.lib.
 #
 # diag_delay_load_libraries(<target> <name>...) links <target> with the
 # delay-import libraries of the named system libraries (names of the .def
