@@ -11,9 +11,9 @@
 #include <filesystem>
 
 #include "e2e/Driver.h"
-
-#include <tlhelp32.h>
 #include "w32/Scoped.h"
+
+#include <tlhelp32.h>  // after <windows.h>
 
 using namespace e2e;
 
@@ -25,7 +25,8 @@ constexpr int kReportButton = 1013;
 constexpr WPARAM kAboutCommand = 16;
 constexpr wchar_t kDesktopKey[] = L"Control Panel\\Desktop";
 
-// The program's static imports that are not known DLLs (delay-loaded now).
+// What the program once imported statically and now delay-loads: libraries
+// that are not Windows' known DLLs (comdlg32 is one, but not under Wine).
 const std::vector<std::wstring> kStaticNames = {L"version.dll", L"iphlpapi.dll", L"msimg32.dll", L"comctl32.dll",
                                                 L"comdlg32.dll"};
 // Loaded at run time: the Rich Edit control, GDI+ on a scaled screen, and the
@@ -88,6 +89,14 @@ std::wstring Lower(std::wstring text) {
 
 std::string Narrow(const std::wstring& text) { return std::filesystem::path(text).string(); }
 
+// The file exists and nobody holds it open any more: the program is done
+// writing it (it creates the file anew, so it cannot be an older one).
+bool IsWrittenAndClosed(const std::wstring& path) {
+    w32::ScopedHandle file(
+        ::CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return static_cast<bool>(file);
+}
+
 // Little-endian UTF-16 bytes as text: what the plant writes into its marker
 // (its own path), a report file.
 std::wstring Utf16Text(const std::string& bytes) {
@@ -147,6 +156,14 @@ protected:
         options.currentDirectory = Folder(L"current");
         options.environment = {{L"ORVANE_PLANT_MARKERS", Folder(L"markers")}};
         return options;
+    }
+
+    // Starts a program that ends by itself and expects status 0.
+    static void RunToTheEnd(LaunchOptions options) {
+        Program program(std::move(options));
+        DWORD status = 1234;
+        ASSERT_TRUE(program.WaitForExit(status));
+        EXPECT_EQ(status, 0u);
     }
 
     void ClearMarkers() const {
@@ -256,12 +273,7 @@ TEST_F(Planting, ControlProgramLoadsThePlantUnderEveryName) {
     for (const auto& name : kRunTimeNames) arguments += L" " + name;
     ClearMarkers();
     Plant(Folder(L"program"), kRunTimeNames);
-    {
-        Program program(Options(control, arguments));
-        DWORD status = 1234;
-        ASSERT_TRUE(program.WaitForExit(status));
-        EXPECT_EQ(status, 0u);
-    }
+    RunToTheEnd(Options(control, arguments));
     EXPECT_EQ(Markers(), MarkersOf(kRunTimeNames));
 
     // The plants in the current directory only: the system directory is
@@ -270,12 +282,7 @@ TEST_F(Planting, ControlProgramLoadsThePlantUnderEveryName) {
     for (const auto& name : kRunTimeNames) ASSERT_TRUE(::DeleteFileW((Folder(L"program") + L"\\" + name).c_str()));
     ClearMarkers();
     Plant(Folder(L"current"), kRunTimeNames);
-    {
-        Program program(Options(control, arguments));
-        DWORD status = 1234;
-        ASSERT_TRUE(program.WaitForExit(status));
-        EXPECT_EQ(status, 0u);
-    }
+    RunToTheEnd(Options(control, arguments));
     EXPECT_EQ(Markers(), MarkersOf({L"wbemprox.dll", L"wbemsvc.dll", L"fastprox.dll", L"wmiutils.dll", L"wbemcomn.dll"}));
 }
 
@@ -318,11 +325,7 @@ TEST_F(Planting, WindowsSaveAndAboutLoadNoPlant) {
 
     PostButtonClick(window, kSaveButton);
     ASSERT_NE(CompleteSaveAs(diagnostics, saved), nullptr);
-    ASSERT_TRUE(WaitUntil([&] {
-        for (HWND hwnd : TopLevelWindows(diagnostics.Pid()))
-            if (FileNameField(hwnd)) return false;
-        return ReadBytes(saved).size() > 32;
-    }));
+    ASSERT_TRUE(WaitUntil([&] { return IsWrittenAndClosed(saved); }));
 
     PostSysCommand(main, kAboutCommand);
     HWND about = diagnostics.WaitForWindow([](HWND hwnd) { return WindowText(hwnd) == L"About Orvane Diagnostics"; });
