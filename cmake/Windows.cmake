@@ -9,3 +9,5 @@ else()
   add_compile_definitions(_CRT_SECURE_NO_WARNINGS)
   set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
 endif()
+
+include(${CMAKE_CURRENT_LIST_DIR}/DelayLoad.cmake)

@@ -20,14 +20,13 @@ for f in "${files[@]}"; do
   [[ -f "$f" ]] || { echo "Missing $f" >&2; exit 1; }
 done
 
-# The promise is "copy one exe, nothing to install": a MinGW runtime DLL
-# among the imports would break it on a machine without MinGW.
-for exe in "${files[@]:0:2}"; do
-  if x86_64-w64-mingw32-objdump -p "$exe" | grep -iE 'DLL Name: *lib(stdc\+\+|gcc|winpthread)'; then
-    echo "$exe needs a MinGW runtime DLL: it must be linked -static." >&2
-    exit 1
-  fi
-done
+# The promise is "copy one exe, nothing to install", and safe to run from any
+# folder: no MinGW runtime DLL among the imports, and no static import that the
+# loader could take from beside the program (scripts/check-imports.sh).
+if ! scripts/check-imports.sh "${files[@]:0:2}"; then
+  echo "Refusing to pack: see the imports above." >&2
+  exit 1
+fi
 
 name=OrvaneDiagnostics-$version-win64
 dist=$build/dist

@@ -14,6 +14,7 @@
 #include "resource.h"
 #include "w32/MessageBox.h"
 #include "w32/Scoped.h"
+#include "w32/SystemLibrary.h"
 
 namespace {
 constexpr int kDefaultDpi = 96;
@@ -58,7 +59,7 @@ bool CDiagnosticsApp::InitInstance() {
     if (HandleCommandLine()) return false;
 
     // The Diagnostics window's view is a Rich Edit 5.0 control ("RichEdit50W").
-    ::LoadLibraryW(L"msftedit.dll");
+    w32::LoadSystemLibrary(L"msftedit.dll");
     INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};
     ::InitCommonControlsEx(&controls);
 
@@ -67,7 +68,7 @@ bool CDiagnosticsApp::InitInstance() {
 }
 
 void CDiagnosticsApp::StartGdiplus() {
-    gdiplus_.Reset(::LoadLibraryW(L"gdiplus.dll"));
+    gdiplus_.Reset(w32::LoadSystemLibrary(L"gdiplus.dll"));
     if (!gdiplus_) return;
     auto startup = reinterpret_cast<GdiplusStartupFunction>(
         reinterpret_cast<void*>(::GetProcAddress(gdiplus_.Get(), "GdiplusStartup")));

@@ -9,3 +9,20 @@ CDiagnosticsApp theApp;
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR commandLine, int) {
     return theApp.Run(instance, commandLine);
 }
+
+// The process's entry point, ahead of the runtime library's own start-up
+// (static constructors included): from here on every library loaded by name
+// comes from the system directory, never from the program's folder or the
+// current directory, which anyone may be able to write to. The only static
+// imports are kernel32, the C runtime and advapi32; every other library is
+// delay-loaded, so loaded after this (cmake/DelayLoad.cmake).
+extern "C" int WinMainCRTStartup();   // MinGW-w64's start-up for a GUI program
+extern "C" int wWinMainCRTStartup();  // the Visual C++ runtime's
+extern "C" int OrvaneDiagnosticsStartup() {
+    ::SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+#if defined(__MINGW32__)
+    return WinMainCRTStartup();
+#else
+    return wWinMainCRTStartup();
+#endif
+}

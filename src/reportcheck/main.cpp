@@ -151,6 +151,21 @@ int Run(int argc, NativeChar* argv[]) {
 int wmain(int argc, wchar_t* argv[]) {
     return Run(argc, argv);
 }
+
+// The process's entry point, ahead of the runtime library's start-up: every
+// library loaded by name from here on comes from the system directory, never
+// from beside the program or from the current directory. The static imports
+// are Windows' known DLLs only (kernel32, msvcrt).
+extern "C" int mainCRTStartup();   // MinGW-w64's start-up for a console program
+extern "C" int wmainCRTStartup();  // the Visual C++ runtime's
+extern "C" int ReportCheckStartup() {
+    ::SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+#if defined(__MINGW32__)
+    return mainCRTStartup();
+#else
+    return wmainCRTStartup();
+#endif
+}
 #else
 int main(int argc, char* argv[]) {
     return Run(argc, argv);
