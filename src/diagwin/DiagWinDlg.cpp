@@ -50,9 +50,10 @@ bool CDiagWinDlg::GenerateSystemReport(const ReportSources& sources) {
 void CDiagWinDlg::ShowFreshReport(const ReportSources& sources) {
     // The report is made here, before the window shows; the window waits for it.
     const bool made = GenerateSystemReport(sources);
+    const bool alreadyShown = ::IsWindowVisible(Hwnd()) != FALSE;
     ::ShowWindow(Hwnd(), SW_SHOW);
-    // Showing a window already on screen does not bring it forward.
-    ::SetForegroundWindow(Hwnd());
+    // Showing a window already on screen neither activates it nor brings it forward.
+    if (alreadyShown) ::SetForegroundWindow(Hwnd());
     // An empty window alone would leave the user guessing.
     if (!made) w32::ShowMessageBox(Tr(kNoLocalTime), MB_ICONSTOP | MB_OK);
 }
