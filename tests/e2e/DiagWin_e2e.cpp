@@ -40,6 +40,15 @@ std::string ExpectedFileBytes(const std::wstring& body) {
 
 bool IsReportWindow(HWND hwnd) { return ::GetDlgItem(hwnd, kReportView) != nullptr; }
 
+// Presses System report in the running program's main window; the
+// Diagnostics window, or null.
+HWND RequestReport(Program& running) {
+    HWND main = running.WaitForMainWindow();
+    if (!main) return nullptr;
+    PostButtonClick(main, kReportButton);
+    return running.WaitForWindow(IsReportWindow, 120s);
+}
+
 class DiagnosticsWindow : public testing::Test {
 protected:
     void SetUp() override {
@@ -318,10 +327,7 @@ TEST(LargeReport, IsHeldAndSavedWhole) {
         LaunchOptions options;
         options.program = program;
         Program running(options);
-        HWND main = running.WaitForMainWindow();
-        ASSERT_NE(main, nullptr);
-        PostButtonClick(main, kReportButton);
-        HWND window = running.WaitForWindow(IsReportWindow, 120s);
+        HWND window = RequestReport(running);
         ASSERT_NE(window, nullptr);
         std::wstring text;
         ASSERT_TRUE(WaitUntil([&] {
@@ -378,10 +384,7 @@ TEST(SaveProposal, WithNoRememberedFolderIsReportTxtInTheRootOfC) {
         LaunchOptions options;
         options.program = program;
         Program running(options);
-        HWND main = running.WaitForMainWindow();
-        ASSERT_NE(main, nullptr);
-        PostButtonClick(main, kReportButton);
-        HWND window = running.WaitForWindow(IsReportWindow, 120s);
+        HWND window = RequestReport(running);
         ASSERT_NE(window, nullptr);
         PostButtonClick(window, kSaveButton);
         HWND dialog = running.WaitForWindow([](HWND hwnd) { return FileNameField(hwnd) != nullptr; });
@@ -393,7 +396,7 @@ TEST(SaveProposal, WithNoRememberedFolderIsReportTxtInTheRootOfC) {
         // Cancelled: nothing is remembered.
         ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
         EXPECT_TRUE(running.WaitForClosed(dialog));
-        PostSysCommand(main, SC_CLOSE);
+        PostSysCommand(running.WaitForMainWindow(), SC_CLOSE);
         DWORD code = 1234;
         EXPECT_TRUE(running.WaitForExit(code));
     }
