@@ -131,9 +131,7 @@ void CMainDlg::OnSystemReport() {
         m_pDiagWinDlg = std::make_unique<CDiagWinDlg>(this);
         m_pDiagWinDlg->Create(IDD_DIAGNOSTICS, Hwnd());
     }
-    // The report is made here, before the window shows; the window waits for it.
-    m_pDiagWinDlg->GenerateSystemReport();
-    ::ShowWindow(m_pDiagWinDlg->Hwnd(), SW_SHOW);
+    m_pDiagWinDlg->ShowFreshReport();
 }
 
 bool CMainDlg::OnPaint() {

@@ -14,6 +14,10 @@ namespace {
 constexpr Bilingual kTitle{L"Rapport Système", L"System report"};
 constexpr Bilingual kSaveCaption{L"Sauver...", L"Save..."};
 constexpr Bilingual kFilter{L"Fichiers textes (*.txt)|*.txt||", L"Text Files (*.txt)|*.txt||"};
+constexpr Bilingual kNoLocalTime{
+    L"Le rapport n'a pas pu être établi : l'heure locale n'a pas pu être lue. "
+    L"Vérifiez la date et l'heure de cet ordinateur.",
+    L"The report could not be made: the local time could not be read. Check this computer's date and time."};
 constexpr wchar_t kFolderSection[] = L"Folder";
 constexpr wchar_t kReportEntry[] = L"report";
 }  // namespace
@@ -36,10 +40,22 @@ bool CDiagWinDlg::OnInitDialog() {
     return true;
 }
 
-void CDiagWinDlg::GenerateSystemReport() {
+bool CDiagWinDlg::GenerateSystemReport(const ReportSources& sources) {
     m_reportView.Clear();
-    WriteSystemReport(m_reportView);
+    const bool made = WriteSystemReport(m_reportView, sources);
     m_reportView.ShowStart();
+    return made;
+}
+
+void CDiagWinDlg::ShowFreshReport(const ReportSources& sources) {
+    // The report is made here, before the window shows; the window waits for it.
+    const bool made = GenerateSystemReport(sources);
+    const bool alreadyShown = ::IsWindowVisible(Hwnd()) != FALSE;
+    ::ShowWindow(Hwnd(), SW_SHOW);
+    // Showing a window already on screen neither activates it nor brings it forward.
+    if (alreadyShown) ::SetForegroundWindow(Hwnd());
+    // An empty window alone would leave the user guessing.
+    if (!made) w32::ShowMessageBox(Tr(kNoLocalTime), MB_ICONSTOP | MB_OK);
 }
 
 // OK, Enter, Esc and the close box only hide the window: it keeps its report.

@@ -6,6 +6,7 @@
 
 #include "diagwin/ReportView.h"
 #include "ovsystem/OVButtons.h"
+#include "report/SystemReport.h"
 #include "w32/Dialog.h"
 
 class CMainDlg;
@@ -15,8 +16,12 @@ public:
     explicit CDiagWinDlg(CMainDlg* mainDlg);
     ~CDiagWinDlg() override;
 
-    // Empties the view and writes a fresh report into it.
-    void GenerateSystemReport();
+    // Empties the view and writes a fresh report into it. False when the
+    // local time cannot be had: the view then stays empty.
+    bool GenerateSystemReport(const ReportSources& sources = {});
+    // Refills the view and shows the window in front; when no report could
+    // be made, tells the user why over the empty view.
+    void ShowFreshReport(const ReportSources& sources = {});
     // Asks for a file name and writes the view's text with its checksum.
     void OnSaveReport();
 

@@ -15,7 +15,7 @@ namespace {
 // Room for exactly one adapter record; more is asked for once if needed.
 constexpr ULONG kFirstBufferSize = 448;
 
-ULONG QueryAdapters(void* buffer, ULONG& size) {
+std::uint32_t QueryAdapters(void* buffer, ULONG& size) {
     return ::GetAdaptersAddresses(AF_UNSPEC, GAA_FLAG_INCLUDE_PREFIX, nullptr,
                                   static_cast<IP_ADAPTER_ADDRESSES*>(buffer), &size);
 }
@@ -91,11 +91,13 @@ std::string DescribeAdaptersFailure(std::uint32_t error) {
     return FormatAdaptersFailure(error, error == kErrorNoData ? std::nullopt : SystemMessageFirstCharacter(error));
 }
 
-void ListNetworkAdapters(std::string& output) {
+void ListNetworkAdapters(std::string& output) { ListNetworkAdapters(output, QueryAdapters); }
+
+void ListNetworkAdapters(std::string& output, const AdaptersQuery& query) {
     output.clear();
     ULONG size = kFirstBufferSize;
     w32::ScopedHeap buffer(::HeapAlloc(::GetProcessHeap(), 0, size));
-    if (QueryAdapters(buffer.Get(), size) == ERROR_BUFFER_OVERFLOW) {
+    if (query(buffer.Get(), size) == ERROR_BUFFER_OVERFLOW) {
         buffer.Reset();
         buffer.Reset(::HeapAlloc(::GetProcessHeap(), 0, size));
     }
@@ -105,7 +107,7 @@ void ListNetworkAdapters(std::string& output) {
     }
     // Asked again even when the first answer fitted: the second call's
     // result is the one reported.
-    const ULONG result = QueryAdapters(buffer.Get(), size);
+    const std::uint32_t result = query(buffer.Get(), size);
     if (result != NO_ERROR) {
         output += DescribeAdaptersFailure(result);
         return;

@@ -2,12 +2,21 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
 // Replaces `output` with the 8-bit text of the adapter listing (or its
 // failure lines). The text is never cut, whatever its length.
 void ListNetworkAdapters(std::string& output);
+
+// GetAdaptersAddresses as the listing calls it (every family, prefixes
+// included): fills `buffer`, an IP_ADAPTER_ADDRESSES list of `size` bytes,
+// or sets `size` to what it needs; returns the Windows error code.
+using AdaptersQuery = std::function<std::uint32_t(void* buffer, unsigned long& size)>;
+// The same listing from another source of adapters, so that tests can list
+// a machine of their choosing.
+void ListNetworkAdapters(std::string& output, const AdaptersQuery& query);
 
 // The failure lines for an error code of GetAdaptersAddresses, with the
 // first character of the system's text for it.

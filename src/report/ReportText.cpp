@@ -5,7 +5,7 @@
 
 namespace {
 
-// Room for any header the runtime can make from our format; the real limit
+// Room for any date and time the runtime can write; the header's real limit
 // is checked afterwards. Asking wcsftime to fill a buffer that is too small
 // is an invalid parameter for some runtimes, which would end the program.
 constexpr std::size_t kHeaderScratchSize = 1024;
@@ -53,12 +53,28 @@ constexpr std::array<VersionThreshold, 5> kVersionThresholds{{
 
 }  // namespace
 
-std::wstring FormatReportHeader(const std::tm& localTime, std::size_t capacity) {
+std::wstring FormatLocalDateAndTime(const std::tm& localTime) {
     std::array<wchar_t, kHeaderScratchSize> buffer{};
-    const std::size_t length =
-        std::wcsftime(buffer.data(), buffer.size(), L"Orvane Software system report on %x %X\n\n", &localTime);
-    if (length == 0 || length >= capacity) return {};
+    const std::size_t length = std::wcsftime(buffer.data(), buffer.size(), L"%x %X", &localTime);
     return std::wstring(buffer.data(), length);
+}
+
+std::wstring ComposeReportHeader(std::wstring_view dateAndTime, std::size_t capacity) {
+    constexpr std::wstring_view kLead = L"Orvane Software system report on ";
+    constexpr std::wstring_view kEnd = L"\n\n";
+    // The terminator counts: a buffer of `capacity` holds capacity - 1 characters.
+    if (kLead.size() + dateAndTime.size() + kEnd.size() >= capacity) return {};
+    std::wstring header(kLead);
+    header.append(dateAndTime);
+    header.append(kEnd);
+    return header;
+}
+
+std::wstring FormatReportHeader(const std::tm& localTime, std::size_t capacity) {
+    const std::wstring dateAndTime = FormatLocalDateAndTime(localTime);
+    // Nothing written means the runtime could not write it: no header either.
+    if (dateAndTime.empty()) return {};
+    return ComposeReportHeader(dateAndTime, capacity);
 }
 
 std::wstring FormatProgramLine(std::wstring_view applicationName, std::wstring_view productVersion) {

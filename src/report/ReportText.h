@@ -20,9 +20,14 @@
 // included; a longer header is left out.
 inline constexpr std::size_t kReportHeaderCapacity = 128;
 
-// "Orvane Software system report on <%x> <%X>\n\n" in the runtime's current
-// locale, or empty when it needs more than `capacity` characters with its
-// terminator.
+// "<%x> <%X>": the date and the time in the runtime's current locale.
+std::wstring FormatLocalDateAndTime(const std::tm& localTime);
+
+// "Orvane Software system report on <date and time>\n\n", or empty when it
+// needs more than `capacity` characters with its terminator.
+std::wstring ComposeReportHeader(std::wstring_view dateAndTime, std::size_t capacity = kReportHeaderCapacity);
+
+// The header of `localTime`: ComposeReportHeader of FormatLocalDateAndTime.
 std::wstring FormatReportHeader(const std::tm& localTime, std::size_t capacity = kReportHeaderCapacity);
 
 // --- Headings (each appended as one piece) -----------------------------------

@@ -92,14 +92,24 @@ void WriteMemoryLine(ReportSink& sink) {
     sink.Append(FormatMemoryLine(memory.ullTotalPhys, memory.ullTotalVirtual, memory.ullTotalPageFile));
 }
 
+// Nothing when there is no local date and time; otherwise the header, empty
+// when the runtime wrote nothing or it does not fit its buffer.
+std::optional<std::wstring> HeaderOf(const std::optional<std::wstring>& dateAndTime) {
+    if (!dateAndTime) return std::nullopt;
+    if (dateAndTime->empty()) return std::wstring();
+    return ComposeReportHeader(*dateAndTime);
+}
+
 }  // namespace
 
-std::optional<std::wstring> MakeReportHeader() {
+std::optional<std::wstring> ReadLocalDateAndTime() {
     const __time64_t now = ::_time64(nullptr);
     std::tm local{};
     if (::_localtime64_s(&local, &now) != 0) return std::nullopt;
-    return FormatReportHeader(local);
+    return FormatLocalDateAndTime(local);
 }
+
+std::optional<std::wstring> MakeReportHeader() { return HeaderOf(ReadLocalDateAndTime()); }
 
 std::wstring WriteProgramSection(ReportSink& sink) {
     sink.Append(kProgramHeading);
@@ -147,7 +157,9 @@ std::optional<VolumeFacts> ReadVolumeFacts(const wchar_t* root) {
     return VolumeFacts{serialNumber, flags, fileSystemName, total.QuadPart, free.QuadPart, available.QuadPart};
 }
 
-void WriteHardwareSection(ReportSink& sink) {
+std::optional<VolumeFacts> ReadSystemVolumeFacts() { return ReadVolumeFacts(kVolumeRoot); }
+
+void WriteHardwareSection(ReportSink& sink, const ReportSources& sources) {
     sink.Append(kHardwareHeading);
     sink.Append(kSystemBitsLine);
     SYSTEM_INFO info{};
@@ -157,7 +169,7 @@ void WriteHardwareSection(ReportSink& sink) {
     WriteProcessorLines(sink, info);
     WriteMemoryLine(sink);
     // A missing or unreadable C: has no line at all.
-    if (const auto volume = ReadVolumeFacts(kVolumeRoot)) sink.Append(FormatVolumeLine(*volume));
+    if (const auto volume = sources.systemVolume()) sink.Append(FormatVolumeLine(*volume));
 }
 
 void WriteNetworkSection(ReportSink& sink) {
@@ -167,14 +179,14 @@ void WriteNetworkSection(ReportSink& sink) {
     sink.Append(w32::AnsiToWide(listing));
 }
 
-bool WriteSystemReport(ReportSink& sink) {
-    const std::optional<std::wstring> header = MakeReportHeader();
+bool WriteSystemReport(ReportSink& sink, const ReportSources& sources) {
+    const std::optional<std::wstring> header = HeaderOf(sources.localDateAndTime());
     if (!header) return false;
     sink.Append(*header);
     const std::wstring programDirectory = WriteProgramSection(sink);
     WriteHostSection(sink);
     const SystemFolders folders = WriteWindowsSection(sink);
-    WriteHardwareSection(sink);
+    WriteHardwareSection(sink, sources);
     WriteNetworkSection(sink);
     WriteInstallationSection(sink, programDirectory, folders.programFiles, folders.commonAppData);
     return true;

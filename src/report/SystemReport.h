@@ -2,17 +2,36 @@
 // Installation, appended piece by piece to a sink.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
 #include "report/ReportSink.h"
 #include "report/ReportText.h"
 
+// The current local date and time as the header writes them; nothing when
+// the local time cannot be had.
+std::optional<std::wstring> ReadLocalDateAndTime();
+
+// What the volume line shows for the volume at `root` ("C:\\" in the
+// report); nothing when the volume or its free space cannot be read.
+std::optional<VolumeFacts> ReadVolumeFacts(const wchar_t* root);
+// The same for drive C:, the one volume the report shows.
+std::optional<VolumeFacts> ReadSystemVolumeFacts();
+
+// Where the report takes the values that no test machine can be made to
+// give (a local time past the runtime's range, no drive C:). The defaults
+// ask the system; tests put other answers in.
+struct ReportSources {
+    std::function<std::optional<std::wstring>()> localDateAndTime = ReadLocalDateAndTime;
+    std::function<std::optional<VolumeFacts>()> systemVolume = ReadSystemVolumeFacts;
+};
+
 // Appends the whole report of this machine to `sink`. Returns false, having
 // appended nothing, when the local time cannot be had for the header; every
 // other failure shows in the text (or as an empty value) and the report goes
 // on. The caller empties its view first if it wants a fresh report.
-bool WriteSystemReport(ReportSink& sink);
+bool WriteSystemReport(ReportSink& sink, const ReportSources& sources = {});
 
 // --- The report's pieces, for callers that need one section alone ----------
 
@@ -34,9 +53,7 @@ struct SystemFolders {
 };
 SystemFolders WriteWindowsSection(ReportSink& sink);
 
-void WriteHardwareSection(ReportSink& sink);
+// The volume line comes from `sources.systemVolume`.
+void WriteHardwareSection(ReportSink& sink, const ReportSources& sources = {});
 
-// What the volume line shows for the volume at `root` ("C:\\" in the
-// report); nothing when the volume or its free space cannot be read.
-std::optional<VolumeFacts> ReadVolumeFacts(const wchar_t* root);
 void WriteNetworkSection(ReportSink& sink);

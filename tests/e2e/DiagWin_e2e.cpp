@@ -2,11 +2,14 @@
 // OK, Esc and the close box, and Save through the real Save As dialog.
 #include <gtest/gtest.h>
 
+#include <cwchar>
 #include <filesystem>
 #include <fstream>
 
 #include "e2e/Driver.h"
 #include "w32/Scoped.h"
+
+#include <commdlg.h>
 
 using namespace e2e;
 
@@ -36,6 +39,15 @@ std::string ExpectedFileBytes(const std::wstring& body) {
 }
 
 bool IsReportWindow(HWND hwnd) { return ::GetDlgItem(hwnd, kReportView) != nullptr; }
+
+// Presses System report in the running program's main window; the
+// Diagnostics window, or null.
+HWND RequestReport(Program& running) {
+    HWND main = running.WaitForMainWindow();
+    if (!main) return nullptr;
+    PostButtonClick(main, kReportButton);
+    return running.WaitForWindow(IsReportWindow, kReportTimeout);
+}
 
 class DiagnosticsWindow : public testing::Test {
 protected:
@@ -91,15 +103,37 @@ TEST_F(DiagnosticsWindow, SystemCommand17ShowsTheReport) {
     EXPECT_NE(program_.WaitForWindow(IsReportWindow, kReportTimeout), nullptr);
 }
 
-TEST_F(DiagnosticsWindow, SecondRequestRefreshesTheSameWindow) {
+TEST_F(DiagnosticsWindow, RequestWhileShownActivatesTheWindowAndLeavesNothingOfTheLastReport) {
     HWND window = OpenReport();
     ASSERT_NE(window, nullptr);
-    // Replace the text behind the program's back: the next request must rewrite it.
-    ::SendMessageW(::GetDlgItem(window, kReportView), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"stale"));
-    ASSERT_EQ(ReportText(window), L"stale");
+    // Words no report holds, at the end of the one on screen (a position
+    // past the end puts the caret there).
+    const std::wstring planted = L"\u00a7 planted by the test, never written by the program \u00a7";
+    HWND view = ::GetDlgItem(window, kReportView);
+    const WPARAM end = ::SendMessageW(view, WM_GETTEXTLENGTH, 0, 0);
+    ::SendMessageW(view, EM_SETSEL, end, static_cast<LPARAM>(end));
+    ::SendMessageW(view, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(planted.c_str()));
+    ASSERT_NE(ReportText(window).find(planted), std::wstring::npos);
+    // The user turns to the main window, the report staying on screen.
+    ::SetForegroundWindow(main_);
+    ASSERT_TRUE(WaitUntil([&] { return ::GetForegroundWindow() == main_; }));
+    ASSERT_TRUE(::IsWindowVisible(window));
+
     PostButtonClick(main_, kReportButton);
-    ASSERT_TRUE(WaitUntil([&] { return ReportText(window).find(L"installation:") != std::wstring::npos; }, kReportTimeout));
-    EXPECT_EQ(ReportText(window).rfind(L"Orvane Software system report on ", 0), 0u);
+    std::wstring text;
+    ASSERT_TRUE(WaitUntil([&] {
+        text = ReportText(window);
+        return text.find(planted) == std::wstring::npos && text.find(L"installation:") != std::wstring::npos;
+    }, kReportTimeout)) << "the planted line stayed";
+    EXPECT_TRUE(WaitUntil([&] { return ::GetForegroundWindow() == window; }))
+        << "the Diagnostics window was not brought forward";
+    EXPECT_EQ(text.rfind(L"Orvane Software system report on ", 0), 0u);
+    // One report: each heading once.
+    for (const wchar_t* heading : {L"\r\nProgram:\r\n", L"\r\nNetwork:\r\n", L"\r\nOrvane Software installation:\r\n"}) {
+        const std::size_t first = text.find(heading);
+        EXPECT_NE(first, std::wstring::npos) << testing::PrintToString(std::wstring(heading));
+        EXPECT_EQ(text.find(heading, first + 1), std::wstring::npos) << testing::PrintToString(std::wstring(heading));
+    }
     EXPECT_EQ(ReportWindows(), std::vector<HWND>{window});
 }
 
@@ -114,7 +148,9 @@ TEST_F(DiagnosticsWindow, OkEscapeAndCloseBoxOnlyHide) {
 
     PostButtonClick(main_, kReportButton);
     ASSERT_TRUE(WaitUntil([&] { return ::IsWindowVisible(window) != FALSE; }, kReportTimeout));
-    ASSERT_TRUE(WaitUntil([&] { return FocusOf(window) != nullptr; }));
+    // Esc goes to the focused control: wait until the focus has moved into
+    // the report window, or the key would reach the main window's button.
+    ASSERT_TRUE(WaitUntil([&] { return ::IsChild(window, FocusOf(window)) != FALSE; }));
     PostKey(FocusOf(window), VK_ESCAPE);
     EXPECT_TRUE(program_.WaitForClosed(window));
     EXPECT_TRUE(::IsWindow(window));
@@ -156,8 +192,11 @@ TEST_F(DiagnosticsWindow, NameWithoutExtensionIsKeptAsTyped) {
     ASSERT_NE(window, nullptr);
     const std::wstring folder = TempFolder(L"orvane-noext");
     const std::wstring path = folder + L"\\noext";
+    ::DeleteFileW(path.c_str());
+    const std::string expected = ExpectedFileBytes(ReportText(window));
     ASSERT_NE(SaveAs(window, path), nullptr);
-    EXPECT_TRUE(WaitUntil([&] { return ReadBytes(path).size() > 32; }));
+    EXPECT_TRUE(WaitUntil([&] { return ReadBytes(path) == expected; }))
+        << ReadBytes(path).size() << " bytes instead of " << expected.size();
     EXPECT_EQ(::GetFileAttributesW((path + L".txt").c_str()), INVALID_FILE_ATTRIBUTES);
     ::DeleteFileW(path.c_str());
     ::RemoveDirectoryW(folder.c_str());
@@ -290,10 +329,7 @@ TEST(LargeReport, IsHeldAndSavedWhole) {
         LaunchOptions options;
         options.program = program;
         Program running(options);
-        HWND main = running.WaitForMainWindow();
-        ASSERT_NE(main, nullptr);
-        PostButtonClick(main, kReportButton);
-        HWND window = running.WaitForWindow(IsReportWindow, kReportTimeout);
+        HWND window = RequestReport(running);
         ASSERT_NE(window, nullptr);
         std::wstring text;
         ASSERT_TRUE(WaitUntil([&] {
@@ -313,4 +349,66 @@ TEST(LargeReport, IsHeldAndSavedWhole) {
     std::error_code ignored;
     std::filesystem::remove_all(std::filesystem::path(folder), ignored);
     DeleteSettings();
+}
+
+namespace {
+
+// The folder that a common file dialog of another process shows. The answer
+// is written into the dialog's own process, where the message's pointer is
+// valid.
+std::wstring FolderOfFileDialog(DWORD pid, HWND dialog) {
+    constexpr std::size_t kCapacity = 1024;
+    w32::ScopedHandle process(::OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ, FALSE, pid));
+    if (!process) return L"(process not opened)";
+    void* remote = ::VirtualAllocEx(process.Get(), nullptr, kCapacity * sizeof(wchar_t), MEM_COMMIT, PAGE_READWRITE);
+    if (!remote) return L"(no memory in the process)";
+    const LRESULT length = ::SendMessageW(dialog, CDM_GETFOLDERPATH, kCapacity, reinterpret_cast<LPARAM>(remote));
+    std::wstring path(kCapacity, L'\0');
+    SIZE_T read = 0;
+    ::ReadProcessMemory(process.Get(), remote, path.data(), kCapacity * sizeof(wchar_t), &read);
+    ::VirtualFreeEx(process.Get(), remote, 0, MEM_RELEASE);
+    if (length <= 0) return L"(no folder: " + std::to_wstring(length) + L")";
+    path.resize(std::wcslen(path.c_str()));
+    return path;
+}
+
+}  // namespace
+
+// Run as a program of another name, the test has a settings key of its own,
+// where no folder was ever remembered.
+TEST(SaveProposal, WithNoRememberedFolderIsReportTxtInTheRootOfC) {
+    const std::wstring folder = TempFolder(L"orvane-proposal");
+    const std::wstring program = folder + L"\\OrvaneSaveProposal.exe";
+    const std::wstring settingsKey = L"Software\\Orvane Software V9\\OrvaneSaveProposal";
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, settingsKey.c_str());
+    ASSERT_TRUE(::CopyFileW(ProgramPath().c_str(), program.c_str(), FALSE));
+    {
+        LaunchOptions options;
+        options.program = program;
+        Program running(options);
+        HWND window = RequestReport(running);
+        ASSERT_NE(window, nullptr);
+        PostButtonClick(window, kSaveButton);
+        HWND dialog = running.WaitForWindow([](HWND hwnd) { return FileNameField(hwnd) != nullptr; });
+        ASSERT_NE(dialog, nullptr);
+        // C:\report.txt: the name in its box, in the root of C:.
+        EXPECT_EQ(WindowText(FileNameField(dialog)), L"report.txt");
+        EXPECT_EQ(FolderOfFileDialog(running.Pid(), dialog), L"C:\\");
+
+        // Cancelled: nothing is remembered.
+        ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
+        EXPECT_TRUE(running.WaitForClosed(dialog));
+        PostSysCommand(running.WaitForMainWindow(), SC_CLOSE);
+        DWORD code = 1234;
+        EXPECT_TRUE(running.WaitForExit(code));
+    }
+    wchar_t remembered[512] = {};
+    DWORD size = sizeof(remembered);
+    EXPECT_NE(::RegGetValueW(HKEY_CURRENT_USER, (settingsKey + L"\\Folder").c_str(), L"report", RRF_RT_REG_SZ,
+                             nullptr, remembered, &size),
+              ERROR_SUCCESS)
+        << remembered;
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, settingsKey.c_str());
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(folder), ignored);
 }

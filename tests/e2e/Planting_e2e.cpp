@@ -315,11 +315,12 @@ TEST_F(Planting, WindowsSaveAndAboutLoadNoPlant) {
     EXPECT_TRUE(IsModuleLoaded(diagnostics.Pid(), L"gdiplus.dll")) << "GDI+ is started at 120 DPI";
 
     PostButtonClick(main, kReportButton);
-    HWND window = diagnostics.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, kReportView) != nullptr; }, 120s);
+    HWND window = diagnostics.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, kReportView) != nullptr; },
+                                            kReportTimeout);
     ASSERT_NE(window, nullptr);
     ASSERT_TRUE(WaitUntil(
         [&] { return WindowText(::GetDlgItem(window, kReportView)).find(L"installation:") != std::wstring::npos; },
-        120s));
+        kReportTimeout));
     EXPECT_TRUE(IsModuleLoaded(diagnostics.Pid(), L"msftedit.dll"));
     EXPECT_TRUE(IsModuleLoaded(diagnostics.Pid(), L"wbemprox.dll")) << "the report asked WMI";
 

@@ -79,6 +79,24 @@ protected:
     }
 };
 
+// Top-level windows of `pid`, shown or hidden, that hold a report view.
+std::size_t WindowsWithReportView(DWORD pid) {
+    struct Count {
+        DWORD pid;
+        std::size_t windows;
+    } count{pid, 0};
+    ::EnumWindows(
+        [](HWND hwnd, LPARAM lParam) -> BOOL {
+            auto* count = reinterpret_cast<Count*>(lParam);
+            DWORD owner = 0;
+            ::GetWindowThreadProcessId(hwnd, &owner);
+            if (owner == count->pid && ::GetDlgItem(hwnd, 1003)) ++count->windows;
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&count));
+    return count.windows;
+}
+
 class FrenchUser : public Shell {
 protected:
     void SetUp() override {
@@ -191,11 +209,14 @@ TEST_F(Shell, TokenOf1023CharactersIsInvalid) {
     ExpectEndWithoutMainWindow(program, 2);
 }
 
-TEST_F(Shell, EnterDoesNotCloseTheMainWindow) {
+TEST_F(Shell, EnterNeitherClosesTheMainWindowNorOpensAReport) {
     Program program(English());
     HWND main = program.WaitForMainWindow();
     ASSERT_NE(main, nullptr);
+    // Where the focus starts: on the System report button, the one control
+    // that Enter could press.
     ASSERT_TRUE(WaitUntil([&] { return FocusOf(main) != nullptr; }));
+    EXPECT_EQ(FocusOf(main), ::GetDlgItem(main, 1013));
     PostKey(FocusOf(main), VK_RETURN);
     // The About box opens after the Enter key has been handled.
     PostSysCommand(main, 16);
@@ -203,6 +224,8 @@ TEST_F(Shell, EnterDoesNotCloseTheMainWindow) {
     ASSERT_NE(about, nullptr);
     EXPECT_TRUE(::IsWindow(main) && ::IsWindowVisible(main));
     EXPECT_TRUE(program.IsRunning());
+    // No Diagnostics window, not even a hidden one.
+    EXPECT_EQ(WindowsWithReportView(program.Pid()), 0u);
 }
 
 TEST_F(Shell, EscapeClosesWithoutSavingTheWindowState) {

@@ -1,5 +1,6 @@
 // The adapter listing against the machine's real adapters (Wine's, made
-// from the host's interfaces), and its failure lines with the system's texts.
+// from the host's interfaces) and against a made-up machine with one
+// adapter, and its failure lines with the system's texts.
 #include "report/NetworkAdapters.h"
 
 #include <winsock2.h>
@@ -10,6 +11,9 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <new>
 #include <vector>
 
 namespace {
@@ -165,4 +169,97 @@ TEST(NarrowInCurrentLocale, UsersLocaleUsesItsCodePage) {
     ASSERT_TRUE(locale.Ok());
     EXPECT_EQ(NarrowInCurrentLocale(L"R\u00e9seau \u20ac"), "R\xe9seau \x80");
     EXPECT_EQ(NarrowInCurrentLocale(L"\u4e2d\u6587 x"), "?? x");
+}
+
+namespace {
+
+// One Ethernet adapter, laid out in the caller's buffer as
+// GetAdaptersAddresses lays out its answer: the record, then its address
+// and prefix lists and its names, every pointer into the same buffer.
+class OneAdapterMachine {
+public:
+    std::uint32_t Query(void* buffer, unsigned long& size) {
+        sizesAsked.push_back(size);
+        if (size < kNeeded) {
+            size = kNeeded;
+            return ERROR_BUFFER_OVERFLOW;
+        }
+        auto* layout = new (buffer) Layout{};
+        IP_ADAPTER_ADDRESSES& adapter = layout->adapter;
+        adapter.Length = sizeof(adapter);
+        adapter.IfIndex = 7;
+        std::strcpy(layout->adapterName, "{4A1B2C3D-5E6F-4A7B-8C9D-0E1F2A3B4C5D}");
+        adapter.AdapterName = layout->adapterName;
+        layout->unicast[0].Next = &layout->unicast[1];
+        adapter.FirstUnicastAddress = &layout->unicast[0];
+        adapter.FirstMulticastAddress = &layout->multicast;
+        std::wcscpy(layout->dnsSuffix, L"corp.example");
+        adapter.DnsSuffix = layout->dnsSuffix;
+        std::wcscpy(layout->description, L"Orvane Test Ethernet Adapter");
+        adapter.Description = layout->description;
+        std::wcscpy(layout->friendlyName, L"Ethernet 2");
+        adapter.FriendlyName = layout->friendlyName;
+        const BYTE hardware[] = {0x00, 0x1A, 0x2B, 0x3C, 0x4D, 0x5E};
+        std::memcpy(adapter.PhysicalAddress, hardware, sizeof(hardware));
+        adapter.PhysicalAddressLength = sizeof(hardware);
+        adapter.Flags = 0x1C5;
+        adapter.Mtu = 1500;
+        adapter.IfType = IF_TYPE_ETHERNET_CSMACD;
+        adapter.OperStatus = IfOperStatusUp;
+        adapter.Ipv6IfIndex = 7;
+        adapter.ZoneIndices[0] = 7;
+        adapter.ZoneIndices[1] = 7;
+        adapter.ZoneIndices[14] = 0x1A;
+        layout->prefixes[0].Next = &layout->prefixes[1];
+        layout->prefixes[1].Next = &layout->prefixes[2];
+        adapter.FirstPrefix = &layout->prefixes[0];
+        return NO_ERROR;
+    }
+
+    std::vector<unsigned long> sizesAsked;
+
+private:
+    struct Layout {
+        IP_ADAPTER_ADDRESSES adapter;
+        IP_ADAPTER_UNICAST_ADDRESS unicast[2];
+        IP_ADAPTER_MULTICAST_ADDRESS multicast;
+        IP_ADAPTER_PREFIX prefixes[3];
+        char adapterName[64];
+        wchar_t dnsSuffix[32];
+        wchar_t description[64];
+        wchar_t friendlyName[32];
+    };
+
+public:
+    static constexpr unsigned long kNeeded = sizeof(Layout);
+};
+
+}  // namespace
+
+TEST(NetworkAdapters, OneAdapterGivesTheHeadingOneBlockAndItsBlankLine) {
+    OneAdapterMachine machine;
+    std::string listing = "left over";
+    ListNetworkAdapters(listing, [&machine](void* buffer, unsigned long& size) { return machine.Query(buffer, size); });
+    EXPECT_EQ(listing,
+              "Adapters enumeration:\n"
+              "\tAdapter name: {4A1B2C3D-5E6F-4A7B-8C9D-0E1F2A3B4C5D}\n"
+              "\tIfIndex (IPv4 interface): 7\n"
+              "\tNumber of Unicast Addresses: 2\n"
+              "\tNo Anycast Addresses\n"
+              "\tNumber of Multicast Addresses: 1\n"
+              "\tNo DNS Server Addresses\n"
+              "\tDNS Suffix: corp.example\n"
+              "\tDescription: Orvane Test Ethernet Adapter\n"
+              "\tFriendly name: Ethernet 2\n"
+              "\tPhysical address: 00-1A-2B-3C-4D-5E\n"
+              "\tFlags: 453\n"
+              "\tMtu: 1500\n"
+              "\tIfType: 6\n"
+              "\tOperStatus: 1\n"
+              "\tIpv6IfIndex (IPv6 interface): 7\n"
+              "\tZoneIndices (hex): 7 7 0 0 0 0 0 0 0 0 0 0 0 0 1a 0 \n"
+              "\tNumber of IP Adapter Prefix entries: 3\n"
+              "\n");
+    // Room for one record first, then the size the answer asked for.
+    EXPECT_EQ(machine.sizesAsked, (std::vector<unsigned long>{448, OneAdapterMachine::kNeeded}));
 }

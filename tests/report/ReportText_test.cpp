@@ -61,6 +61,30 @@ TEST(ReportHeader, TheCapacityCountsTheTerminator) {
 
 TEST(ReportHeader, TheCapacityIs128Characters) { EXPECT_EQ(kReportHeaderCapacity, 128u); }
 
+TEST(ReportHeader, IsTheLeadTheDateAndTimeAndAnEmptyLine) {
+    EXPECT_EQ(FormatLocalDateAndTime(SampleTime()), L"11/16/26 02:31:43");
+    EXPECT_EQ(ComposeReportHeader(L"11/16/26 02:31:43"), kSampleHeader);
+}
+
+// A locale with long date and time formats, at the header's real capacity:
+// the lead is 33 characters and the empty line 2, so a date and time of 92
+// characters make a header of 127, the most its 128-character buffer holds.
+TEST(ReportHeader, OneHundredAndTwentySevenCharactersAreKept) {
+    const std::wstring dateAndTime = L"Montag, 16. November 2026 " + std::wstring(57, L'x') + L" 02:31:43";
+    ASSERT_EQ(dateAndTime.size(), 92u);
+    const std::wstring header = ComposeReportHeader(dateAndTime);
+    EXPECT_EQ(header, L"Orvane Software system report on Montag, 16. November 2026 " + std::wstring(57, L'x') +
+                          L" 02:31:43\n\n");
+    EXPECT_EQ(header.size(), 127u);
+}
+
+TEST(ReportHeader, OneHundredAndTwentyEightCharactersGiveTheEmptyHeader) {
+    const std::wstring dateAndTime = L"Montag, 16. November 2026 " + std::wstring(58, L'x') + L" 02:31:43";
+    ASSERT_EQ(dateAndTime.size(), 93u);
+    EXPECT_EQ(ComposeReportHeader(dateAndTime), L"");
+    EXPECT_EQ(ComposeReportHeader(dateAndTime + L"and much more"), L"");
+}
+
 // --- Headings
 
 TEST(ReportHeadings, AreAnEmptyLineAWordAndAColon) {

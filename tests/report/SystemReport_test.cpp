@@ -268,6 +268,67 @@ TEST_F(WholeReport, InstallationSectionOnAMachineWithoutTheSuite) {
                                 << testing::PrintToString(cursor.Peek());
 }
 
+// --- Answers no test machine gives: chosen through the report's sources -----
+
+namespace {
+
+std::wstring MemoryLineOfThisMachine() {
+    MEMORYSTATUSEX memory{};
+    memory.dwLength = sizeof(memory);
+    ::GlobalMemoryStatusEx(&memory);
+    return L"\tmemory: " + std::to_wstring(memory.ullTotalPhys >> 10) + L"K physical, " +
+           std::to_wstring(memory.ullTotalVirtual >> 10) + L"K virtual, " +
+           std::to_wstring(memory.ullTotalPageFile >> 10) + L"K paging\n";
+}
+
+// A date and time of `length` characters, as a locale with long formats
+// might write them.
+ReportSources WithDateAndTimeOf(std::size_t length) {
+    ReportSources sources;
+    sources.localDateAndTime = [length] { return std::optional<std::wstring>(std::wstring(length, L'x')); };
+    return sources;
+}
+
+}  // namespace
+
+TEST(ReportWithoutDriveC, MemoryLineIsFollowedDirectlyByTheNetworkHeading) {
+    ReportSources sources;
+    sources.systemVolume = [] { return std::optional<VolumeFacts>(); };
+    RecordingSink report;
+    ASSERT_TRUE(WriteSystemReport(report, sources));
+    PieceCursor cursor(report.Pieces());
+    ASSERT_TRUE(cursor.SkipPast(L"\tpage size: 4096\n"));
+    EXPECT_EQ(cursor.Next(), L"\tapplication addresses: 0x10000-0xfffeffff\n");
+    EXPECT_EQ(cursor.Next(), MemoryLineOfThisMachine());
+    EXPECT_EQ(cursor.Next(), L"\nNetwork:\n");
+    for (const std::wstring& piece : report.Pieces())
+        EXPECT_NE(piece.rfind(L"\tC volume: ", 0), 0u) << testing::PrintToString(piece);
+}
+
+TEST(ReportHeaderAtCapacity, OneHundredAndTwentySevenCharactersOpenTheReport) {
+    RecordingSink report;
+    ASSERT_TRUE(WriteSystemReport(report, WithDateAndTimeOf(92)));
+    const std::wstring header = L"Orvane Software system report on " + std::wstring(92, L'x') + L"\n\n";
+    ASSERT_EQ(header.size(), 127u);
+    EXPECT_EQ(report.Text().substr(0, 127 + 10), header + L"\nProgram:\n");
+}
+
+TEST(ReportHeaderAtCapacity, OneHundredAndTwentyEightCharactersLeaveTheHeaderEmpty) {
+    RecordingSink report;
+    ASSERT_TRUE(WriteSystemReport(report, WithDateAndTimeOf(93)));
+    ASSERT_FALSE(report.Pieces().empty());
+    EXPECT_EQ(report.Pieces().front(), L"");
+    EXPECT_EQ(report.Text().substr(0, 10), L"\nProgram:\n");
+}
+
+TEST(ReportWithoutLocalTime, StopsBeforeAnything) {
+    ReportSources sources;
+    sources.localDateAndTime = [] { return std::optional<std::wstring>(); };
+    RecordingSink report;
+    EXPECT_FALSE(WriteSystemReport(report, sources));
+    EXPECT_EQ(report.Pieces(), std::vector<std::wstring>{});
+}
+
 TEST(VolumeFacts, AMissingDriveHasNone) {
     const DWORD drives = ::GetLogicalDrives();
     wchar_t letter = L'Z';
