@@ -96,7 +96,11 @@ bool StartGdiplus(std::uintptr_t& token) {
     token = 0;
     GdiplusState& state = State();
     state.library.Reset(LoadSystemLibrary(L"gdiplus.dll"));
-    if (!state.library || !ResolveAll(state.library.Get(), state.api)) return false;
+    if (!state.library || !ResolveAll(state.library.Get(), state.api)) {
+        state.api = {};
+        state.library.Reset();
+        return false;
+    }
     const StartupInputV1 input;
     ULONG_PTR started = 0;
     state.running = state.api.GdiplusStartup(&started, &input, nullptr) == kOk;

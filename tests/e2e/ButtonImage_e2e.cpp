@@ -6,6 +6,7 @@
 // GDI+ itself, drawing the same image over a button of the same size.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>
