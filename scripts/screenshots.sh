@@ -41,19 +41,28 @@ shoot() {
   echo "wrote $file"
 }
 
-# The main window, then the report after a click on its System report button.
+# The screen's scale as Windows keeps it: 96 DPI is 100 %.
+set_dpi() {
+  wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$1" /f >/dev/null 2>&1 </dev/null
+}
+
+# The main window, then the report after a click on its System report button
+# (at x, y in the main window: its place grows with the screen's scale).
 windows() {
-  local locale=$1 lang=$2 main_title=$3 report_title=$4
+  local locale=$1 name=$2 main_title=$3 report_title=$4 x=$5 y=$6
   LC_ALL=$locale wine "$exe" >/dev/null 2>&1 </dev/null &
   local id report
   id=$(wait_window "$main_title")
-  shoot "$id" "$out/main-$lang.png"
-  xdotool mousemove --window "$id" 135 45 click 1
+  shoot "$id" "$out/main-$name.png"
+  xdotool mousemove --window "$id" "$x" "$y" click 1
   report=$(wait_window "^$report_title\$")
-  shoot "$report" "$out/report-$lang.png"
+  shoot "$report" "$out/report-$name.png"
   wineserver -k >/dev/null 2>&1 || true
   wineserver -p >/dev/null 2>&1 </dev/null
 }
 
-windows en_US.UTF-8 en '^Orvane Diagnostics' 'System report'
-windows fr_FR.UTF-8 fr '^Diagnostics Orvane' 'Rapport Syst.me'
+windows en_US.UTF-8 en '^Orvane Diagnostics' 'System report' 135 45
+windows fr_FR.UTF-8 fr '^Diagnostics Orvane' 'Rapport Syst.me' 135 45
+# 150 %, the most common laptop setting.
+set_dpi 144
+windows en_US.UTF-8 en-144dpi '^Orvane Diagnostics' 'System report' 202 67

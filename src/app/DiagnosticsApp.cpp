@@ -12,6 +12,7 @@
 #include "app/MainDlg.h"
 #include "ovsystem/OVPackage.h"
 #include "resource.h"
+#include "w32/Gdiplus.h"
 #include "w32/MessageBox.h"
 #include "w32/Scoped.h"
 #include "w32/SystemLibrary.h"
@@ -19,16 +20,6 @@
 namespace {
 constexpr int kDefaultDpi = 96;
 constexpr Bilingual kInvalidParameters{L"Paramètres de lancement invalides !", L"Invalid launch parameters!"};
-
-// The first version of GDI+'s start-up input, as gdiplus.dll expects it.
-struct GdiplusStartupInputV1 {
-    UINT32 GdiplusVersion = 1;
-    void* DebugEventCallback = nullptr;
-    BOOL SuppressBackgroundThread = FALSE;
-    BOOL SuppressExternalCodecs = FALSE;
-};
-using GdiplusStartupFunction = int(WINAPI*)(ULONG_PTR*, const GdiplusStartupInputV1*, void*);
-using GdiplusShutdownFunction = void(WINAPI*)(ULONG_PTR);
 
 int MeasureScreenDpi() {
     w32::ScopedWindowDC screen(nullptr);
@@ -68,23 +59,11 @@ bool CDiagnosticsApp::InitInstance() {
 }
 
 void CDiagnosticsApp::StartGdiplus() {
-    gdiplus_.Reset(w32::LoadSystemLibrary(L"gdiplus.dll"));
-    if (!gdiplus_) return;
-    auto startup = reinterpret_cast<GdiplusStartupFunction>(
-        reinterpret_cast<void*>(::GetProcAddress(gdiplus_.Get(), "GdiplusStartup")));
-    if (!startup) return;
-    const GdiplusStartupInputV1 input;
-    ULONG_PTR token = 0;
-    startup(&token, &input, nullptr);  // its result is deliberately not used
-    m_gdiplusToken = token;
+    // Whether it started is deliberately not used here; the image buttons ask GDI+ itself.
+    w32::StartGdiplus(m_gdiplusToken);
 }
 
-void CDiagnosticsApp::StopGdiplus() {
-    if (!gdiplus_) return;
-    auto shutdown = reinterpret_cast<GdiplusShutdownFunction>(
-        reinterpret_cast<void*>(::GetProcAddress(gdiplus_.Get(), "GdiplusShutdown")));
-    if (shutdown) shutdown(static_cast<ULONG_PTR>(m_gdiplusToken));
-}
+void CDiagnosticsApp::StopGdiplus() { w32::StopGdiplus(m_gdiplusToken); }
 
 void CDiagnosticsApp::ChooseLanguage() {
     std::wstring choice = GetProfileString(L"System", L"forcedLocale");

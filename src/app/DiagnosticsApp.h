@@ -29,8 +29,6 @@ private:
     bool HandleCommandLine();
     void RunMainDialog();
     UINT mainTemplateId_ = 0;
-    // GDI+ is loaded only when it is started, so a 96 DPI run never maps it.
-    w32::ScopedModule gdiplus_;
 };
 
 // The running application object, or null (in tests that have none).

@@ -1,6 +1,7 @@
 #include "ovsystem/OVButtons.h"
 
 #include "w32/Application.h"
+#include "w32/Gdiplus.h"
 #include "w32/Text.h"
 
 namespace {
@@ -8,6 +9,44 @@ constexpr COLORREF kTransparentKey = RGB(255, 0, 255);
 
 HINSTANCE ResourceInstance() {
     return w32::CurrentApp() ? w32::CurrentApp()->Instance() : ::GetModuleHandleW(nullptr);
+}
+
+// The image's pixels for GDI+, the key colour made fully transparent; empty
+// when they cannot be read.
+w32::ArgbImage TransparentPixels(HBITMAP image, COLORREF key) {
+    BITMAP info{};
+    if (!::GetObjectW(image, sizeof(info), &info) || info.bmWidth <= 0 || info.bmHeight <= 0) return {};
+    BITMAPINFO format{};
+    format.bmiHeader.biSize = sizeof(format.bmiHeader);
+    format.bmiHeader.biWidth = info.bmWidth;
+    format.bmiHeader.biHeight = -info.bmHeight;  // top-down rows
+    format.bmiHeader.biPlanes = 1;
+    format.bmiHeader.biBitCount = 32;
+    format.bmiHeader.biCompression = BI_RGB;
+    w32::ArgbImage result{info.bmWidth, info.bmHeight,
+                          std::vector<std::uint32_t>(static_cast<std::size_t>(info.bmWidth) * info.bmHeight)};
+    w32::ScopedWindowDC screen(nullptr);
+    if (::GetDIBits(screen.Get(), image, 0, info.bmHeight, result.pixels.data(), &format, DIB_RGB_COLORS) !=
+        info.bmHeight)
+        return {};
+    const std::uint32_t keyRgb = (GetRValue(key) << 16) | (GetGValue(key) << 8) | GetBValue(key);
+    for (std::uint32_t& pixel : result.pixels) {
+        const std::uint32_t rgb = pixel & 0x00FFFFFFu;
+        pixel = rgb == keyRgb ? 0u : 0xFF000000u | rgb;
+    }
+    return result;
+}
+
+// The image at its own size, centred, as on a screen at 96 DPI.
+void DrawActualSize(HDC dc, const RECT& target, HBITMAP image) {
+    BITMAP info{};
+    ::GetObjectW(image, sizeof(info), &info);
+    const int x = target.left + (target.right - target.left - info.bmWidth) / 2;
+    const int y = target.top + (target.bottom - target.top - info.bmHeight) / 2;
+    w32::ScopedMemoryDC memory(dc);
+    w32::ScopedSelect select(memory.Get(), image);
+    ::TransparentBlt(dc, x, y, info.bmWidth, info.bmHeight, memory.Get(), 0, 0, info.bmWidth, info.bmHeight,
+                     kTransparentKey);
 }
 }  // namespace
 
@@ -35,16 +74,12 @@ void CBitmapButtonWithHot::DrawItem(const DRAWITEMSTRUCT& item) {
     ::FillRect(item.hDC, &item.rcItem, ::GetSysColorBrush(COLOR_BTNFACE));
     HBITMAP image = ImageFor(item.itemState);
     if (!image) return;
-    BITMAP info{};
-    ::GetObjectW(image, sizeof(info), &info);
-    const int width = item.rcItem.right - item.rcItem.left;
-    const int height = item.rcItem.bottom - item.rcItem.top;
-    const int x = item.rcItem.left + (width - info.bmWidth) / 2;
-    const int y = item.rcItem.top + (height - info.bmHeight) / 2;
-    w32::ScopedMemoryDC memory(item.hDC);
-    w32::ScopedSelect select(memory.Get(), image);
-    ::TransparentBlt(item.hDC, x, y, info.bmWidth, info.bmHeight, memory.Get(), 0, 0, info.bmWidth, info.bmHeight,
-                     kTransparentKey);
+    // GDI+ runs exactly when the screen is scaled: the button grew with the
+    // dialog units, and its image then fills it, smoothly scaled.
+    if (w32::IsGdiplusRunning() &&
+        w32::DrawImageScaled(item.hDC, item.rcItem, TransparentPixels(image, kTransparentKey)))
+        return;
+    DrawActualSize(item.hDC, item.rcItem, image);
 }
 
 bool CBitmapButtonWithHot::OnControlMessage(UINT message, WPARAM, LPARAM, LRESULT&) {

@@ -10,7 +10,9 @@
 
 // An image button with a separate image under the mouse. loadBitmapsRange
 // takes up to five consecutive bitmaps: normal, pressed, focused, disabled,
-// hot. Pure magenta (255, 0, 255) in an image is transparent.
+// hot. Pure magenta (255, 0, 255) in an image is transparent. At 96 DPI an
+// image is drawn at its own size, centred; on a scaled screen (GDI+ running)
+// it is stretched over the whole button.
 class CBitmapButtonWithHot : public w32::OwnerDrawControl {
 public:
     enum Image { kNormal, kPressed, kFocused, kDisabled, kHot, kImageCount };
