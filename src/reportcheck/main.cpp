@@ -346,7 +346,13 @@ int CollectProblem(const std::filesystem::path& path, const std::string& problem
 int CollectPath(const std::filesystem::path& path) {
     namespace fs = std::filesystem;
     std::error_code error;
-    if (!fs::is_directory(path, error)) return CollectFile(path);
+    const fs::file_status status = fs::status(path, error);
+    if (fs::is_regular_file(status)) return CollectFile(path);
+    if (!fs::is_directory(status)) {
+        // A pipe or a device would block the reading; a broken link has nothing to read.
+        return CollectProblem(path, fs::exists(status) ? "cannot be read (not a regular file)"
+                                                       : "cannot be read (" + std::string(std::strerror(ENOENT)) + ")");
+    }
     std::vector<fs::path> names;
     fs::directory_iterator it(path, error), end;
     if (error) return CollectProblem(path, "cannot be read (" + error.message() + ")");
@@ -356,9 +362,9 @@ int CollectPath(const std::filesystem::path& path) {
     }
     if (error) return CollectProblem(path, "cannot be read (" + error.message() + ")");
     std::sort(names.begin(), names.end());
-    int status = kAllIntact;
-    for (const fs::path& name : names) status = std::max(status, CollectPath(name));
-    return status;
+    int worst = kAllIntact;
+    for (const fs::path& name : names) worst = std::max(worst, CollectPath(name));
+    return worst;
 }
 
 int Collect(int argc, NativeChar* argv[]) {

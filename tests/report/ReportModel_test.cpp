@@ -7,75 +7,11 @@
 #include "report/ReportDiff.h"
 #include "report/ReportJson.h"
 #include "report/ReportModel.h"
+#include "SampleReport.h"
 
 using namespace report_model;
 
 namespace {
-
-// A report as the program writes it (LF; the saved file has CR LF).
-const std::string kBody =
-    "Orvane Software system report on 11/22/26 14:36:06\n"
-    "\n"
-    "\nProgram:\n"
-    "OrvaneDiagnostics 9.3.1.1042\n"
-    "in C:\\Tools\n"
-    "launched as administrator\n"
-    "\nHost:\n"
-    "\tname: PC1 (WORKGROUP\\PC1)\n"
-    "\tuser: anne\n"
-    "\nWindows:\n"
-    "\tversion reported: 8 (Desktop)\n"
-    "\treal version: 10.0.19045\n"
-    "\tid: 12345-oem-0000001-54321\n"
-    "\tsystem path: C:\\windows\n"
-    "\tprogram file path: C:\\Program Files\n"
-    "\tapplication common shared path: C:\\ProgramData\n"
-    "\nHardware:\n"
-    "\tsystem: 64 bits\n"
-    "\tbios: Default System BIOS\n"
-    "\tboard: Intel Corporation\n"
-    "\tnumber of processors: 2\n"
-    "\tprocessor : 9 (26.513)\n"
-    "\tactive processor mask: 3\n"
-    "\tpage size: 4096\n"
-    "\tapplication addresses: 0x10000-0xfffeffff\n"
-    "\tmemory: 24683616K physical, 137438953344K virtual, 24683624K paging\n"
-    "\tC volume: 0x43000000 0xa NTFS total 264212084K free 81646476K (user 81646476K)\n"
-    "\nNetwork:\n"
-    "Adapters enumeration:\n"
-    "\tAdapter name: {00000002-0000-0000-0000-4E6574446576}\n"
-    "\tIfIndex (IPv4 interface): 2\n"
-    "\tNumber of Unicast Addresses: 3\n"
-    "\tNo Anycast Addresses\n"
-    "\tNo Multicast Addresses\n"
-    "\tNumber of DNS Server Addresses: 1\n"
-    "\tDNS Suffix: \n"
-    "\tDescription: eth0\n"
-    "\tFriendly name: eth0\n"
-    "\tPhysical address: 02-FC-00-00-00-01\n"
-    "\tFlags: 384\n"
-    "\tMtu: 1400\n"
-    "\tIfType: 6\n"
-    "\tOperStatus: 1\n"
-    "\tIpv6IfIndex (IPv6 interface): 0\n"
-    "\tZoneIndices (hex): 0 1 a 0 0 0 0 0 0 0 0 0 0 0 0 ffffffff \n"
-    "\tNumber of IP Adapter Prefix entries: 1\n"
-    "\n"
-    "\nOrvane Software installation:\n"
-    "* Current directory (C:\\Tools):\n"
-    "\t00000010          0\t22/11/2026  14:33:45\t22/11/2026  14:33:45\t.\t\n"
-    "\t00000020       4753\t07/03/2021  14:05:09\t08/03/2021  09:00:00\ttool.dll\t9.3.1.0\n"
-    "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
-    "* Registry installation data:\n"
-    "\tInstallLocation: D:\\Suite\n"
-    "\tVersionMajor: 9\n"
-    "\tVersionMinor: -3\n"
-    "\tVersionBuild: 1042\n"
-    "* Registry installation directory:\n"
-    "\t80000020 -1294967296\t01/01/2020  00:00:00\t01/01/2020  00:00:01\tbig.bin\t ACL: Allow BUILTIN\\Administrators [RWX];\n"
-    "\t\t\t\tContent:\"abc??\"\n"
-    "* Shared parameters directory (C:\\ProgramData\\Orvane Software):\n"
-    "* Shared Batch directory (C:\\ProgramData\\Orvane Software\\Runner):\n";
 
 std::u16string U16(const std::string& utf8) {
     return Utf16FromUtf8(utf8);
@@ -93,7 +29,7 @@ std::string WithCrLf(const std::string& text) {
 }  // namespace
 
 TEST(ReportModel, ReadsEveryFieldOfAReport) {
-    const Report r = ParseReportBody(U16(kBody));
+    const Report r = ParseReportBody(U16(kSampleReportBody));
     EXPECT_TRUE(r.unrecognised.empty()) << r.unrecognised.front().line << ": " << r.unrecognised.front().text;
     EXPECT_EQ(r.header.text, "Orvane Software system report on 11/22/26 14:36:06");
     EXPECT_EQ(r.program.name, "OrvaneDiagnostics");
@@ -145,11 +81,11 @@ TEST(ReportModel, ReadsEveryFieldOfAReport) {
     EXPECT_EQ(inst.registryValues[2].name, "VersionMinor");
     EXPECT_EQ(inst.registryValues[2].number, -3);
     EXPECT_EQ(inst.registryValues[3].text, "1042");
-    EXPECT_EQ(RenderReportBody(r), U16(kBody));
+    EXPECT_EQ(RenderReportBody(r), U16(kSampleReportBody));
 }
 
 TEST(ReportModel, KeepsLinesItDoesNotKnowWithTheirNumbers) {
-    std::string body = kBody;
+    std::string body = kSampleReportBody;
     body.replace(body.find("\tpage size: 4096"), 16, "\tpage size: 04096");  // not the report's form
     body.insert(body.find("\nHost:"), "\nsomething else");  // and its empty line
     const Report r = ParseReportBody(U16(body));
@@ -177,11 +113,11 @@ TEST(ReportModel, LinesOutOfTheirOrderAreNotTaken) {
 }
 
 TEST(ReportModel, LineBreaksAsFoundAndMixed) {
-    const Report crlf = ParseReportBody(U16(WithCrLf(kBody)));
+    const Report crlf = ParseReportBody(U16(WithCrLf(kSampleReportBody)));
     EXPECT_TRUE(crlf.lineBreaks.crlf);
     EXPECT_TRUE(crlf.lineBreaks.exceptions.empty());
     EXPECT_TRUE(crlf.unrecognised.empty());
-    EXPECT_EQ(RenderReportBody(crlf), U16(WithCrLf(kBody)));
+    EXPECT_EQ(RenderReportBody(crlf), U16(WithCrLf(kSampleReportBody)));
 
     const std::string mixed = "\nProgram:\r\nA 1\nin C:\\\r\n";
     const Report m = ParseReportBody(U16(mixed));
@@ -190,7 +126,7 @@ TEST(ReportModel, LineBreaksAsFoundAndMixed) {
     EXPECT_EQ(m.program.name, "A");
     EXPECT_EQ(RenderReportBody(m), U16(mixed));
 
-    const Report lf = ParseReportBody(U16(kBody));
+    const Report lf = ParseReportBody(U16(kSampleReportBody));
     EXPECT_FALSE(lf.lineBreaks.crlf);
 }
 
@@ -202,7 +138,7 @@ TEST(ReportModel, AnyTextComesBackWhole) {
 }
 
 TEST(ReportModel, JsonCarriesTheVerdictAndTheFields) {
-    const Report r = ParseReportBody(U16(WithCrLf(kBody)));
+    const Report r = ParseReportBody(U16(WithCrLf(kSampleReportBody)));
     ReportVerdict verdict;
     verdict.state = ReportState::Altered;
     verdict.stored = 0x01020304;
@@ -220,7 +156,7 @@ TEST(ReportModel, JsonCarriesTheVerdictAndTheFields) {
 }
 
 TEST(ReportDiff, NamesEachChangeOnceAndIgnoresTheHeaderTime) {
-    std::string changed = kBody;
+    std::string changed = kSampleReportBody;
     changed.replace(changed.find("11/22/26 14:36:06"), 17, "11/29/26 09:00:00");
     changed.replace(changed.find("free 81646476K"), 14, "free 81000000K");
     changed.replace(changed.find("\t9.3.1.0\n"), 9, "\t9.4.0.0\n");
@@ -228,7 +164,7 @@ TEST(ReportDiff, NamesEachChangeOnceAndIgnoresTheHeaderTime) {
     changed.insert(changed.find("* Standard installation"),
                    "\t00000020         12\t22/11/2026  15:00:00\t22/11/2026  15:00:00\tnew.txt\t\n");
     changed.erase(changed.find("\tid: "), std::string("\tid: 12345-oem-0000001-54321\n").size());
-    const Report before = ParseReportBody(U16(kBody));
+    const Report before = ParseReportBody(U16(kSampleReportBody));
     const Report after = ParseReportBody(U16(changed));
     ReportSide oldSide{&before, {}};
     ReportSide newSide{&after, {}};
@@ -243,5 +179,5 @@ TEST(ReportDiff, NamesEachChangeOnceAndIgnoresTheHeaderTime) {
               "\tVersionBuild: 1042 \u2192 1043\n"
               "\tCurrent directory: new.txt: added (size 12)\n");
     EXPECT_TRUE(DiffReports(before, before).empty());
-    EXPECT_TRUE(DiffReports(ParseReportBody(U16(WithCrLf(kBody))), before).empty());
+    EXPECT_TRUE(DiffReports(ParseReportBody(U16(WithCrLf(kSampleReportBody))), before).empty());
 }

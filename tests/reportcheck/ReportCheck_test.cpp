@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "report/ReportChecksum.h"
+#include "../report/SampleReport.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -298,4 +299,282 @@ TEST_F(ReportCheck, HelpPrintsUsageAndGivesZero) {
               std::string::npos);
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
+}
+
+// --- show, diff, collect ----------------------------------------------------
+
+namespace {
+
+std::u16string Utf16(const std::string& ascii) {
+    return std::u16string(ascii.begin(), ascii.end());
+}
+
+std::string CrLf(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        if (c == '\n') out += '\r';
+        out += c;
+    }
+    return out;
+}
+
+// A saved report of this body, CR LF as the program saves it.
+std::string SavedReport(const std::string& body) {
+    return BuildReportFileBytes(Utf16(CrLf(body)));
+}
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+    const std::size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    if (at != std::string::npos) text.replace(at, from.size(), to);
+    return text;
+}
+
+// The sample a week later: the header's time, the free space, a library
+// replaced, a file added, a file removed, a registry value and the product
+// id changed.
+std::string LaterSample() {
+    std::string body = Replaced(kSampleReportBody, "11/22/26 14:36:06", "11/29/26 09:12:00");
+    body = Replaced(body, "free 81646476K (user 81646476K)", "free 81000000K (user 81000000K)");
+    body = Replaced(body, "\ttool.dll\t9.3.1.0\n", "\ttool.dll\t9.4.0.0\n");
+    body = Replaced(body, "08/03/2021  09:00:00\ttool.dll", "29/11/2026  09:00:00\ttool.dll");
+    body = Replaced(body, "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n",
+                    "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
+                    "\t00000020         12\t29/11/2026  09:01:00\t29/11/2026  09:01:00\tnotes.txt\t\n");
+    body = Replaced(body, "\t80000020 -1294967296\t01/01/2020  00:00:00\t01/01/2020  00:00:01\tbig.bin\t ACL: "
+                          "Allow BUILTIN\\Administrators [RWX];\n\t\t\t\tContent:\"abc??\"\n",
+                    "");
+    body = Replaced(body, "\tVersionBuild: 1042", "\tVersionBuild: 1043");
+    body = Replaced(body, "\tid: 12345-oem-0000001-54321", "\tid: 12345-oem-0000001-99999");
+    return body;
+}
+
+const std::string kLaterSampleDiff =
+    "Windows:\n"
+    "\tid: 12345-oem-0000001-54321 \u2192 12345-oem-0000001-99999\n"
+    "Hardware:\n"
+    "\tC volume free: 81646476K \u2192 81000000K\n"
+    "\tC volume user: 81646476K \u2192 81000000K\n"
+    "Orvane Software installation:\n"
+    "\tCurrent directory: tool.dll: version: 9.3.1.0 \u2192 9.4.0.0\n"
+    "\tCurrent directory: tool.dll: written: 08/03/2021  09:00:00 \u2192 29/11/2026  09:00:00\n"
+    "\tRegistry installation directory: big.bin: removed (size -1294967296)\n"
+    "\tVersionBuild: 1042 \u2192 1043\n"
+    "\tStandard installation directory: notes.txt: added (size 12)\n";
+
+const std::string kTinyBody = "\nProgram:\nA 1\nin C:\\X\nstray\n";
+
+}  // namespace
+
+TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
+    Write("tiny.txt", BuildReportFileBytes(Utf16(kTinyBody)));
+    const Outcome outcome = Check({"show", "--json", "tiny.txt"});
+    EXPECT_EQ(outcome.out,
+              "{\n"
+              "  \"schemaVersion\": 1,\n"
+              "  \"integrity\": {\n"
+              "    \"verdict\": \"intact\",\n"
+              "    \"storedChecksum\": \"6f090968\",\n"
+              "    \"bodyChecksum\": \"6f090968\",\n"
+              "    \"lineBreaks\": \"LF\",\n"
+              "    \"lineBreakExceptions\": [],\n"
+              "    \"finalLineBreak\": true\n"
+              "  },\n"
+              "  \"lineCount\": 5,\n"
+              "  \"header\": null,\n"
+              "  \"program\": {\n"
+              "    \"name\": \"A\",\n"
+              "    \"version\": \"1\",\n"
+              "    \"directory\": \"C:\\\\X\",\n"
+              "    \"elevated\": false,\n"
+              "    \"blankLineBefore\": true\n"
+              "  },\n"
+              "  \"host\": null,\n"
+              "  \"windows\": null,\n"
+              "  \"hardware\": null,\n"
+              "  \"network\": null,\n"
+              "  \"installation\": null,\n"
+              "  \"unrecognised\": [\n"
+              "    {\n"
+              "      \"line\": 5,\n"
+              "      \"text\": \"stray\"\n"
+              "    }\n"
+              "  ]\n"
+              "}\n");
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ReportCheck, ShowOfAnAlteredReportSaysSoAndExitsOne) {
+    std::string bytes = SavedReport(kSampleReportBody);
+    const std::size_t at = bytes.find(std::string("b\0o\0a\0r\0d\0", 10));
+    ASSERT_NE(at, std::string::npos);
+    bytes[at] = 'B';  // an edited line
+    Write("edited.txt", bytes);
+    const Outcome outcome = Check({"show", "--json", "edited.txt"});
+    EXPECT_NE(outcome.out.find("\"verdict\": \"altered\""), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("\"text\": \"\\tBoard: Intel Corporation\""), std::string::npos) << outcome.out;
+    EXPECT_EQ(outcome.status, 1);
+}
+
+// Bad input: one line on standard error naming the file, nothing on
+// standard output, exit status 2.
+TEST_F(ReportCheck, ShowOfBadInputPrintsNoJson) {
+    std::string bigEndian = "\xFE\xFF";
+    for (char16_t c : Utf16(kTinyBody)) bigEndian += {static_cast<char>(c >> 8), static_cast<char>(c & 0xFF)};
+    const std::string report = SavedReport(kTinyBody);
+    const struct {
+        std::string name, bytes, reason;
+    } cases[] = {
+        {"empty.txt", "", "not a report (empty file)"},
+        {"one-byte.txt", "\xFF", "not a report (no UTF-16 byte-order mark)"},
+        {"utf8.txt", CrLf(kTinyBody), "not a report (no UTF-16 byte-order mark)"},
+        {"utf16be.txt", bigEndian, "not a report (no UTF-16 byte-order mark)"},
+        {"truncated.txt", report.substr(0, report.size() - 2), "not a report (no checksum trailer at the end)"},
+        {"no-trailer.txt", report.substr(0, report.size() - 30), "not a report (no checksum trailer at the end)"},
+        {Utf8(u8"r\u00e9sum\u00e9.txt"), "%PDF-1.4", "not a report (no UTF-16 byte-order mark)"},
+    };
+    for (const auto& c : cases) {
+        Write(c.name, c.bytes);
+        const Outcome outcome = Check({"show", "--json", c.name});
+        EXPECT_EQ(outcome.out, "") << c.name;
+        EXPECT_EQ(outcome.err, "reportcheck: " + c.name + ": " + c.reason + kNewline) << c.name;
+        EXPECT_EQ(outcome.status, 2) << c.name;
+    }
+    const Outcome missing = Check({"show", "--json", "missing.txt"});
+    EXPECT_EQ(missing.out, "");
+    EXPECT_EQ(missing.err, std::string("reportcheck: missing.txt: cannot be read (No such file or directory)") + kNewline);
+    EXPECT_EQ(missing.status, 2);
+}
+
+TEST_F(ReportCheck, DiffNamesEachChangeOnce) {
+    Write("before.txt", SavedReport(kSampleReportBody));
+    Write("after.txt", SavedReport(LaterSample()));
+    const Outcome outcome = Check({"diff", "before.txt", "after.txt"});
+    EXPECT_EQ(outcome.out, kLaterSampleDiff);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(ReportCheck, DiffOfAReportWithItselfOrItsLineFeedFormIsSilent) {
+    Write("report.txt", SavedReport(kSampleReportBody));
+    Write("report-lf.txt", BuildReportFileBytes(Utf16(kSampleReportBody)));
+    for (const char* other : {"report.txt", "report-lf.txt"}) {
+        const Outcome outcome = Check({"diff", "report.txt", other});
+        EXPECT_EQ(outcome.out, "") << other;
+        EXPECT_EQ(outcome.status, 0) << other;
+    }
+}
+
+TEST_F(ReportCheck, DiffOfAnAlteredReportSaysSoFirst) {
+    Write("before.txt", SavedReport(kTinyBody));
+    std::string edited = SavedReport(kTinyBody);
+    edited[edited.find('1')] = '2';
+    Write("after.txt", edited);
+    const Outcome outcome = Check({"diff", "before.txt", "after.txt"});
+    EXPECT_EQ(outcome.out,
+              "The checksum verdict changed:\n"
+              "\told: intact (checksum 14244c76)\n"
+              "\tnew: altered (trailer says 14244c76, body gives 14274c76)\n"
+              "Program:\n"
+              "\tversion: 1 \u2192 2\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(ReportCheck, DiffAsJson) {
+    Write("before.txt", SavedReport(kTinyBody));
+    Write("after.txt", SavedReport(Replaced(kTinyBody, "stray", "other")));
+    const Outcome outcome = Check({"diff", "--json", "before.txt", "after.txt"});
+    EXPECT_EQ(outcome.out,
+              "{\n"
+              "  \"schemaVersion\": 1,\n"
+              "  \"old\": {\n"
+              "    \"verdict\": \"intact\",\n"
+              "    \"storedChecksum\": \"14244c76\",\n"
+              "    \"bodyChecksum\": \"14244c76\"\n"
+              "  },\n"
+              "  \"new\": {\n"
+              "    \"verdict\": \"intact\",\n"
+              "    \"storedChecksum\": \"1433486c\",\n"
+              "    \"bodyChecksum\": \"1433486c\"\n"
+              "  },\n"
+              "  \"verdictChanged\": false,\n"
+              "  \"changes\": [\n"
+              "    {\n"
+              "      \"section\": \"Unrecognised lines\",\n"
+              "      \"subject\": \"\\\"stray\\\"\",\n"
+              "      \"field\": \"\",\n"
+              "      \"change\": \"removed\",\n"
+              "      \"old\": \"line 5\",\n"
+              "      \"new\": null\n"
+              "    },\n"
+              "    {\n"
+              "      \"section\": \"Unrecognised lines\",\n"
+              "      \"subject\": \"\\\"other\\\"\",\n"
+              "      \"field\": \"\",\n"
+              "      \"change\": \"added\",\n"
+              "      \"old\": null,\n"
+              "      \"new\": \"line 5\"\n"
+              "    }\n"
+              "  ]\n"
+              "}\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(ReportCheck, DiffOfSomethingThatIsNotAReport) {
+    Write("report.txt", SavedReport(kTinyBody));
+    Write("notes.txt", "notes");
+    const Outcome outcome = Check({"diff", "report.txt", "notes.txt"});
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, std::string("reportcheck: notes.txt: not a report (no UTF-16 byte-order mark)") + kNewline);
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
+    fs::create_directories(root_ / "files" / "fleet" / "a");
+    fs::create_directories(root_ / "files" / "fleet" / PathFromUtf8(Utf8(u8"\u00e9t\u00e9")));
+    const std::string report = SavedReport(kTinyBody);
+    std::string altered = report;
+    altered[altered.find('1')] = '2';
+    Write("fleet/a/pc1.txt", report);
+    Write(Utf8(u8"fleet/\u00e9t\u00e9/pc2.txt"), altered);
+    Write("fleet/notes.txt", "notes");
+#if defined(_WIN32)
+    const std::string sep = "\\\\";  // as JSON writes a backslash
+#else
+    const std::string sep = "/";
+#endif
+    const std::string model =
+        "{\"schemaVersion\":1,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
+        "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
+        "\"lineCount\":5,\"header\":null,\"program\":{\"name\":\"A\",\"version\":\"%N\",\"directory\":\"C:\\\\X\","
+        "\"elevated\":false,\"blankLineBefore\":true},\"host\":null,\"windows\":null,\"hardware\":null,"
+        "\"network\":null,\"installation\":null,\"unrecognised\":[{\"line\":5,\"text\":\"stray\"}]}";
+    const auto line = [&](const std::string& path, const std::string& verdict, const std::string& body,
+                          const std::string& version) {
+        std::string m = Replaced(Replaced(Replaced(model, "%V", verdict), "%B", body), "%N", version);
+        return "{\"path\":\"" + path + "\",\"verdict\":\"" + verdict + "\",\"reason\":null,\"report\":" + m + "}\n";
+    };
+    const Outcome outcome = Check({"collect", "fleet"});
+    EXPECT_EQ(outcome.out, line("fleet" + sep + "a" + sep + "pc1.txt", "intact", "14244c76", "1") +
+                               "{\"path\":\"fleet" + sep +
+                               "notes.txt\",\"verdict\":\"not a report\",\"reason\":\"not a report (no UTF-16 "
+                               "byte-order mark)\",\"report\":null}\n" +
+                               line("fleet" + sep + Utf8(u8"\u00e9t\u00e9") + sep + "pc2.txt", "altered",
+                                    "14274c76", "2"));
+    EXPECT_EQ(outcome.err, "reportcheck: fleet" + std::string(sep == "/" ? "/" : "\\") +
+                               "notes.txt: not a report (no UTF-16 byte-order mark)" + kNewline);
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(ReportCheck, SubcommandsExplainThemselves) {
+    for (const char* command : {"show", "diff", "collect"}) {
+        const Outcome outcome = Check({command, "--help"});
+        EXPECT_EQ(outcome.out.rfind(std::string("usage: reportcheck ") + command, 0), 0u) << outcome.out;
+        EXPECT_EQ(outcome.status, 0);
+        const Outcome wrong = Check({command});
+        EXPECT_EQ(wrong.out, "");
+        EXPECT_EQ(wrong.err.rfind(std::string("usage: reportcheck ") + command, 0), 0u) << wrong.err;
+        EXPECT_EQ(wrong.status, 2);
+    }
 }
