@@ -578,3 +578,62 @@ TEST_F(ReportCheck, SubcommandsExplainThemselves) {
         EXPECT_EQ(wrong.status, 2);
     }
 }
+
+#if !defined(_WIN32)
+// What the support side's other tools make of the output: Debian's
+// jsonschema (not whatever python3 the PATH finds) and sqlite3.
+
+TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
+    fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data/wine-report.txt",
+                  root_ / "files" / "wine.txt");
+    Write("sample.txt", SavedReport(kSampleReportBody));
+    Write("later.txt", BuildReportFileBytes(Utf16(LaterSample())));
+    Write("tiny.txt", SavedReport(kTinyBody));
+    const std::string schema = std::string(REPORTCHECK_SOURCE_DIR) + "/docs/report-model.schema.json";
+    for (const char* name : {"wine", "sample", "later", "tiny"}) {
+        const Outcome shown = Check({"show", "--json", std::string(name) + ".txt"});
+        ASSERT_EQ(shown.status, 0) << name << shown.err;
+        Write(std::string(name) + ".json", shown.out);
+    }
+    const std::string script =
+        "import json, jsonschema, sys\n"
+        "schema = json.load(open(sys.argv[1]))\n"
+        "jsonschema.Draft7Validator.check_schema(schema)\n"
+        "for name in sys.argv[2:]:\n"
+        "    jsonschema.validate(json.load(open(name)), schema)\n"
+        "wine = json.load(open('wine.json'))\n"
+        "print(wine['unrecognised'], wine['program']['version'], wine['hardware']['pageSize'],\n"
+        "      len(wine['network']['adapters']), wine['installation']['directories'][0]['kind'])\n";
+    Write("validate.py", script);
+    const std::string command = "cd '" + (root_ / "files").string() +
+                                "' && /usr/bin/python3 validate.py '" + schema +
+                                "' wine.json sample.json later.json tiny.json >validated.txt 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "validated.txt");
+    EXPECT_EQ(ReadFile(root_ / "files" / "validated.txt"), "[] 9.3.1.1042 4096 4 current\n");
+}
+
+TEST_F(ReportCheck, CollectedReportsLoadIntoSqlite) {
+    // Three machines; the third still has the older tool.dll.
+    const auto machine = [](const std::string& name, const std::string& version) {
+        std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
+                                    "\tname: " + name + " (WORKGROUP\\" + name + ")");
+        return Replaced(body, "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n",
+                        "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
+                        "\t00000020     130444\t22/11/2026  14:33:33\t22/11/2026  14:33:33\ttool.dll\t" +
+                            version + "\n");
+    };
+    fs::create_directories(root_ / "files" / "fleet" / "march");
+    Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0")));
+    Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0")));
+    Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7")));
+    const Outcome collected = Check({"collect", "fleet"});
+    ASSERT_EQ(collected.status, 0) << collected.err;
+    Write("reports.jsonl", collected.out);
+    const std::string examples = std::string(REPORTCHECK_SOURCE_DIR) + "/docs/examples/";
+    const std::string command = "cd '" + (root_ / "files").string() + "' && cat '" + examples +
+                                "load-reports.sql' '" + examples +
+                                "other-versions.sql' | sqlite3 fleet.db >answer.txt 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "answer.txt");
+    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC3|tool.dll|9.2.0.7\n");
+}
+#endif
