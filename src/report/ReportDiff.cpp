@@ -183,7 +183,7 @@ private:
             }
         }
         for (const RegistryValue& v : inst.registryValues)
-            Add(s, "", v.name, v.number ? SignedText(*v.number) : v.text.value_or(""));
+            Add(s, "Registry installation data", v.name, v.number ? SignedText(*v.number) : v.text.value_or(""));
     }
 
     std::vector<Item> items_;
@@ -202,19 +202,20 @@ std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport
     const std::vector<Item> newItems = Flattener().Run(newReport);
     std::map<std::string, const Item*> oldByKey, newByKey;
     std::set<std::string> oldSubjects, newSubjects;
+    // Subjects with an item of their own come and go as a whole.
     for (const Item& i : oldItems) {
         oldByKey.emplace(Key(i), &i);
-        if (!i.subject.empty()) oldSubjects.insert(SubjectKey(i));
+        if (i.field.empty()) oldSubjects.insert(SubjectKey(i));
     }
     for (const Item& i : newItems) {
         newByKey.emplace(Key(i), &i);
-        if (!i.subject.empty()) newSubjects.insert(SubjectKey(i));
+        if (i.field.empty()) newSubjects.insert(SubjectKey(i));
     }
     std::vector<Change> changes;
     for (const char* section : kSectionOrder) {
         for (const Item& o : oldItems) {
             if (o.section != section) continue;
-            if (!o.subject.empty() && !newSubjects.count(SubjectKey(o))) {
+            if (oldSubjects.count(SubjectKey(o)) && !newSubjects.count(SubjectKey(o))) {
                 if (o.field.empty()) Emit(changes, o, ChangeKind::Removed, o.value, std::nullopt);
                 continue;
             }
@@ -225,7 +226,7 @@ std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport
         }
         for (const Item& n : newItems) {
             if (n.section != section) continue;
-            if (!n.subject.empty() && !oldSubjects.count(SubjectKey(n))) {
+            if (newSubjects.count(SubjectKey(n)) && !oldSubjects.count(SubjectKey(n))) {
                 if (n.field.empty()) Emit(changes, n, ChangeKind::Added, std::nullopt, n.value);
                 continue;
             }

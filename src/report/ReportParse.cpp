@@ -429,7 +429,9 @@ private:
         if (!inst.registryDataHeading || stage_ < 3 || stage_ > 10) return false;
         for (std::size_t k = 0; k < kInstallationValues.size(); ++k) {
             const InstallationValue& known = kInstallationValues[k];
-            auto v = After(line, "\t" + Narrow(known.name) + ": ");
+            std::string label(1, '\t');
+            label += Narrow(known.name) + ": ";
+            auto v = After(line, label);
             if (!v) continue;
             RegistryValue value;
             value.name = Narrow(known.name);

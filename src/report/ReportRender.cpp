@@ -82,7 +82,8 @@ std::string EnumerationErrorLine(std::int64_t code) {
 }
 
 std::string EntryLine(const DirectoryEntry& e) {
-    std::string line = "\t" + Narrow(FormatEntryHead(e.attributes, static_cast<std::uint32_t>(e.size)));
+    std::string line(1, '\t');
+    line += Narrow(FormatEntryHead(e.attributes, static_cast<std::uint32_t>(e.size)));
     line += e.created.printed + "\t" + e.written.printed + "\t" + e.name + "\t" + e.version;
     if (e.accessList) line += Narrow(kAccessListHeading) + *e.accessList;
     return line;

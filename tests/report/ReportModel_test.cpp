@@ -176,8 +176,26 @@ TEST(ReportDiff, NamesEachChangeOnceAndIgnoresTheHeaderTime) {
               "\tC volume free: 81646476K \u2192 81000000K\n"
               "Orvane Software installation:\n"
               "\tCurrent directory: tool.dll: version: 9.3.1.0 \u2192 9.4.0.0\n"
-              "\tVersionBuild: 1042 \u2192 1043\n"
+              "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n"
               "\tCurrent directory: new.txt: added (size 12)\n");
     EXPECT_TRUE(DiffReports(before, before).empty());
     EXPECT_TRUE(DiffReports(ParseReportBody(U16(WithCrLf(kSampleReportBody))), before).empty());
+}
+
+TEST(ReportDiff, ValuesThatDisappearShowAsNone) {
+    std::string changed = kSampleReportBody;
+    changed.erase(changed.find("\tInstallLocation: "), changed.find("* Registry installation directory:") -
+                                                            changed.find("\tInstallLocation: "));
+    const Report before = ParseReportBody(U16(kSampleReportBody));
+    const Report after = ParseReportBody(U16(changed));
+    ReportSide oldSide{&before, {}};
+    ReportSide newSide{&after, {}};
+    oldSide.verdict.state = newSide.verdict.state = ReportState::Intact;
+    EXPECT_EQ(FormatDiffText(oldSide, newSide, DiffReports(before, after)),
+              "Orvane Software installation:\n"
+              "\tRegistry installation directory: path: D:\\Suite \u2192 (none)\n"
+              "\tRegistry installation data: InstallLocation: D:\\Suite \u2192 (none)\n"
+              "\tRegistry installation data: VersionMajor: 9 \u2192 (none)\n"
+              "\tRegistry installation data: VersionMinor: -3 \u2192 (none)\n"
+              "\tRegistry installation data: VersionBuild: 1042 \u2192 (none)\n");
 }

@@ -359,7 +359,7 @@ const std::string kLaterSampleDiff =
     "\tCurrent directory: tool.dll: version: 9.3.1.0 \u2192 9.4.0.0\n"
     "\tCurrent directory: tool.dll: written: 08/03/2021  09:00:00 \u2192 29/11/2026  09:00:00\n"
     "\tRegistry installation directory: big.bin: removed (size -1294967296)\n"
-    "\tVersionBuild: 1042 \u2192 1043\n"
+    "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n"
     "\tStandard installation directory: notes.txt: added (size 12)\n";
 
 const std::string kTinyBody = "\nProgram:\nA 1\nin C:\\X\nstray\n";
