@@ -17,6 +17,7 @@
 #if defined(_WIN32)
 #include <windows.h>
 #else
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -567,6 +568,21 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     EXPECT_EQ(outcome.status, 2);
 }
 
+TEST_F(ReportCheck, ShowReadsA50MegabyteReport) {
+    // The sample with one line of 25 million characters among its entries:
+    // 50 MB on disk, read whole, the long line kept as it is.
+    const std::string longLine(25'000'000, 'x');
+    Write("big.txt", SavedReport(Replaced(kSampleReportBody, "* Shared Batch directory", longLine + "\n* Shared Batch directory")));
+    const Outcome outcome = Check({"show", "--json", "big.txt"});
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+    const std::string expectedTail = "  \"unrecognised\": [\n    {\n      \"line\": 68,\n      \"text\": \"" + longLine +
+                                     "\"\n    }\n  ]\n}\n";
+    ASSERT_GE(outcome.out.size(), expectedTail.size());
+    EXPECT_EQ(outcome.out.substr(0, 2), "{\n");
+    EXPECT_TRUE(outcome.out.compare(outcome.out.size() - expectedTail.size(), expectedTail.size(), expectedTail) == 0);
+}
+
 TEST_F(ReportCheck, SubcommandsExplainThemselves) {
     for (const char* command : {"show", "diff", "collect"}) {
         const Outcome outcome = Check({command, "--help"});
@@ -582,6 +598,31 @@ TEST_F(ReportCheck, SubcommandsExplainThemselves) {
 #if !defined(_WIN32)
 // What the support side's other tools make of the output: Debian's
 // jsonschema (not whatever python3 the PATH finds) and sqlite3.
+
+TEST_F(ReportCheck, CollectGoesOnPastFilesThatCannotBeRead) {
+    fs::create_directories(root_ / "files" / "fleet");
+    Write("fleet/b.txt", SavedReport(kTinyBody));
+    fs::create_symlink(root_ / "files" / "nowhere.txt", root_ / "files" / "fleet" / "a-broken-link.txt");
+    ASSERT_EQ(::mkfifo((root_ / "files" / "fleet" / "c-pipe").c_str(), 0600), 0);
+    const Outcome outcome = Check({"collect", "fleet"});
+    EXPECT_EQ(outcome.err,
+              "reportcheck: fleet/a-broken-link.txt: cannot be read (No such file or directory)\n"
+              "reportcheck: fleet/c-pipe: cannot be read (not a regular file)\n");
+    std::istringstream lines(outcome.out);
+    std::string first, second, third, rest;
+    std::getline(lines, first);
+    std::getline(lines, second);
+    std::getline(lines, third);
+    std::getline(lines, rest);
+    EXPECT_EQ(first, "{\"path\":\"fleet/a-broken-link.txt\",\"verdict\":\"unreadable\",\"reason\":\"cannot be read "
+                     "(No such file or directory)\",\"report\":null}");
+    const std::string intact = "{\"path\":\"fleet/b.txt\",\"verdict\":\"intact\",\"reason\":null,\"report\":{";
+    EXPECT_EQ(second.substr(0, intact.size()), intact);
+    EXPECT_EQ(third, "{\"path\":\"fleet/c-pipe\",\"verdict\":\"unreadable\",\"reason\":\"cannot be read (not a regular "
+                     "file)\",\"report\":null}");
+    EXPECT_EQ(rest, "");
+    EXPECT_EQ(outcome.status, 2);
+}
 
 TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
     fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data/wine-report.txt",
