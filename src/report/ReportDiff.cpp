@@ -261,7 +261,10 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
     if (VerdictsMatter(oldSide, newSide)) {
         text += oldSide.verdict.state == newSide.verdict.state ? "Both reports are altered:\n"
                                                                : "The checksum verdict changed:\n";
-        text += "\t" + VerdictLine("old", oldSide) + "\t" + VerdictLine("new", newSide);
+        for (const auto& [which, side] : {std::pair{"old", &oldSide}, std::pair{"new", &newSide}}) {
+            text += '\t';
+            text += VerdictLine(which, *side);
+        }
     }
     std::string section;
     for (const Change& c : changes) {

@@ -101,8 +101,12 @@ protected:
 
     // Runs the checker in the files' folder with these arguments (UTF-8).
     Outcome Check(const std::vector<std::string>& arguments) {
-        const fs::path out = root_ / "stdout.txt";
-        const fs::path err = root_ / "stderr.txt";
+        // Files of their own for each run: under Wine a finished child's
+        // handles may still be open for a moment, and the next run could
+        // not replace them.
+        const std::string run = std::to_string(++runs_);
+        const fs::path out = root_ / ("stdout-" + run + ".txt");
+        const fs::path err = root_ / ("stderr-" + run + ".txt");
         Outcome outcome;
 #if defined(_WIN32)
         std::wstring commandLine = L"\"" + CheckerPath().wstring() + L"\"";
@@ -146,6 +150,7 @@ protected:
     }
 
     fs::path root_;
+    int runs_ = 0;
 };
 
 // "AB" is the example of the file format: its checksum is 01024145.
