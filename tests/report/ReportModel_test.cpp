@@ -17,13 +17,12 @@ std::u16string U16(const std::string& utf8) {
     return Utf16FromUtf8(utf8);
 }
 
-std::string WithCrLf(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        if (c == '\n') out += '\r';
-        out += c;
-    }
-    return out;
+// The diff of two intact reports, as `reportcheck diff` prints it.
+std::string DiffText(const Report& before, const Report& after) {
+    ReportSide oldSide{&before, {}};
+    ReportSide newSide{&after, {}};
+    oldSide.verdict.state = newSide.verdict.state = ReportState::Intact;
+    return FormatDiffText(oldSide, newSide, DiffReports(before, after));
 }
 
 }  // namespace
@@ -166,10 +165,7 @@ TEST(ReportDiff, NamesEachChangeOnceAndIgnoresTheHeaderTime) {
     changed.erase(changed.find("\tid: "), std::string("\tid: 12345-oem-0000001-54321\n").size());
     const Report before = ParseReportBody(U16(kSampleReportBody));
     const Report after = ParseReportBody(U16(changed));
-    ReportSide oldSide{&before, {}};
-    ReportSide newSide{&after, {}};
-    oldSide.verdict.state = newSide.verdict.state = ReportState::Intact;
-    EXPECT_EQ(FormatDiffText(oldSide, newSide, DiffReports(before, after)),
+    EXPECT_EQ(DiffText(before, after),
               "Windows:\n"
               "\tid: 12345-oem-0000001-54321 \u2192 (none)\n"
               "Hardware:\n"
@@ -188,10 +184,7 @@ TEST(ReportDiff, ValuesThatDisappearShowAsNone) {
                                                             changed.find("\tInstallLocation: "));
     const Report before = ParseReportBody(U16(kSampleReportBody));
     const Report after = ParseReportBody(U16(changed));
-    ReportSide oldSide{&before, {}};
-    ReportSide newSide{&after, {}};
-    oldSide.verdict.state = newSide.verdict.state = ReportState::Intact;
-    EXPECT_EQ(FormatDiffText(oldSide, newSide, DiffReports(before, after)),
+    EXPECT_EQ(DiffText(before, after),
               "Orvane Software installation:\n"
               "\tRegistry installation directory: path: D:\\Suite \u2192 (none)\n"
               "\tRegistry installation data: InstallLocation: D:\\Suite \u2192 (none)\n"

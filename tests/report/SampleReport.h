@@ -67,3 +67,13 @@ inline const std::string kSampleReportBody =
     "\t\t\t\tContent:\"abc??\"\n"
     "* Shared parameters directory (C:\\ProgramData\\Orvane Software):\n"
     "* Shared Batch directory (C:\\ProgramData\\Orvane Software\\Runner):\n";
+
+// The text with every line feed made CR LF, as the program saves a report.
+inline std::string WithCrLf(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        if (c == '\n') out += '\r';
+        out += c;
+    }
+    return out;
+}

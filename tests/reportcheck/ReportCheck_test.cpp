@@ -315,18 +315,9 @@ std::u16string Utf16(const std::string& ascii) {
     return std::u16string(ascii.begin(), ascii.end());
 }
 
-std::string CrLf(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        if (c == '\n') out += '\r';
-        out += c;
-    }
-    return out;
-}
-
 // A saved report of this body, CR LF as the program saves it.
 std::string SavedReport(const std::string& body) {
-    return BuildReportFileBytes(Utf16(CrLf(body)));
+    return BuildReportFileBytes(Utf16(WithCrLf(body)));
 }
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
@@ -434,7 +425,7 @@ TEST_F(ReportCheck, ShowOfBadInputPrintsNoJson) {
     } cases[] = {
         {"empty.txt", "", "not a report (empty file)"},
         {"one-byte.txt", "\xFF", "not a report (no UTF-16 byte-order mark)"},
-        {"utf8.txt", CrLf(kTinyBody), "not a report (no UTF-16 byte-order mark)"},
+        {"utf8.txt", WithCrLf(kTinyBody), "not a report (no UTF-16 byte-order mark)"},
         {"utf16be.txt", bigEndian, "not a report (no UTF-16 byte-order mark)"},
         {"truncated.txt", report.substr(0, report.size() - 2), "not a report (no checksum trailer at the end)"},
         {"no-trailer.txt", report.substr(0, report.size() - 30), "not a report (no checksum trailer at the end)"},
