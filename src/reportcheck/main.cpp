@@ -9,14 +9,14 @@
 // a JSON document on standard output.
 
 #include <algorithm>
-#include <filesystem>
-#include <vector>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "report/ReportDiff.h"
 #include "report/ReportJson.h"
@@ -126,10 +126,6 @@ bool ReadWholeFile(const NativeChar* path, std::string& bytes, int& error) {
     return ok;
 }
 
-bool IsHelpOption(std::string_view argument) {
-    return argument == "-h" || argument == "--help" || argument == "/?";
-}
-
 int CheckFile(const NativeChar* path) {
     const std::string name = ToUtf8(path);
     std::string bytes;
@@ -148,7 +144,9 @@ int CheckFile(const NativeChar* path) {
     return kSomeNotAReport;
 }
 
-
+bool IsHelpOption(std::string_view argument) {
+    return argument == "-h" || argument == "--help" || argument == "/?";
+}
 
 // --- show, diff, collect ------------------------------------------------------
 
