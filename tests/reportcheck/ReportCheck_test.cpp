@@ -620,6 +620,38 @@ TEST_F(ReportCheck, CollectGoesOnPastFilesThatCannotBeRead) {
     EXPECT_EQ(outcome.status, 2);
 }
 
+// Two reports made by the program under Wine (data/wine-before.txt and
+// data/wine-after.txt, the README's example): between them tool.dll was
+// replaced by another version, setup.log removed, notes.txt added, the
+// suite's VersionBuild and the Windows product id changed. The free space
+// really changed too, and the folder's own entries with the files in it.
+TEST_F(ReportCheck, DiffOfTwoReportsMadeUnderWine) {
+    for (const char* name : {"wine-before.txt", "wine-after.txt"})
+        fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data" / name, root_ / "files" / name);
+    const Outcome outcome = Check({"diff", "wine-before.txt", "wine-after.txt"});
+    EXPECT_EQ(outcome.out,
+              "Windows:\n"
+              "\tid: 12345-oem-0000001-54321 \u2192 12345-oem-0000001-99999\n"
+              "Hardware:\n"
+              "\tC volume free: 77007316K \u2192 77006768K\n"
+              "\tC volume user: 77007316K \u2192 77006768K\n"
+              "Orvane Software installation:\n"
+              "\tCurrent directory: .: created: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: .: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: ..: created: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: ..: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: setup.log: removed (size 5)\n"
+              "\tCurrent directory: tool.dll: version: 3.2.1.0 \u2192 1.4.0.12\n"
+              "\tCurrent directory: tool.dll: created: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: tool.dll: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n"
+              "\tCurrent directory: notes.txt: added (size 1)\n");
+    EXPECT_EQ(outcome.status, 1);
+    const Outcome same = Check({"diff", "wine-after.txt", "wine-after.txt"});
+    EXPECT_EQ(same.out, "");
+    EXPECT_EQ(same.status, 0);
+}
+
 TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
     fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data/wine-report.txt",
                   root_ / "files" / "wine.txt");
@@ -627,7 +659,10 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
     Write("later.txt", BuildReportFileBytes(Utf16(LaterSample())));
     Write("tiny.txt", SavedReport(kTinyBody));
     const std::string schema = std::string(REPORTCHECK_SOURCE_DIR) + "/docs/report-model.schema.json";
-    for (const char* name : {"wine", "sample", "later", "tiny"}) {
+    for (const char* name : {"before", "after"})
+        fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data" / ("wine-" + std::string(name) + ".txt"),
+                      root_ / "files" / (std::string(name) + ".txt"));
+    for (const char* name : {"wine", "sample", "later", "tiny", "before", "after"}) {
         const Outcome shown = Check({"show", "--json", std::string(name) + ".txt"});
         ASSERT_EQ(shown.status, 0) << name << shown.err;
         Write(std::string(name) + ".json", shown.out);
@@ -644,7 +679,7 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
     Write("validate.py", script);
     const std::string command = "cd '" + (root_ / "files").string() +
                                 "' && /usr/bin/python3 validate.py '" + schema +
-                                "' wine.json sample.json later.json tiny.json >validated.txt 2>&1";
+                                "' wine.json sample.json later.json tiny.json before.json after.json >validated.txt 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "validated.txt");
     EXPECT_EQ(ReadFile(root_ / "files" / "validated.txt"), "[] 9.3.1.1042 4096 4 current\n");
 }
