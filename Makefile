@@ -5,7 +5,8 @@
 #   make fuzz   runs every fuzz target for a minute (DIAG_FUZZ_SECONDS)
 #   make dist   builds and packs the release zip into build/dist/
 #   make bench  builds and runs the benchmarks under Wine, writes bench/RESULTS.md
-.PHONY: all deps build native fuzz-build fuzz report run test dist bench clean
+#   make bench-collect  only reportcheck collect against sha256sum (native)
+.PHONY: all deps build native fuzz-build fuzz report run test dist bench bench-collect clean
 
 all: build
 
@@ -42,5 +43,8 @@ dist: build
 bench: build
 	@scripts/bench.sh
 
+bench-collect: deps
+	@scripts/bench.sh collect
+
 clean:
-	rm -rf build build-native build-fuzz
+	rm -rf build build-native build-fuzz build-bench-native

@@ -7,6 +7,7 @@ endif()
 
 add_library(diag_pure STATIC ${DIAG_PURE_SOURCES})
 target_include_directories(diag_pure PUBLIC ${PROJECT_SOURCE_DIR}/src)
+diag_use_json(diag_pure)
 
 add_executable(pure_tests ${DIAG_PURE_TESTS})
 target_link_libraries(pure_tests PRIVATE diag_pure GTest::gtest_main)

@@ -11,6 +11,11 @@ set(DIAG_PURE_SOURCES
   src/report/ReportText.cpp
   src/report/RegistryValueText.cpp
   src/report/InstallationText.cpp
+  src/report/ReportModelText.cpp
+  src/report/ReportParse.cpp
+  src/report/ReportRender.cpp
+  src/report/ReportJson.cpp
+  src/report/ReportDiff.cpp
   src/diagwin/SaveLocation.cpp
   src/diagwin/ViewText.cpp
 )
@@ -28,7 +33,22 @@ set(DIAG_PURE_TESTS
   tests/report/ReportText_test.cpp
   tests/report/RegistryValueText_test.cpp
   tests/report/InstallationText_test.cpp
+  tests/report/ReportModel_test.cpp
   tests/diagwin/SaveLocation_test.cpp
   tests/diagwin/ViewText_test.cpp
 )
 list(TRANSFORM DIAG_PURE_TESTS PREPEND ${PROJECT_SOURCE_DIR}/)
+
+# JSON: Debian's header-only nlohmann-json3-dev. Its header lives in
+# /usr/include, which must not reach the Windows build (it would pull in the
+# Linux headers): the targets see a folder of their own that holds nothing
+# but a link to the nlohmann folder.
+find_path(DIAG_NLOHMANN_PARENT nlohmann/json.hpp PATHS /usr/include
+  NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+set(DIAG_JSON_INCLUDE ${CMAKE_BINARY_DIR}/json-include)
+file(MAKE_DIRECTORY ${DIAG_JSON_INCLUDE})
+file(CREATE_LINK ${DIAG_NLOHMANN_PARENT}/nlohmann ${DIAG_JSON_INCLUDE}/nlohmann SYMBOLIC)
+
+function(diag_use_json target)
+  target_include_directories(${target} SYSTEM PUBLIC ${DIAG_JSON_INCLUDE})
+endfunction()

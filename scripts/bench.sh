@@ -5,8 +5,13 @@
 #   DIAG_BENCH_QUICK=1  fewer runs, for trying the script itself
 #   DIAG_BENCH_RESULTS  the page to write (bench/RESULTS.md)
 #   DIAG_BENCH_KEEP_RAW where the raw figures go (results.tsv beside the page)
+# `scripts/bench.sh collect` runs only the report checker's part, natively
+# (bench/collect-bench.sh, bench/COLLECT-RESULTS.md); the full run ends with it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+if [[ "${1:-}" == "collect" ]]; then
+  exec bench/collect-bench.sh
+fi
 source scripts/wine-env.sh
 
 build=${DIAG_BUILD_DIR:-build}
@@ -203,3 +208,6 @@ cp "$raw" "${DIAG_BENCH_KEEP_RAW:-$(dirname "$results")/results.tsv}"
 python3 bench/results.py "$raw" >"$results.tmp"
 mv "$results.tmp" "$results"
 step "Results written to $results"
+
+# The report checker's part (native, no Wine).
+bench/collect-bench.sh

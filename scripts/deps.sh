@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   cmake ninja-build make g++ clang libclang-rt-14-dev python3
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64
-  googletest
+  googletest nlohmann-json3-dev python3-jsonschema sqlite3
   wine wine64
   xvfb xauth x11-utils xdotool imagemagick
   fonts-wine fonts-liberation

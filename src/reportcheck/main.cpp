@@ -1,18 +1,31 @@
-// reportcheck FILE...: tells for each file whether it is a report saved by
-// Orvane Diagnostics that arrived whole. One line per file, in the order
-// given; the exit status is that of the worst file.
+// reportcheck: the support side's tool for saved reports.
+//   reportcheck FILE...                integrity: one line per file, in the
+//                                      order given; the exit status is that
+//                                      of the worst file
+//   reportcheck show --json FILE       the whole report as one JSON document
+//   reportcheck diff [--json] OLD NEW  what changed from OLD to NEW
+//   reportcheck collect PATH...        one JSON line per report (JSON Lines)
+// Output is made whole before it is written, so a failure never leaves half
+// a JSON document on standard output.
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "report/ReportDiff.h"
+#include "report/ReportJson.h"
+#include "report/ReportModel.h"
 #include "report/ReportVerdict.h"
 
 #if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 #endif
 
@@ -22,6 +35,11 @@ enum ExitStatus { kAllIntact = 0, kSomeAltered = 1, kSomeNotAReport = 2 };
 
 constexpr const char kUsage[] =
     "usage: reportcheck FILE...\n"
+    "       reportcheck show --json FILE\n"
+    "       reportcheck diff [--json] OLD NEW\n"
+    "       reportcheck collect PATH...\n"
+    "(reportcheck COMMAND --help tells more of each command.)\n"
+    "\n"
     "Checks that each FILE is a report saved by Orvane Diagnostics whose\n"
     "checksum still matches its text, and prints one line per file:\n"
     "  FILE: intact (checksum 1a2b3c4d)\n"
@@ -130,7 +148,251 @@ bool IsHelpOption(std::string_view argument) {
     return argument == "-h" || argument == "--help" || argument == "/?";
 }
 
+// --- show, diff, collect ------------------------------------------------------
+
+constexpr const char kShowUsage[] =
+    "usage: reportcheck show --json FILE\n"
+    "Prints the whole report FILE as one JSON document: its integrity (the\n"
+    "checksum verdict and the line breaks found), every section's values as\n"
+    "typed fields, and, under \"unrecognised\", every line the reader did not\n"
+    "recognise where it stands, with its line number. Its form is described in\n"
+    "docs/report-model.schema.json (\"schemaVersion\").\n"
+    "Exit status: 0 intact, 1 altered (the JSON says so), 2 not a report or\n"
+    "cannot be read (a message on standard error, nothing on standard output).\n";
+
+constexpr const char kDiffUsage[] =
+    "usage: reportcheck diff [--json] OLD NEW\n"
+    "Prints what changed from the report OLD to the report NEW, grouped by\n"
+    "section, one line per change, old value -> new value. Directory entries\n"
+    "are matched by directory and name, adapters by adapter name, registry\n"
+    "values by name, single values by their label. The header's time is not\n"
+    "a difference; CR LF and LF reports compare alike. When either report is\n"
+    "altered, the verdicts come first. --json gives the same as JSON.\n"
+    "Exit status: 0 no difference (nothing printed), 1 differences, 2 trouble\n"
+    "(a file that is not a report or cannot be read).\n";
+
+constexpr const char kCollectUsage[] =
+    "usage: reportcheck collect PATH...\n"
+    "Prints one JSON object per line (JSON Lines) for every file named, and\n"
+    "for every file under a folder named (searched recursively, in name\n"
+    "order): {\"path\", \"verdict\", \"reason\", \"report\"}, where verdict is\n"
+    "intact, altered, not a report or unreadable, and report the document\n"
+    "that show --json prints (null unless intact or altered). A bad file gets\n"
+    "its line all the same, and a message on standard error.\n"
+    "Exit status: 0 all intact, 1 one altered, 2 one not a report or\n"
+    "unreadable, or no PATH.\n";
+
+enum class LoadState { Report, NotAReport, Unreadable };
+
+struct Loaded {
+    LoadState state = LoadState::Unreadable;
+    ReportVerdict verdict;
+    std::string problem;  // why it is not a report, or cannot be read
+    report_model::Report report;
+};
+
+std::u16string BodyOf(std::string_view bytes) {
+    constexpr std::size_t kBom = 2, kTrailer = 30;
+    std::u16string body;
+    const std::string_view raw = bytes.substr(kBom, bytes.size() - kBom - kTrailer);
+    body.reserve(raw.size() / 2);
+    for (std::size_t i = 0; i + 1 < raw.size(); i += 2)
+        body.push_back(static_cast<char16_t>(static_cast<unsigned char>(raw[i]) |
+                                             static_cast<unsigned char>(raw[i + 1]) << 8));
+    return body;
+}
+
+Loaded Load(const NativeChar* path) {
+    Loaded loaded;
+    std::string bytes;
+    int error = 0;
+    if (!ReadWholeFile(path, bytes, error)) {
+        loaded.problem = std::string("cannot be read (") + std::strerror(error) + ")";
+        return loaded;
+    }
+    loaded.verdict = CheckReportBytes(bytes);
+    if (loaded.verdict.state == ReportState::NotAReport) {
+        loaded.state = LoadState::NotAReport;
+        loaded.problem = DescribeReportVerdict(loaded.verdict);
+        return loaded;
+    }
+    loaded.state = LoadState::Report;
+    loaded.report = report_model::ParseReportBody(BodyOf(bytes));
+    return loaded;
+}
+
+int StatusOf(const Loaded& loaded) {
+    if (loaded.state != LoadState::Report) return kSomeNotAReport;
+    return loaded.verdict.state == ReportState::Intact ? kAllIntact : kSomeAltered;
+}
+
+void Complain(const std::string& name, const std::string& problem) {
+    Print(stderr, "reportcheck: " + name + ": " + problem + "\n");
+}
+
+// The same bytes on every system: no CR LF translation of standard output.
+void BinaryOutput() {
+#if defined(_WIN32)
+    std::fflush(stdout);
+    _setmode(_fileno(stdout), _O_BINARY);
+#endif
+}
+
+int Show(int argc, NativeChar* argv[]) {
+    if (argc == 3 && IsHelpOption(ToUtf8(argv[2]))) {
+        Print(stdout, kShowUsage);
+        return kAllIntact;
+    }
+    if (argc != 4 || ToUtf8(argv[2]) != "--json") {
+        Print(stderr, kShowUsage);
+        return kSomeNotAReport;
+    }
+    const Loaded loaded = Load(argv[3]);
+    if (loaded.state != LoadState::Report) {
+        Complain(ToUtf8(argv[3]), loaded.problem);
+        return kSomeNotAReport;
+    }
+    const std::string text =
+        report_model::DumpJson(report_model::ReportToJson(loaded.report, loaded.verdict), 2) + "\n";
+    BinaryOutput();
+    Print(stdout, text);
+    return StatusOf(loaded);
+}
+
+int Diff(int argc, NativeChar* argv[]) {
+    if (argc == 3 && IsHelpOption(ToUtf8(argv[2]))) {
+        Print(stdout, kDiffUsage);
+        return kAllIntact;
+    }
+    const bool json = argc == 5 && ToUtf8(argv[2]) == "--json";
+    if (argc != 4 && !json) {
+        Print(stderr, kDiffUsage);
+        return kSomeNotAReport;
+    }
+    const NativeChar* oldPath = argv[argc - 2];
+    const NativeChar* newPath = argv[argc - 1];
+    const Loaded before = Load(oldPath);
+    const Loaded after = Load(newPath);
+    bool trouble = false;
+    for (const auto& [loaded, path] : {std::pair{&before, oldPath}, std::pair{&after, newPath}}) {
+        if (loaded->state == LoadState::Report) continue;
+        Complain(ToUtf8(path), loaded->problem);
+        trouble = true;
+    }
+    if (trouble) return kSomeNotAReport;
+    const report_model::ReportSide oldSide{&before.report, before.verdict};
+    const report_model::ReportSide newSide{&after.report, after.verdict};
+    const auto changes = report_model::DiffReports(before.report, after.report);
+    const bool differ = !changes.empty() || before.verdict.state != after.verdict.state;
+    std::string text;
+    if (json)
+        text = report_model::DumpJson(report_model::DiffToJson(oldSide, newSide, changes), 2) + "\n";
+    else if (differ || before.verdict.state != ReportState::Intact)
+        text = report_model::FormatDiffText(oldSide, newSide, changes);
+    BinaryOutput();
+    Print(stdout, text);
+    return differ ? 1 : 0;
+}
+
+std::string PathText(const std::filesystem::path& path) {
+#if defined(_WIN32)
+    return ToUtf8(path.native());
+#else
+    return path.native();
+#endif
+}
+
+// One line of collect's output for one file.
+int CollectFile(const std::filesystem::path& path) {
+    using Json = nlohmann::ordered_json;
+    const std::string name = PathText(path);
+    const Loaded loaded = Load(path.c_str());
+    Json line;
+    line["path"] = name;
+    switch (loaded.state) {
+        case LoadState::Report:
+            line["verdict"] = loaded.verdict.state == ReportState::Intact ? "intact" : "altered";
+            line["reason"] = nullptr;
+            line["report"] = report_model::ReportToJson(loaded.report, loaded.verdict);
+            break;
+        case LoadState::NotAReport:
+        case LoadState::Unreadable:
+            line["verdict"] = loaded.state == LoadState::NotAReport ? "not a report" : "unreadable";
+            line["reason"] = loaded.problem;
+            line["report"] = nullptr;
+            Complain(name, loaded.problem);
+            break;
+    }
+    Print(stdout, report_model::DumpJson(line) + "\n");
+    std::fflush(stdout);
+    return StatusOf(loaded);
+}
+
+int CollectProblem(const std::filesystem::path& path, const std::string& problem) {
+    nlohmann::ordered_json line;
+    line["path"] = PathText(path);
+    line["verdict"] = "unreadable";
+    line["reason"] = problem;
+    line["report"] = nullptr;
+    Complain(PathText(path), problem);
+    Print(stdout, report_model::DumpJson(line) + "\n");
+    return kSomeNotAReport;
+}
+
+// A folder's files in name order, then its folders', one level at a time;
+// only one folder's names are held at once.
+int CollectPath(const std::filesystem::path& path) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (fs::is_regular_file(status)) return CollectFile(path);
+    if (!fs::is_directory(status)) {
+        // A pipe or a device would block the reading; a broken link has nothing to read.
+        return CollectProblem(path, fs::exists(status) ? "cannot be read (not a regular file)"
+                                                       : "cannot be read (" + std::string(std::strerror(ENOENT)) + ")");
+    }
+    std::vector<fs::path> names;
+    fs::directory_iterator it(path, error), end;
+    if (error) return CollectProblem(path, "cannot be read (" + error.message() + ")");
+    for (; it != end; it.increment(error)) {
+        if (error) break;
+        names.push_back(it->path());
+    }
+    if (error) return CollectProblem(path, "cannot be read (" + error.message() + ")");
+    std::sort(names.begin(), names.end());
+    int worst = kAllIntact;
+    for (const fs::path& name : names) worst = std::max(worst, CollectPath(name));
+    return worst;
+}
+
+int Collect(int argc, NativeChar* argv[]) {
+    if (argc == 3 && IsHelpOption(ToUtf8(argv[2]))) {
+        Print(stdout, kCollectUsage);
+        return kAllIntact;
+    }
+    if (argc < 3) {
+        Print(stderr, kCollectUsage);
+        return kSomeNotAReport;
+    }
+    BinaryOutput();
+    int status = kAllIntact;
+    for (int i = 2; i < argc; ++i) status = std::max(status, CollectPath(std::filesystem::path(argv[i])));
+    return status;
+}
+
+int Dispatch(int argc, NativeChar* argv[]);
+
 int Run(int argc, NativeChar* argv[]) {
+    try {
+        return Dispatch(argc, argv);
+    } catch (const std::exception& failure) {
+        // Out of memory on a huge file, mostly: say so, and print nothing more.
+        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+        return kSomeNotAReport;
+    }
+}
+
+int Dispatch(int argc, NativeChar* argv[]) {
     if (argc < 2) {
         Print(stderr, kUsage);
         return kSomeNotAReport;
@@ -139,6 +401,10 @@ int Run(int argc, NativeChar* argv[]) {
         Print(stdout, kUsage);
         return kAllIntact;
     }
+    const std::string command = ToUtf8(argv[1]);
+    if (command == "show") return Show(argc, argv);
+    if (command == "diff") return Diff(argc, argv);
+    if (command == "collect") return Collect(argc, argv);
     int status = kAllIntact;
     for (int i = 1; i < argc; ++i) status = std::max(status, CheckFile(argv[i]));
     return status;

@@ -12,10 +12,12 @@
 #include <vector>
 
 #include "report/ReportChecksum.h"
+#include "../report/SampleReport.h"
 
 #if defined(_WIN32)
 #include <windows.h>
 #else
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -99,8 +101,12 @@ protected:
 
     // Runs the checker in the files' folder with these arguments (UTF-8).
     Outcome Check(const std::vector<std::string>& arguments) {
-        const fs::path out = root_ / "stdout.txt";
-        const fs::path err = root_ / "stderr.txt";
+        // Files of their own for each run: under Wine a finished child's
+        // handles may still be open for a moment, and the next run could
+        // not replace them.
+        const std::string run = std::to_string(++runs_);
+        const fs::path out = root_ / ("stdout-" + run + ".txt");
+        const fs::path err = root_ / ("stderr-" + run + ".txt");
         Outcome outcome;
 #if defined(_WIN32)
         std::wstring commandLine = L"\"" + CheckerPath().wstring() + L"\"";
@@ -144,6 +150,7 @@ protected:
     }
 
     fs::path root_;
+    int runs_ = 0;
 };
 
 // "AB" is the example of the file format: its checksum is 01024145.
@@ -299,3 +306,406 @@ TEST_F(ReportCheck, HelpPrintsUsageAndGivesZero) {
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
 }
+
+// --- show, diff, collect ----------------------------------------------------
+
+namespace {
+
+std::u16string Utf16(const std::string& ascii) {
+    return std::u16string(ascii.begin(), ascii.end());
+}
+
+// A saved report of this body, CR LF as the program saves it.
+std::string SavedReport(const std::string& body) {
+    return BuildReportFileBytes(Utf16(WithCrLf(body)));
+}
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+    const std::size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    if (at != std::string::npos) text.replace(at, from.size(), to);
+    return text;
+}
+
+// The sample a week later: the header's time, the free space, a library
+// replaced, a file added, a file removed, a registry value and the product
+// id changed.
+std::string LaterSample() {
+    std::string body = Replaced(kSampleReportBody, "11/22/26 14:36:06", "11/29/26 09:12:00");
+    body = Replaced(body, "free 81646476K (user 81646476K)", "free 81000000K (user 81000000K)");
+    body = Replaced(body, "\ttool.dll\t9.3.1.0\n", "\ttool.dll\t9.4.0.0\n");
+    body = Replaced(body, "08/03/2021  09:00:00\ttool.dll", "29/11/2026  09:00:00\ttool.dll");
+    body = Replaced(body, "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n",
+                    "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
+                    "\t00000020         12\t29/11/2026  09:01:00\t29/11/2026  09:01:00\tnotes.txt\t\n");
+    body = Replaced(body, "\t80000020 -1294967296\t01/01/2020  00:00:00\t01/01/2020  00:00:01\tbig.bin\t ACL: "
+                          "Allow BUILTIN\\Administrators [RWX];\n\t\t\t\tContent:\"abc??\"\n",
+                    "");
+    body = Replaced(body, "\tVersionBuild: 1042", "\tVersionBuild: 1043");
+    body = Replaced(body, "\tid: 12345-oem-0000001-54321", "\tid: 12345-oem-0000001-99999");
+    return body;
+}
+
+const std::string kLaterSampleDiff =
+    "Windows:\n"
+    "\tid: 12345-oem-0000001-54321 \u2192 12345-oem-0000001-99999\n"
+    "Hardware:\n"
+    "\tC volume free: 81646476K \u2192 81000000K\n"
+    "\tC volume user: 81646476K \u2192 81000000K\n"
+    "Orvane Software installation:\n"
+    "\tCurrent directory: tool.dll: version: 9.3.1.0 \u2192 9.4.0.0\n"
+    "\tCurrent directory: tool.dll: written: 08/03/2021  09:00:00 \u2192 29/11/2026  09:00:00\n"
+    "\tRegistry installation directory: big.bin: removed (size -1294967296)\n"
+    "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n"
+    "\tStandard installation directory: notes.txt: added (size 12)\n";
+
+const std::string kTinyBody = "\nProgram:\nA 1\nin C:\\X\nstray\n";
+
+}  // namespace
+
+TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
+    Write("tiny.txt", BuildReportFileBytes(Utf16(kTinyBody)));
+    const Outcome outcome = Check({"show", "--json", "tiny.txt"});
+    EXPECT_EQ(outcome.out,
+              "{\n"
+              "  \"schemaVersion\": 1,\n"
+              "  \"integrity\": {\n"
+              "    \"verdict\": \"intact\",\n"
+              "    \"storedChecksum\": \"6f090968\",\n"
+              "    \"bodyChecksum\": \"6f090968\",\n"
+              "    \"lineBreaks\": \"LF\",\n"
+              "    \"lineBreakExceptions\": [],\n"
+              "    \"finalLineBreak\": true\n"
+              "  },\n"
+              "  \"lineCount\": 5,\n"
+              "  \"header\": null,\n"
+              "  \"program\": {\n"
+              "    \"name\": \"A\",\n"
+              "    \"version\": \"1\",\n"
+              "    \"directory\": \"C:\\\\X\",\n"
+              "    \"elevated\": false,\n"
+              "    \"blankLineBefore\": true\n"
+              "  },\n"
+              "  \"host\": null,\n"
+              "  \"windows\": null,\n"
+              "  \"hardware\": null,\n"
+              "  \"network\": null,\n"
+              "  \"installation\": null,\n"
+              "  \"unrecognised\": [\n"
+              "    {\n"
+              "      \"line\": 5,\n"
+              "      \"text\": \"stray\"\n"
+              "    }\n"
+              "  ]\n"
+              "}\n");
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ReportCheck, ShowOfAnAlteredReportSaysSoAndExitsOne) {
+    std::string bytes = SavedReport(kSampleReportBody);
+    const std::size_t at = bytes.find(std::string("b\0o\0a\0r\0d\0", 10));
+    ASSERT_NE(at, std::string::npos);
+    bytes[at] = 'B';  // an edited line
+    Write("edited.txt", bytes);
+    const Outcome outcome = Check({"show", "--json", "edited.txt"});
+    EXPECT_NE(outcome.out.find("\"verdict\": \"altered\""), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("\"text\": \"\\tBoard: Intel Corporation\""), std::string::npos) << outcome.out;
+    EXPECT_EQ(outcome.status, 1);
+}
+
+// Bad input: one line on standard error naming the file, nothing on
+// standard output, exit status 2.
+TEST_F(ReportCheck, ShowOfBadInputPrintsNoJson) {
+    std::string bigEndian = "\xFE\xFF";
+    for (char16_t c : Utf16(kTinyBody)) bigEndian += {static_cast<char>(c >> 8), static_cast<char>(c & 0xFF)};
+    const std::string report = SavedReport(kTinyBody);
+    const struct {
+        std::string name, bytes, reason;
+    } cases[] = {
+        {"empty.txt", "", "not a report (empty file)"},
+        {"one-byte.txt", "\xFF", "not a report (no UTF-16 byte-order mark)"},
+        {"utf8.txt", WithCrLf(kTinyBody), "not a report (no UTF-16 byte-order mark)"},
+        {"utf16be.txt", bigEndian, "not a report (no UTF-16 byte-order mark)"},
+        {"truncated.txt", report.substr(0, report.size() - 2), "not a report (no checksum trailer at the end)"},
+        {"no-trailer.txt", report.substr(0, report.size() - 30), "not a report (no checksum trailer at the end)"},
+        {Utf8(u8"r\u00e9sum\u00e9.txt"), "%PDF-1.4", "not a report (no UTF-16 byte-order mark)"},
+    };
+    for (const auto& c : cases) {
+        Write(c.name, c.bytes);
+        const Outcome outcome = Check({"show", "--json", c.name});
+        EXPECT_EQ(outcome.out, "") << c.name;
+        EXPECT_EQ(outcome.err, "reportcheck: " + c.name + ": " + c.reason + kNewline) << c.name;
+        EXPECT_EQ(outcome.status, 2) << c.name;
+    }
+    const Outcome missing = Check({"show", "--json", "missing.txt"});
+    EXPECT_EQ(missing.out, "");
+    EXPECT_EQ(missing.err, std::string("reportcheck: missing.txt: cannot be read (No such file or directory)") + kNewline);
+    EXPECT_EQ(missing.status, 2);
+}
+
+TEST_F(ReportCheck, DiffNamesEachChangeOnce) {
+    Write("before.txt", SavedReport(kSampleReportBody));
+    Write("after.txt", SavedReport(LaterSample()));
+    const Outcome outcome = Check({"diff", "before.txt", "after.txt"});
+    EXPECT_EQ(outcome.out, kLaterSampleDiff);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(ReportCheck, DiffOfAReportWithItselfOrItsLineFeedFormIsSilent) {
+    Write("report.txt", SavedReport(kSampleReportBody));
+    Write("report-lf.txt", BuildReportFileBytes(Utf16(kSampleReportBody)));
+    for (const char* other : {"report.txt", "report-lf.txt"}) {
+        const Outcome outcome = Check({"diff", "report.txt", other});
+        EXPECT_EQ(outcome.out, "") << other;
+        EXPECT_EQ(outcome.status, 0) << other;
+    }
+}
+
+TEST_F(ReportCheck, DiffOfAnAlteredReportSaysSoFirst) {
+    Write("before.txt", SavedReport(kTinyBody));
+    std::string edited = SavedReport(kTinyBody);
+    edited[edited.find('1')] = '2';
+    Write("after.txt", edited);
+    const Outcome outcome = Check({"diff", "before.txt", "after.txt"});
+    EXPECT_EQ(outcome.out,
+              "The checksum verdict changed:\n"
+              "\told: intact (checksum 14244c76)\n"
+              "\tnew: altered (trailer says 14244c76, body gives 14274c76)\n"
+              "Program:\n"
+              "\tversion: 1 \u2192 2\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(ReportCheck, DiffAsJson) {
+    Write("before.txt", SavedReport(kTinyBody));
+    Write("after.txt", SavedReport(Replaced(kTinyBody, "stray", "other")));
+    const Outcome outcome = Check({"diff", "--json", "before.txt", "after.txt"});
+    EXPECT_EQ(outcome.out,
+              "{\n"
+              "  \"schemaVersion\": 1,\n"
+              "  \"old\": {\n"
+              "    \"verdict\": \"intact\",\n"
+              "    \"storedChecksum\": \"14244c76\",\n"
+              "    \"bodyChecksum\": \"14244c76\"\n"
+              "  },\n"
+              "  \"new\": {\n"
+              "    \"verdict\": \"intact\",\n"
+              "    \"storedChecksum\": \"1433486c\",\n"
+              "    \"bodyChecksum\": \"1433486c\"\n"
+              "  },\n"
+              "  \"verdictChanged\": false,\n"
+              "  \"changes\": [\n"
+              "    {\n"
+              "      \"section\": \"Unrecognised lines\",\n"
+              "      \"subject\": \"\\\"stray\\\"\",\n"
+              "      \"field\": \"\",\n"
+              "      \"change\": \"removed\",\n"
+              "      \"old\": \"line 5\",\n"
+              "      \"new\": null\n"
+              "    },\n"
+              "    {\n"
+              "      \"section\": \"Unrecognised lines\",\n"
+              "      \"subject\": \"\\\"other\\\"\",\n"
+              "      \"field\": \"\",\n"
+              "      \"change\": \"added\",\n"
+              "      \"old\": null,\n"
+              "      \"new\": \"line 5\"\n"
+              "    }\n"
+              "  ]\n"
+              "}\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(ReportCheck, DiffOfSomethingThatIsNotAReport) {
+    Write("report.txt", SavedReport(kTinyBody));
+    Write("notes.txt", "notes");
+    const Outcome outcome = Check({"diff", "report.txt", "notes.txt"});
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, std::string("reportcheck: notes.txt: not a report (no UTF-16 byte-order mark)") + kNewline);
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
+    fs::create_directories(root_ / "files" / "fleet" / "a");
+    fs::create_directories(root_ / "files" / "fleet" / PathFromUtf8(Utf8(u8"\u00e9t\u00e9")));
+    const std::string report = SavedReport(kTinyBody);
+    std::string altered = report;
+    altered[altered.find('1')] = '2';
+    Write("fleet/a/pc1.txt", report);
+    Write(Utf8(u8"fleet/\u00e9t\u00e9/pc2.txt"), altered);
+    Write("fleet/notes.txt", "notes");
+#if defined(_WIN32)
+    const std::string sep = "\\\\";  // as JSON writes a backslash
+#else
+    const std::string sep = "/";
+#endif
+    const std::string model =
+        "{\"schemaVersion\":1,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
+        "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
+        "\"lineCount\":5,\"header\":null,\"program\":{\"name\":\"A\",\"version\":\"%N\",\"directory\":\"C:\\\\X\","
+        "\"elevated\":false,\"blankLineBefore\":true},\"host\":null,\"windows\":null,\"hardware\":null,"
+        "\"network\":null,\"installation\":null,\"unrecognised\":[{\"line\":5,\"text\":\"stray\"}]}";
+    const auto line = [&](const std::string& path, const std::string& verdict, const std::string& body,
+                          const std::string& version) {
+        std::string m = Replaced(Replaced(Replaced(model, "%V", verdict), "%B", body), "%N", version);
+        return "{\"path\":\"" + path + "\",\"verdict\":\"" + verdict + "\",\"reason\":null,\"report\":" + m + "}\n";
+    };
+    const Outcome outcome = Check({"collect", "fleet"});
+    EXPECT_EQ(outcome.out, line("fleet" + sep + "a" + sep + "pc1.txt", "intact", "14244c76", "1") +
+                               "{\"path\":\"fleet" + sep +
+                               "notes.txt\",\"verdict\":\"not a report\",\"reason\":\"not a report (no UTF-16 "
+                               "byte-order mark)\",\"report\":null}\n" +
+                               line("fleet" + sep + Utf8(u8"\u00e9t\u00e9") + sep + "pc2.txt", "altered",
+                                    "14274c76", "2"));
+    EXPECT_EQ(outcome.err, "reportcheck: fleet" + std::string(sep == "/" ? "/" : "\\") +
+                               "notes.txt: not a report (no UTF-16 byte-order mark)" + kNewline);
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(ReportCheck, ShowReadsA50MegabyteReport) {
+    // The sample with one line of 25 million characters among its entries:
+    // 50 MB on disk, read whole, the long line kept as it is.
+    const std::string longLine(25'000'000, 'x');
+    Write("big.txt", SavedReport(Replaced(kSampleReportBody, "* Shared Batch directory", longLine + "\n* Shared Batch directory")));
+    const Outcome outcome = Check({"show", "--json", "big.txt"});
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+    const std::string expectedTail = "  \"unrecognised\": [\n    {\n      \"line\": 68,\n      \"text\": \"" + longLine +
+                                     "\"\n    }\n  ]\n}\n";
+    ASSERT_GE(outcome.out.size(), expectedTail.size());
+    EXPECT_EQ(outcome.out.substr(0, 2), "{\n");
+    EXPECT_TRUE(outcome.out.compare(outcome.out.size() - expectedTail.size(), expectedTail.size(), expectedTail) == 0);
+}
+
+TEST_F(ReportCheck, SubcommandsExplainThemselves) {
+    for (const char* command : {"show", "diff", "collect"}) {
+        const Outcome outcome = Check({command, "--help"});
+        EXPECT_EQ(outcome.out.rfind(std::string("usage: reportcheck ") + command, 0), 0u) << outcome.out;
+        EXPECT_EQ(outcome.status, 0);
+        const Outcome wrong = Check({command});
+        EXPECT_EQ(wrong.out, "");
+        EXPECT_EQ(wrong.err.rfind(std::string("usage: reportcheck ") + command, 0), 0u) << wrong.err;
+        EXPECT_EQ(wrong.status, 2);
+    }
+}
+
+#if !defined(_WIN32)
+// What the support side's other tools make of the output: Debian's
+// jsonschema (not whatever python3 the PATH finds) and sqlite3.
+
+TEST_F(ReportCheck, CollectGoesOnPastFilesThatCannotBeRead) {
+    fs::create_directories(root_ / "files" / "fleet");
+    Write("fleet/b.txt", SavedReport(kTinyBody));
+    fs::create_symlink(root_ / "files" / "nowhere.txt", root_ / "files" / "fleet" / "a-broken-link.txt");
+    ASSERT_EQ(::mkfifo((root_ / "files" / "fleet" / "c-pipe").c_str(), 0600), 0);
+    const Outcome outcome = Check({"collect", "fleet"});
+    EXPECT_EQ(outcome.err,
+              "reportcheck: fleet/a-broken-link.txt: cannot be read (No such file or directory)\n"
+              "reportcheck: fleet/c-pipe: cannot be read (not a regular file)\n");
+    std::istringstream lines(outcome.out);
+    std::string first, second, third, rest;
+    std::getline(lines, first);
+    std::getline(lines, second);
+    std::getline(lines, third);
+    std::getline(lines, rest);
+    EXPECT_EQ(first, "{\"path\":\"fleet/a-broken-link.txt\",\"verdict\":\"unreadable\",\"reason\":\"cannot be read "
+                     "(No such file or directory)\",\"report\":null}");
+    const std::string intact = "{\"path\":\"fleet/b.txt\",\"verdict\":\"intact\",\"reason\":null,\"report\":{";
+    EXPECT_EQ(second.substr(0, intact.size()), intact);
+    EXPECT_EQ(third, "{\"path\":\"fleet/c-pipe\",\"verdict\":\"unreadable\",\"reason\":\"cannot be read (not a regular "
+                     "file)\",\"report\":null}");
+    EXPECT_EQ(rest, "");
+    EXPECT_EQ(outcome.status, 2);
+}
+
+// Two reports made by the program under Wine (data/wine-before.txt and
+// data/wine-after.txt, the README's example): between them tool.dll was
+// replaced by another version, setup.log removed, notes.txt added, the
+// suite's VersionBuild and the Windows product id changed. The free space
+// really changed too, and the folder's own entries with the files in it.
+TEST_F(ReportCheck, DiffOfTwoReportsMadeUnderWine) {
+    for (const char* name : {"wine-before.txt", "wine-after.txt"})
+        fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data" / name, root_ / "files" / name);
+    const Outcome outcome = Check({"diff", "wine-before.txt", "wine-after.txt"});
+    EXPECT_EQ(outcome.out,
+              "Windows:\n"
+              "\tid: 12345-oem-0000001-54321 \u2192 12345-oem-0000001-99999\n"
+              "Hardware:\n"
+              "\tC volume free: 77007316K \u2192 77006768K\n"
+              "\tC volume user: 77007316K \u2192 77006768K\n"
+              "Orvane Software installation:\n"
+              "\tCurrent directory: .: created: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: .: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: ..: created: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: ..: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: setup.log: removed (size 5)\n"
+              "\tCurrent directory: tool.dll: version: 3.2.1.0 \u2192 1.4.0.12\n"
+              "\tCurrent directory: tool.dll: created: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: tool.dll: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n"
+              "\tCurrent directory: notes.txt: added (size 1)\n");
+    EXPECT_EQ(outcome.status, 1);
+    const Outcome same = Check({"diff", "wine-after.txt", "wine-after.txt"});
+    EXPECT_EQ(same.out, "");
+    EXPECT_EQ(same.status, 0);
+}
+
+TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
+    fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data/wine-report.txt",
+                  root_ / "files" / "wine.txt");
+    Write("sample.txt", SavedReport(kSampleReportBody));
+    Write("later.txt", BuildReportFileBytes(Utf16(LaterSample())));
+    Write("tiny.txt", SavedReport(kTinyBody));
+    const std::string schema = std::string(REPORTCHECK_SOURCE_DIR) + "/docs/report-model.schema.json";
+    for (const char* name : {"before", "after"})
+        fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data" / ("wine-" + std::string(name) + ".txt"),
+                      root_ / "files" / (std::string(name) + ".txt"));
+    for (const char* name : {"wine", "sample", "later", "tiny", "before", "after"}) {
+        const Outcome shown = Check({"show", "--json", std::string(name) + ".txt"});
+        ASSERT_EQ(shown.status, 0) << name << shown.err;
+        Write(std::string(name) + ".json", shown.out);
+    }
+    const std::string script =
+        "import json, jsonschema, sys\n"
+        "schema = json.load(open(sys.argv[1]))\n"
+        "jsonschema.Draft7Validator.check_schema(schema)\n"
+        "for name in sys.argv[2:]:\n"
+        "    jsonschema.validate(json.load(open(name)), schema)\n"
+        "wine = json.load(open('wine.json'))\n"
+        "print(wine['unrecognised'], wine['program']['version'], wine['hardware']['pageSize'],\n"
+        "      len(wine['network']['adapters']), wine['installation']['directories'][0]['kind'])\n";
+    Write("validate.py", script);
+    const std::string command = "cd '" + (root_ / "files").string() +
+                                "' && /usr/bin/python3 validate.py '" + schema +
+                                "' wine.json sample.json later.json tiny.json before.json after.json >validated.txt 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "validated.txt");
+    EXPECT_EQ(ReadFile(root_ / "files" / "validated.txt"), "[] 9.3.1.1042 4096 4 current\n");
+}
+
+TEST_F(ReportCheck, CollectedReportsLoadIntoSqlite) {
+    // Three machines; the third still has the older tool.dll.
+    const auto machine = [](const std::string& name, const std::string& version) {
+        std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
+                                    "\tname: " + name + " (WORKGROUP\\" + name + ")");
+        return Replaced(body, "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n",
+                        "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
+                        "\t00000020     130444\t22/11/2026  14:33:33\t22/11/2026  14:33:33\ttool.dll\t" +
+                            version + "\n");
+    };
+    fs::create_directories(root_ / "files" / "fleet" / "march");
+    Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0")));
+    Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0")));
+    Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7")));
+    const Outcome collected = Check({"collect", "fleet"});
+    ASSERT_EQ(collected.status, 0) << collected.err;
+    Write("reports.jsonl", collected.out);
+    const std::string examples = std::string(REPORTCHECK_SOURCE_DIR) + "/docs/examples/";
+    const std::string command = "cd '" + (root_ / "files").string() + "' && cat '" + examples +
+                                "load-reports.sql' '" + examples +
+                                "other-versions.sql' | sqlite3 fleet.db >answer.txt 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "answer.txt");
+    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC3|tool.dll|9.2.0.7\n");
+}
+#endif

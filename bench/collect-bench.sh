@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# reportcheck collect over many reports, side by side with sha256sum over the
+# same files in the same run: the floor any tool that reads every byte meets.
+# Also the peak memory of collect over 1,000 and 10,000 reports, which must
+# stay flat (reports are read one at a time and each line written at once).
+#   DIAG_COLLECT_REPORTS  number of reports (10000)
+#   DIAG_COLLECT_RUNS     timed runs of each tool, the best kept (3)
+#   DIAG_COLLECT_RESULTS  the page to write (bench/COLLECT-RESULTS.md)
+# The reportcheck measured is an optimised build without sanitizers, as users
+# run it, in build-bench-native/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+count=${DIAG_COLLECT_REPORTS:-10000}
+runs=${DIAG_COLLECT_RUNS:-3}
+results=${DIAG_COLLECT_RESULTS:-bench/COLLECT-RESULTS.md}
+build=build-bench-native
+
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DDIAG_SANITIZE=OFF >/dev/null
+cmake --build "$build" --target reportcheck >/dev/null
+checker="$build/bin/reportcheck"
+
+work=$(mktemp -d /tmp/orvane-collect-bench.XXXXXX)
+trap 'rm -rf "$work"' EXIT
+
+# Copies of a real report (made by the program under Wine) with variations:
+# another host name, free space and program directory in each, every one a
+# whole report with its own checksum, spread over folders of 500.
+/usr/bin/python3 - "$count" "$work/reports" tests/reportcheck/data/wine-report.txt <<'PY'
+import os, re, sys
+count, root, source = int(sys.argv[1]), sys.argv[2], sys.argv[3]
+body = open(source, 'rb').read()[2:-30].decode('utf-16-le')
+def checksum(text):
+    lanes = [4, 3, 2, 1]
+    for i, c in enumerate(text):
+        lanes[i % 4] ^= ord(c) & 0xFF
+    return lanes[0] | lanes[1] << 8 | lanes[2] << 16 | lanes[3] << 24
+for n in range(count):
+    text = (body.replace('(WORKGROUP\\VM)', '(WORKGROUP\\PC%05d)' % n)
+                .replace('in Z:\\work', 'in Z:\\w%05d' % n))
+    text = re.sub(r'free [0-9]+K', 'free %dK' % (1000000 + 7 * n), text)
+    folder = os.path.join(root, 'batch%03d' % (n // 500))
+    os.makedirs(folder, exist_ok=True)
+    with open(os.path.join(folder, 'pc%05d.txt' % n), 'wb') as f:
+        f.write(b'\xff\xfe' + text.encode('utf-16-le') + ('\n--- \n%08x\n' % checksum(text)).encode('utf-16-le'))
+PY
+
+# "<seconds> <peak kB>" of one command, its output thrown away.
+measure() { /usr/bin/time -f "%e %M" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || true; cat "$work/time"; }
+best() { sort -n | head -1; }
+
+files=$(find "$work/reports" -type f | wc -l)
+bytes=$(du -sb "$work/reports" | cut -f1)
+cat "$work/reports"/*/* >/dev/null  # both tools start from a warm cache
+
+collect_times=() sha_times=()
+for ((i = 0; i < runs; i++)); do
+  collect_times+=("$(measure "$checker" collect "$work/reports")")
+  sha_times+=("$(measure sh -c 'find "$1" -type f -print0 | xargs -0 sha256sum' sh "$work/reports")")
+done
+collect_s=$(printf '%s\n' "${collect_times[@]}" | cut -d' ' -f1 | best)
+sha_s=$(printf '%s\n' "${sha_times[@]}" | cut -d' ' -f1 | best)
+collect_peak=$(printf '%s\n' "${collect_times[@]}" | cut -d' ' -f2 | sort -n | tail -1)
+small_peak=$(measure "$checker" collect "$work/reports/batch000" "$work/reports/batch001" | cut -d' ' -f2)
+ratio=$(awk -v a="$collect_s" -v b="$sha_s" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')
+lines=$("$checker" collect "$work/reports" | wc -l)
+
+verdict="within"
+awk -v r="$ratio" 'BEGIN { exit !(r > 3) }' && verdict="OVER"
+{
+  echo "# reportcheck collect: figures of the last run"
+  echo
+  echo "Written by \`scripts/bench.sh collect\` on $(date -u +%Y-%m-%d), load $(cut -d' ' -f1-3 /proc/loadavg)."
+  echo "$files reports ($bytes bytes), copies of a real report with variations;"
+  echo "best of $runs runs each, warm file cache."
+  echo
+  echo "| Measure | Value |"
+  echo "|---|---|"
+  echo "| \`reportcheck collect\` (Release), seconds | $collect_s |"
+  echo "| \`sha256sum\` over the same files, seconds | $sha_s |"
+  echo "| Ratio (target at most 3) | $ratio ($verdict the target) |"
+  echo "| Lines written | $lines |"
+  echo "| Peak memory, 1,000 reports | ${small_peak} kB |"
+  echo "| Peak memory, $files reports | ${collect_peak} kB |"
+} >"$results"
+cat "$results"

@@ -1,0 +1,44 @@
+// The report reader on any text:
+//  - it never crashes, and the body made again from the model is the input,
+//    unit for unit (the model is lossless);
+//  - recognised and unrecognised lines together are all the lines, and the
+//    unrecognised ones keep increasing numbers within the body;
+//  - the JSON is made without harm, and a report compared with itself shows
+//    no change.
+//
+// Input: byte 0 chooses the reading of the rest: even, one code unit per
+// byte (line structure mutates well); odd, UTF-16LE pairs (any code unit,
+// lone surrogates included).
+#include <cstdint>
+#include <string>
+
+#include "report/ReportDiff.h"
+#include "report/ReportJson.h"
+#include "report/ReportModel.h"
+#include "report/ReportRender.h"
+#include "FuzzCheck.h"
+
+using namespace report_model;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) return 0;
+    std::u16string body;
+    if (data[0] % 2 == 0) {
+        for (std::size_t i = 1; i < size; ++i) body.push_back(data[i]);
+    } else {
+        for (std::size_t i = 1; i + 1 < size; i += 2) body.push_back(static_cast<char16_t>(data[i] | data[i + 1] << 8));
+    }
+    const Report report = ParseReportBody(body);
+    FUZZ_CHECK(RenderReportBody(report) == body);
+    FUZZ_CHECK(RecognisedLines(report).size() + report.unrecognised.size() == report.lineCount);
+    std::size_t previous = 0;
+    for (const UnrecognisedLine& line : report.unrecognised) {
+        FUZZ_CHECK(line.line > previous && line.line <= report.lineCount);
+        previous = line.line;
+    }
+    ReportVerdict verdict;
+    verdict.state = ReportState::Intact;
+    FUZZ_CHECK(!DumpJson(ReportToJson(report, verdict)).empty());
+    FUZZ_CHECK(DiffReports(report, report).empty());
+    return 0;
+}
