@@ -30,5 +30,6 @@ set(DIAG_PURE_TESTS
   tests/report/InstallationText_test.cpp
   tests/diagwin/SaveLocation_test.cpp
   tests/diagwin/ViewText_test.cpp
+  tests/w32/GrowingBuffer_test.cpp
 )
 list(TRANSFORM DIAG_PURE_TESTS PREPEND ${PROJECT_SOURCE_DIR}/)

@@ -18,6 +18,7 @@
 #include "report/ReportText.h"
 #include "report/WmiQuery.h"
 #include "w32/Application.h"
+#include "w32/GrowingBuffer.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
 
@@ -35,25 +36,28 @@ std::wstring QueryWmi(const char* className, const char* propertyName) {
 
 // GetComputerNameW and GetUserNameW both report the size they need when the
 // buffer is too small; any other failure gives the empty text.
+// Two asks at most: the second must fit what the first said.
 using NameGetter = BOOL(WINAPI*)(LPWSTR, LPDWORD);
 std::wstring ReadName(NameGetter get, DWORD initialSize) {
-    std::wstring name(initialSize, L'\0');
-    DWORD size = initialSize;
-    if (!get(name.data(), &size)) {
-        if (size <= initialSize) return {};
-        name.assign(size, L'\0');
-        if (!get(name.data(), &size)) return {};
-    }
-    name.resize(std::wcslen(name.c_str()));
-    return name;
+    auto name = w32::FillGrowingBuffer<std::wstring>(initialSize, 2, [get](std::wstring& buffer) {
+        DWORD size = static_cast<DWORD>(buffer.size());
+        if (get(buffer.data(), &size)) return w32::BufferAnswer::Filled(buffer.size());
+        return w32::BufferAnswer::TooSmall(size);
+    });
+    if (!name) return {};
+    name->resize(std::wcslen(name->c_str()));
+    return *name;
 }
 
+// The first ask, without a buffer, gives the size with its terminator; the
+// second must then hold the path.
 std::wstring WindowsDirectory() {
-    const UINT needed = ::GetWindowsDirectoryW(nullptr, 0);
-    std::wstring path(needed, L'\0');
-    const UINT copied = needed ? ::GetWindowsDirectoryW(path.data(), needed) : 0;
-    path.resize(copied < needed ? copied : 0);
-    return path;
+    const auto path = w32::FillGrowingBuffer<std::wstring>(0, 2, [](std::wstring& buffer) {
+        const UINT size = static_cast<UINT>(buffer.size());
+        const UINT answer = ::GetWindowsDirectoryW(size ? buffer.data() : nullptr, size);
+        return answer < size ? w32::BufferAnswer::Filled(answer) : w32::BufferAnswer::TooSmall(answer);
+    });
+    return path ? *path : std::wstring();
 }
 
 // SHGetFolderPathW writes at most MAX_PATH characters by contract.
