@@ -35,9 +35,9 @@
 
 #include "BenchSupport.h"
 #include "app/HeadlessReport.h"
-#include "diagwin/ReportFile.h"
+#include "report/ReportFile.h"
 #include "diagwin/ReportView.h"
-#include "diagwin/ViewText.h"
+#include "report/ViewText.h"
 #include "report/DirectoryListing.h"
 #include "report/EntryText.h"
 #include "report/InstallationSection.h"

@@ -3,7 +3,7 @@
 #include <shellapi.h>
 
 #include "app/DiagnosticsApp.h"
-#include "app/Elevation.h"
+#include "w32/Elevation.h"
 #include "app/Title.h"
 #include "diagwin/DiagWinDlg.h"
 #include "ovsystem/OVAbout.h"
@@ -44,7 +44,7 @@ bool CMainDlg::OnInitDialog() {
     OVDialog::OnInitDialog();
     SetResizePolicies(kResizePolicies);
 
-    const bool elevated = IsProcessElevated() != 0;
+    const bool elevated = IsProcessElevated();
     ComposeTitle(elevated);
     if (HMENU menu = ::GetSystemMenu(Hwnd(), FALSE)) AppendMainSystemMenuEntries(menu, elevated);
 

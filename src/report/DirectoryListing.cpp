@@ -60,7 +60,7 @@ std::wstring DescribeAce(PACL dacl, DWORD index, CurrentAce& current) {
 std::wstring ReadAccessList(const std::wstring& path) {
     const std::wstring heading(kAccessListHeading);
     // The first ask, without a buffer, only gives the size; the second must fit.
-    const auto descriptor = w32::FillGrowingBuffer<std::vector<BYTE>>(0, 2, [&path](std::vector<BYTE>& buffer) {
+    auto descriptor = w32::FillGrowingBuffer<std::vector<BYTE>>(0, 2, [&path](std::vector<BYTE>& buffer) {
         const DWORD size = static_cast<DWORD>(buffer.size());
         DWORD needed = 0;
         if (::GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, size ? buffer.data() : nullptr, size,

@@ -9,7 +9,7 @@
 #include <ctime>
 #include <cwchar>
 
-#include "app/Elevation.h"
+#include "w32/Elevation.h"
 #include "report/DirectoryListing.h"
 #include "report/InstallationSection.h"
 #include "report/NetworkAdapters.h"

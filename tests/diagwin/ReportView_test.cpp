@@ -11,8 +11,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "diagwin/ReportFile.h"
-#include "diagwin/ViewText.h"
+#include "report/ReportFile.h"
+#include "report/ViewText.h"
 #include "report/ReportChecksum.h"
 #include "resource.h"
 #include "w32/Dialog.h"

@@ -16,7 +16,7 @@
 #include <set>
 
 #include "diagwin/ReportView.h"
-#include "diagwin/ViewText.h"
+#include "report/ViewText.h"
 #include "report/AdapterText.h"
 #include "report/DirectoryListing.h"
 #include "report/LockedFile.h"
