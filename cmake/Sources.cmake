@@ -11,6 +11,7 @@ set(DIAG_PURE_SOURCES
   src/report/ReportText.cpp
   src/report/RegistryValueText.cpp
   src/report/InstallationText.cpp
+  src/report/SystemSections.cpp
   src/diagwin/SaveLocation.cpp
   src/report/ViewText.cpp
 )
@@ -28,6 +29,7 @@ set(DIAG_PURE_TESTS
   tests/report/ReportText_test.cpp
   tests/report/RegistryValueText_test.cpp
   tests/report/InstallationText_test.cpp
+  tests/report/SystemSections_test.cpp
   tests/diagwin/SaveLocation_test.cpp
   tests/report/ViewText_test.cpp
   tests/w32/GrowingBuffer_test.cpp

@@ -8,16 +8,19 @@
 #include <cstdint>
 #include <ctime>
 #include <cwchar>
+#include <utility>
+#include <vector>
 
-#include "w32/Elevation.h"
 #include "report/DirectoryListing.h"
 #include "report/InstallationSection.h"
 #include "report/NetworkAdapters.h"
 #include "report/RegistryData.h"
 #include "report/RegistryValueText.h"
 #include "report/ReportText.h"
+#include "report/SystemSections.h"
 #include "report/WmiQuery.h"
 #include "w32/Application.h"
+#include "w32/Elevation.h"
 #include "w32/GrowingBuffer.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
@@ -74,26 +77,33 @@ std::wstring_view WindowsVersionLabel() {
     });
 }
 
-void WriteProductIdLine(ReportSink& sink) {
+std::optional<std::vector<std::uint8_t>> ReadProductId() {
     w32::ScopedRegKey key;
-    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, kWindowsCurrentVersionKey, 0, KEY_READ, key.Put()) != ERROR_SUCCESS) return;
-    if (const auto data = ReadRegistryData(key.Get(), L"ProductId")) sink.Append(FormatProductIdLine(*data));
+    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, kWindowsCurrentVersionKey, 0, KEY_READ, key.Put()) != ERROR_SUCCESS)
+        return std::nullopt;
+    return ReadRegistryData(key.Get(), L"ProductId");
 }
 
-void WriteProcessorLines(ReportSink& sink, const SYSTEM_INFO& info) {
-    sink.Append(FormatProcessorCountLine(info.dwNumberOfProcessors));
-    sink.Append(FormatProcessorLine(info.wProcessorArchitecture, info.wProcessorLevel, info.wProcessorRevision));
-    sink.Append(FormatActiveProcessorMaskLine(info.dwActiveProcessorMask));
-    sink.Append(FormatPageSizeLine(info.dwPageSize));
-    sink.Append(FormatApplicationAddressesLine(reinterpret_cast<std::uintptr_t>(info.lpMinimumApplicationAddress),
-                                               reinterpret_cast<std::uintptr_t>(info.lpMaximumApplicationAddress)));
+void ReadProcessorFacts(HardwareFacts& facts) {
+    SYSTEM_INFO info{};
+    ::GetSystemInfo(&info);
+    facts.processorCount = info.dwNumberOfProcessors;
+    facts.processorArchitecture = info.wProcessorArchitecture;
+    facts.processorLevel = info.wProcessorLevel;
+    facts.processorRevision = info.wProcessorRevision;
+    facts.activeProcessorMask = info.dwActiveProcessorMask;
+    facts.pageSize = info.dwPageSize;
+    facts.lowestApplicationAddress = reinterpret_cast<std::uintptr_t>(info.lpMinimumApplicationAddress);
+    facts.highestApplicationAddress = reinterpret_cast<std::uintptr_t>(info.lpMaximumApplicationAddress);
 }
 
-void WriteMemoryLine(ReportSink& sink) {
+void ReadMemoryFacts(HardwareFacts& facts) {
     MEMORYSTATUSEX memory{};
     memory.dwLength = sizeof(memory);
     ::GlobalMemoryStatusEx(&memory);
-    sink.Append(FormatMemoryLine(memory.ullTotalPhys, memory.ullTotalVirtual, memory.ullTotalPageFile));
+    facts.totalPhysical = memory.ullTotalPhys;
+    facts.totalVirtual = memory.ullTotalVirtual;
+    facts.totalPaging = memory.ullTotalPageFile;
 }
 
 }  // namespace
@@ -105,37 +115,36 @@ std::optional<std::wstring> MakeReportHeader() {
     return FormatReportHeader(local);
 }
 
-std::wstring WriteProgramSection(ReportSink& sink) {
-    sink.Append(kProgramHeading);
+ProgramFacts CollectProgramFacts() {
     const w32::Application* app = w32::CurrentApp();
+    ProgramFacts facts;
+    facts.applicationName = app ? app->Name() : std::wstring();
     const std::wstring modulePath = w32::GetModulePath(app ? app->Instance() : nullptr);
-    sink.Append(FormatProgramLine(app ? app->Name() : std::wstring(), ReadProductVersion(modulePath)));
-    std::wstring directory = ProgramDirectoryOf(modulePath);
-    sink.Append(FormatProgramDirectoryLine(directory));
-    if (IsProcessElevated()) sink.Append(kAdministratorLine);
-    return directory;
+    facts.productVersion = ReadProductVersion(modulePath);
+    facts.directory = ProgramDirectoryOf(modulePath);
+    facts.elevated = IsProcessElevated();
+    return facts;
 }
 
-void WriteHostSection(ReportSink& sink) {
-    sink.Append(kHostHeading);
-    const std::wstring computerName = ReadName(::GetComputerNameW, MAX_COMPUTERNAME_LENGTH + 1);
-    const std::wstring wmiName = QueryWmi("Win32_ComputerSystem", "Name");
-    const std::wstring wmiDomain = QueryWmi("Win32_ComputerSystem", "Domain");
-    sink.Append(FormatHostNameLine(computerName, wmiDomain, wmiName));
-    sink.Append(FormatUserLine(ReadName(::GetUserNameW, UNLEN + 1)));
+HostFacts CollectHostFacts() {
+    HostFacts facts;
+    facts.netbiosName = ReadName(::GetComputerNameW, MAX_COMPUTERNAME_LENGTH + 1);
+    facts.wmiName = QueryWmi("Win32_ComputerSystem", "Name");
+    facts.wmiDomain = QueryWmi("Win32_ComputerSystem", "Domain");
+    facts.userName = ReadName(::GetUserNameW, UNLEN + 1);
+    return facts;
 }
 
-SystemFolders WriteWindowsSection(ReportSink& sink) {
-    sink.Append(kWindowsHeading);
-    const std::wstring_view version = WindowsVersionLabel();
-    sink.Append(FormatVersionReportedLine(version, WindowsEditionLabel(!::IsWindowsServer())));
-    sink.Append(FormatRealVersionLine(QueryWmi("Win32_OperatingSystem", "Version")));
-    WriteProductIdLine(sink);
-    sink.Append(FormatSystemPathLine(WindowsDirectory()));
-    SystemFolders folders{ShellFolder(CSIDL_PROGRAM_FILES), ShellFolder(CSIDL_COMMON_APPDATA)};
-    sink.Append(FormatProgramFilesLine(folders.programFiles));
-    sink.Append(FormatCommonAppDataLine(folders.commonAppData));
-    return folders;
+WindowsFacts CollectWindowsFacts() {
+    WindowsFacts facts;
+    facts.versionLabel = WindowsVersionLabel();
+    facts.editionLabel = WindowsEditionLabel(!::IsWindowsServer());
+    facts.realVersion = QueryWmi("Win32_OperatingSystem", "Version");
+    facts.productId = ReadProductId();
+    facts.systemPath = WindowsDirectory();
+    facts.programFiles = ShellFolder(CSIDL_PROGRAM_FILES);
+    facts.commonAppData = ShellFolder(CSIDL_COMMON_APPDATA);
+    return facts;
 }
 
 std::optional<VolumeFacts> ReadVolumeFacts(const wchar_t* root) {
@@ -151,18 +160,31 @@ std::optional<VolumeFacts> ReadVolumeFacts(const wchar_t* root) {
     return VolumeFacts{serialNumber, flags, fileSystemName, total.QuadPart, free.QuadPart, available.QuadPart};
 }
 
-void WriteHardwareSection(ReportSink& sink) {
-    sink.Append(kHardwareHeading);
-    sink.Append(kSystemBitsLine);
-    SYSTEM_INFO info{};
-    ::GetSystemInfo(&info);
-    sink.Append(FormatBiosLine(QueryWmi("Win32_BIOS", "Name")));
-    sink.Append(FormatBoardLine(QueryWmi("Win32_BaseBoard", "Manufacturer")));
-    WriteProcessorLines(sink, info);
-    WriteMemoryLine(sink);
-    // A missing or unreadable C: has no line at all.
-    if (const auto volume = ReadVolumeFacts(kVolumeRoot)) sink.Append(FormatVolumeLine(*volume));
+HardwareFacts CollectHardwareFacts() {
+    HardwareFacts facts;
+    ReadProcessorFacts(facts);
+    facts.biosName = QueryWmi("Win32_BIOS", "Name");
+    facts.boardManufacturer = QueryWmi("Win32_BaseBoard", "Manufacturer");
+    ReadMemoryFacts(facts);
+    facts.volumeC = ReadVolumeFacts(kVolumeRoot);
+    return facts;
 }
+
+std::wstring WriteProgramSection(ReportSink& sink) {
+    ProgramFacts facts = CollectProgramFacts();
+    RenderProgramSection(facts, sink);
+    return std::move(facts.directory);
+}
+
+void WriteHostSection(ReportSink& sink) { RenderHostSection(CollectHostFacts(), sink); }
+
+SystemFolders WriteWindowsSection(ReportSink& sink) {
+    WindowsFacts facts = CollectWindowsFacts();
+    RenderWindowsSection(facts, sink);
+    return {std::move(facts.programFiles), std::move(facts.commonAppData)};
+}
+
+void WriteHardwareSection(ReportSink& sink) { RenderHardwareSection(CollectHardwareFacts(), sink); }
 
 void WriteNetworkSection(ReportSink& sink) {
     sink.Append(kNetworkHeading);

@@ -7,6 +7,7 @@
 
 #include "report/ReportSink.h"
 #include "report/ReportText.h"
+#include "report/SystemSections.h"
 
 // Appends the whole report of this machine to `sink`. Returns false, having
 // appended nothing, when the local time cannot be had for the header; every
@@ -20,7 +21,14 @@ bool WriteSystemReport(ReportSink& sink);
 // it does not fit its buffer; nothing when the local time cannot be had.
 std::optional<std::wstring> MakeReportHeader();
 
-// Each writer appends its heading, then its lines.
+// The collectors: each asks the system for one section's values, in the
+// order the report has always asked them (the WMI queries among them).
+ProgramFacts CollectProgramFacts();
+HostFacts CollectHostFacts();
+WindowsFacts CollectWindowsFacts();
+HardwareFacts CollectHardwareFacts();
+
+// Each writer collects its section and renders it: heading, then lines.
 
 // Returns the program's directory, which the installation section lists.
 std::wstring WriteProgramSection(ReportSink& sink);
