@@ -11,9 +11,9 @@
 #include <fstream>
 #include <iterator>
 
+#include "report/ReportChecksum.h"
 #include "report/ReportFile.h"
 #include "report/ViewText.h"
-#include "report/ReportChecksum.h"
 #include "resource.h"
 #include "w32/Dialog.h"
 
