@@ -5,9 +5,7 @@ if(DIAG_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
-add_library(diag_pure STATIC ${DIAG_PURE_SOURCES})
-target_include_directories(diag_pure PUBLIC ${PROJECT_SOURCE_DIR}/src)
-diag_use_json(diag_pure)
+diag_add_pure_libraries()
 
 add_executable(pure_tests ${DIAG_PURE_TESTS})
 target_link_libraries(pure_tests PRIVATE diag_pure GTest::gtest_main)

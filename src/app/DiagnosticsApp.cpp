@@ -31,11 +31,6 @@ CDiagnosticsApp::CDiagnosticsApp() = default;
 
 CDiagnosticsApp* GetDiagnosticsApp() { return dynamic_cast<CDiagnosticsApp*>(w32::CurrentApp()); }
 
-bool IsEnglish() {
-    const CDiagnosticsApp* app = GetDiagnosticsApp();
-    return !app || app->m_bEnglish != 0;
-}
-
 bool CDiagnosticsApp::InitInstance() {
     if (!w32::Application::InitInstance()) return false;
 
@@ -74,6 +69,7 @@ void CDiagnosticsApp::ChooseLanguage() {
     }
     const bool english = IsEnglishChoice(choice);
     m_bEnglish = english ? 1 : 0;
+    SetInterfaceLanguage(english);
     mainTemplateId_ = english ? IDD_MAIN_EN : IDD_MAIN_FR;
     OVSetLanguage(english);
 }

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "app/Language.h"
+#include "lang/Language.h"
 #include "w32/Application.h"
 #include "w32/Scoped.h"
 
@@ -33,10 +33,6 @@ private:
 
 // The running application object, or null (in tests that have none).
 CDiagnosticsApp* GetDiagnosticsApp();
-
-// The interface language of this run; English when there is no application.
-bool IsEnglish();
-inline const wchar_t* Tr(const Bilingual& text) { return text.Pick(IsEnglish()); }
 
 // The key under HKEY_CURRENT_USER\Software that holds the settings.
 inline constexpr wchar_t kRegistryKeyFormat[] = L"Orvane Software V%d";

@@ -2,12 +2,12 @@
 
 #include <windows.h>
 
-#include "app/DiagnosticsApp.h"
 #include "app/ExitStatus.h"
-#include "diagwin/ReportFile.h"
-#include "diagwin/ViewText.h"
+#include "lang/Language.h"
+#include "report/ReportFile.h"
 #include "report/ReportSink.h"
 #include "report/SystemReport.h"
+#include "report/ViewText.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
 

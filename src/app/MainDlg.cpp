@@ -3,7 +3,6 @@
 #include <shellapi.h>
 
 #include "app/DiagnosticsApp.h"
-#include "app/Elevation.h"
 #include "app/Title.h"
 #include "diagwin/DiagWinDlg.h"
 #include "ovsystem/OVAbout.h"
@@ -11,6 +10,7 @@
 #include "ovsystem/OVString.h"
 #include "ovsystem/OVWindowState.h"
 #include "resource.h"
+#include "w32/Elevation.h"
 #include "w32/MessageBox.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
@@ -44,7 +44,7 @@ bool CMainDlg::OnInitDialog() {
     OVDialog::OnInitDialog();
     SetResizePolicies(kResizePolicies);
 
-    const bool elevated = IsProcessElevated() != 0;
+    const bool elevated = IsProcessElevated();
     ComposeTitle(elevated);
     if (HMENU menu = ::GetSystemMenu(Hwnd(), FALSE)) AppendMainSystemMenuEntries(menu, elevated);
 

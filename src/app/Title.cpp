@@ -1,6 +1,6 @@
 #include "app/Title.h"
 
-#include "app/Language.h"
+#include "lang/Language.h"
 
 namespace {
 constexpr Bilingual kAdministratorMark{L" [Administrateur]", L" [Administrator]"};

@@ -2,11 +2,12 @@
 
 #include <commdlg.h>
 
-#include "app/DiagnosticsApp.h"
-#include "diagwin/ReportFile.h"
 #include "diagwin/SaveLocation.h"
+#include "lang/Language.h"
+#include "report/ReportFile.h"
 #include "report/SystemReport.h"
 #include "resource.h"
+#include "w32/Application.h"
 #include "w32/FileDialog.h"
 #include "w32/MessageBox.h"
 

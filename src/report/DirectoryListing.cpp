@@ -7,6 +7,7 @@
 
 #include "report/EntryText.h"
 #include "report/ReportSink.h"
+#include "w32/GrowingBuffer.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
 
@@ -58,14 +59,18 @@ std::wstring DescribeAce(PACL dacl, DWORD index, CurrentAce& current) {
 
 std::wstring ReadAccessList(const std::wstring& path) {
     const std::wstring heading(kAccessListHeading);
-    DWORD needed = 0;
-    ::GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &needed);
-    if (needed == 0) return heading + FormatApiFailure(L"GetFileSecurity", ::GetLastError());
-    std::vector<BYTE> descriptor(needed);
-    if (!::GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), needed, &needed)) {
-        return heading + FormatApiFailure(L"GetFileSecurity", ::GetLastError());
-    }
-    return FormatAccessList(descriptor.data());
+    // The first ask, without a buffer, only gives the size; the second must fit.
+    auto descriptor = w32::FillGrowingBuffer<std::vector<BYTE>>(0, 2, [&path](std::vector<BYTE>& buffer) {
+        const DWORD size = static_cast<DWORD>(buffer.size());
+        DWORD needed = 0;
+        if (::GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, size ? buffer.data() : nullptr, size,
+                               &needed) &&
+            size != 0)
+            return w32::BufferAnswer::Filled(size);
+        return w32::BufferAnswer::TooSmall(needed);
+    });
+    if (!descriptor) return heading + FormatApiFailure(L"GetFileSecurity", ::GetLastError());
+    return FormatAccessList(descriptor->data());
 }
 
 // A version resource lives only in an executable image, and every image

@@ -8,16 +8,20 @@
 #include <cstdint>
 #include <ctime>
 #include <cwchar>
+#include <utility>
+#include <vector>
 
-#include "app/Elevation.h"
 #include "report/DirectoryListing.h"
 #include "report/InstallationSection.h"
 #include "report/NetworkAdapters.h"
 #include "report/RegistryData.h"
 #include "report/RegistryValueText.h"
 #include "report/ReportText.h"
+#include "report/SystemSections.h"
 #include "report/WmiQuery.h"
 #include "w32/Application.h"
+#include "w32/Elevation.h"
+#include "w32/GrowingBuffer.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
 
@@ -35,25 +39,28 @@ std::wstring QueryWmi(const char* className, const char* propertyName) {
 
 // GetComputerNameW and GetUserNameW both report the size they need when the
 // buffer is too small; any other failure gives the empty text.
+// Two asks at most: the second must fit what the first said.
 using NameGetter = BOOL(WINAPI*)(LPWSTR, LPDWORD);
 std::wstring ReadName(NameGetter get, DWORD initialSize) {
-    std::wstring name(initialSize, L'\0');
-    DWORD size = initialSize;
-    if (!get(name.data(), &size)) {
-        if (size <= initialSize) return {};
-        name.assign(size, L'\0');
-        if (!get(name.data(), &size)) return {};
-    }
-    name.resize(std::wcslen(name.c_str()));
-    return name;
+    auto name = w32::FillGrowingBuffer<std::wstring>(initialSize, 2, [get](std::wstring& buffer) {
+        DWORD size = static_cast<DWORD>(buffer.size());
+        if (get(buffer.data(), &size)) return w32::BufferAnswer::Filled(buffer.size());
+        return w32::BufferAnswer::TooSmall(size);
+    });
+    if (!name) return {};
+    name->resize(std::wcslen(name->c_str()));
+    return *name;
 }
 
+// The first ask, without a buffer, gives the size with its terminator; the
+// second must then hold the path.
 std::wstring WindowsDirectory() {
-    const UINT needed = ::GetWindowsDirectoryW(nullptr, 0);
-    std::wstring path(needed, L'\0');
-    const UINT copied = needed ? ::GetWindowsDirectoryW(path.data(), needed) : 0;
-    path.resize(copied < needed ? copied : 0);
-    return path;
+    const auto path = w32::FillGrowingBuffer<std::wstring>(0, 2, [](std::wstring& buffer) {
+        const UINT size = static_cast<UINT>(buffer.size());
+        const UINT answer = ::GetWindowsDirectoryW(size ? buffer.data() : nullptr, size);
+        return answer < size ? w32::BufferAnswer::Filled(answer) : w32::BufferAnswer::TooSmall(answer);
+    });
+    return path ? *path : std::wstring();
 }
 
 // SHGetFolderPathW writes at most MAX_PATH characters by contract.
@@ -70,26 +77,33 @@ std::wstring_view WindowsVersionLabel() {
     });
 }
 
-void WriteProductIdLine(ReportSink& sink) {
+std::optional<std::vector<std::uint8_t>> ReadProductId() {
     w32::ScopedRegKey key;
-    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, kWindowsCurrentVersionKey, 0, KEY_READ, key.Put()) != ERROR_SUCCESS) return;
-    if (const auto data = ReadRegistryData(key.Get(), L"ProductId")) sink.Append(FormatProductIdLine(*data));
+    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, kWindowsCurrentVersionKey, 0, KEY_READ, key.Put()) != ERROR_SUCCESS)
+        return std::nullopt;
+    return ReadRegistryData(key.Get(), L"ProductId");
 }
 
-void WriteProcessorLines(ReportSink& sink, const SYSTEM_INFO& info) {
-    sink.Append(FormatProcessorCountLine(info.dwNumberOfProcessors));
-    sink.Append(FormatProcessorLine(info.wProcessorArchitecture, info.wProcessorLevel, info.wProcessorRevision));
-    sink.Append(FormatActiveProcessorMaskLine(info.dwActiveProcessorMask));
-    sink.Append(FormatPageSizeLine(info.dwPageSize));
-    sink.Append(FormatApplicationAddressesLine(reinterpret_cast<std::uintptr_t>(info.lpMinimumApplicationAddress),
-                                               reinterpret_cast<std::uintptr_t>(info.lpMaximumApplicationAddress)));
+void ReadProcessorFacts(HardwareFacts& facts) {
+    SYSTEM_INFO info{};
+    ::GetSystemInfo(&info);
+    facts.processorCount = info.dwNumberOfProcessors;
+    facts.processorArchitecture = info.wProcessorArchitecture;
+    facts.processorLevel = info.wProcessorLevel;
+    facts.processorRevision = info.wProcessorRevision;
+    facts.activeProcessorMask = info.dwActiveProcessorMask;
+    facts.pageSize = info.dwPageSize;
+    facts.lowestApplicationAddress = reinterpret_cast<std::uintptr_t>(info.lpMinimumApplicationAddress);
+    facts.highestApplicationAddress = reinterpret_cast<std::uintptr_t>(info.lpMaximumApplicationAddress);
 }
 
-void WriteMemoryLine(ReportSink& sink) {
+void ReadMemoryFacts(HardwareFacts& facts) {
     MEMORYSTATUSEX memory{};
     memory.dwLength = sizeof(memory);
     ::GlobalMemoryStatusEx(&memory);
-    sink.Append(FormatMemoryLine(memory.ullTotalPhys, memory.ullTotalVirtual, memory.ullTotalPageFile));
+    facts.totalPhysical = memory.ullTotalPhys;
+    facts.totalVirtual = memory.ullTotalVirtual;
+    facts.totalPaging = memory.ullTotalPageFile;
 }
 
 // Nothing when there is no local date and time; otherwise the header, empty
@@ -111,37 +125,36 @@ std::optional<std::wstring> ReadLocalDateAndTime() {
 
 std::optional<std::wstring> MakeReportHeader() { return HeaderOf(ReadLocalDateAndTime()); }
 
-std::wstring WriteProgramSection(ReportSink& sink) {
-    sink.Append(kProgramHeading);
+ProgramFacts CollectProgramFacts() {
     const w32::Application* app = w32::CurrentApp();
+    ProgramFacts facts;
+    facts.applicationName = app ? app->Name() : std::wstring();
     const std::wstring modulePath = w32::GetModulePath(app ? app->Instance() : nullptr);
-    sink.Append(FormatProgramLine(app ? app->Name() : std::wstring(), ReadProductVersion(modulePath)));
-    std::wstring directory = ProgramDirectoryOf(modulePath);
-    sink.Append(FormatProgramDirectoryLine(directory));
-    if (IsProcessElevated()) sink.Append(kAdministratorLine);
-    return directory;
+    facts.productVersion = ReadProductVersion(modulePath);
+    facts.directory = ProgramDirectoryOf(modulePath);
+    facts.elevated = IsProcessElevated();
+    return facts;
 }
 
-void WriteHostSection(ReportSink& sink) {
-    sink.Append(kHostHeading);
-    const std::wstring computerName = ReadName(::GetComputerNameW, MAX_COMPUTERNAME_LENGTH + 1);
-    const std::wstring wmiName = QueryWmi("Win32_ComputerSystem", "Name");
-    const std::wstring wmiDomain = QueryWmi("Win32_ComputerSystem", "Domain");
-    sink.Append(FormatHostNameLine(computerName, wmiDomain, wmiName));
-    sink.Append(FormatUserLine(ReadName(::GetUserNameW, UNLEN + 1)));
+HostFacts CollectHostFacts() {
+    HostFacts facts;
+    facts.netbiosName = ReadName(::GetComputerNameW, MAX_COMPUTERNAME_LENGTH + 1);
+    facts.wmiName = QueryWmi("Win32_ComputerSystem", "Name");
+    facts.wmiDomain = QueryWmi("Win32_ComputerSystem", "Domain");
+    facts.userName = ReadName(::GetUserNameW, UNLEN + 1);
+    return facts;
 }
 
-SystemFolders WriteWindowsSection(ReportSink& sink) {
-    sink.Append(kWindowsHeading);
-    const std::wstring_view version = WindowsVersionLabel();
-    sink.Append(FormatVersionReportedLine(version, WindowsEditionLabel(!::IsWindowsServer())));
-    sink.Append(FormatRealVersionLine(QueryWmi("Win32_OperatingSystem", "Version")));
-    WriteProductIdLine(sink);
-    sink.Append(FormatSystemPathLine(WindowsDirectory()));
-    SystemFolders folders{ShellFolder(CSIDL_PROGRAM_FILES), ShellFolder(CSIDL_COMMON_APPDATA)};
-    sink.Append(FormatProgramFilesLine(folders.programFiles));
-    sink.Append(FormatCommonAppDataLine(folders.commonAppData));
-    return folders;
+WindowsFacts CollectWindowsFacts() {
+    WindowsFacts facts;
+    facts.versionLabel = WindowsVersionLabel();
+    facts.editionLabel = WindowsEditionLabel(!::IsWindowsServer());
+    facts.realVersion = QueryWmi("Win32_OperatingSystem", "Version");
+    facts.productId = ReadProductId();
+    facts.systemPath = WindowsDirectory();
+    facts.programFiles = ShellFolder(CSIDL_PROGRAM_FILES);
+    facts.commonAppData = ShellFolder(CSIDL_COMMON_APPDATA);
+    return facts;
 }
 
 std::optional<VolumeFacts> ReadVolumeFacts(const wchar_t* root) {
@@ -159,17 +172,33 @@ std::optional<VolumeFacts> ReadVolumeFacts(const wchar_t* root) {
 
 std::optional<VolumeFacts> ReadSystemVolumeFacts() { return ReadVolumeFacts(kVolumeRoot); }
 
-void WriteHardwareSection(ReportSink& sink, const ReportSources& sources) {
-    sink.Append(kHardwareHeading);
-    sink.Append(kSystemBitsLine);
-    SYSTEM_INFO info{};
-    ::GetSystemInfo(&info);
-    sink.Append(FormatBiosLine(QueryWmi("Win32_BIOS", "Name")));
-    sink.Append(FormatBoardLine(QueryWmi("Win32_BaseBoard", "Manufacturer")));
-    WriteProcessorLines(sink, info);
-    WriteMemoryLine(sink);
+HardwareFacts CollectHardwareFacts(const ReportSources& sources) {
+    HardwareFacts facts;
+    ReadProcessorFacts(facts);
+    facts.biosName = QueryWmi("Win32_BIOS", "Name");
+    facts.boardManufacturer = QueryWmi("Win32_BaseBoard", "Manufacturer");
+    ReadMemoryFacts(facts);
     // A missing or unreadable C: has no line at all.
-    if (const auto volume = sources.systemVolume()) sink.Append(FormatVolumeLine(*volume));
+    facts.volumeC = sources.systemVolume();
+    return facts;
+}
+
+std::wstring WriteProgramSection(ReportSink& sink) {
+    ProgramFacts facts = CollectProgramFacts();
+    RenderProgramSection(facts, sink);
+    return std::move(facts.directory);
+}
+
+void WriteHostSection(ReportSink& sink) { RenderHostSection(CollectHostFacts(), sink); }
+
+SystemFolders WriteWindowsSection(ReportSink& sink) {
+    WindowsFacts facts = CollectWindowsFacts();
+    RenderWindowsSection(facts, sink);
+    return {std::move(facts.programFiles), std::move(facts.commonAppData)};
+}
+
+void WriteHardwareSection(ReportSink& sink, const ReportSources& sources) {
+    RenderHardwareSection(CollectHardwareFacts(sources), sink);
 }
 
 void WriteNetworkSection(ReportSink& sink) {

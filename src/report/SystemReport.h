@@ -8,6 +8,7 @@
 
 #include "report/ReportSink.h"
 #include "report/ReportText.h"
+#include "report/SystemSections.h"
 
 // The current local date and time as the header writes them; nothing when
 // the local time cannot be had.
@@ -39,7 +40,15 @@ bool WriteSystemReport(ReportSink& sink, const ReportSources& sources = {});
 // it does not fit its buffer; nothing when the local time cannot be had.
 std::optional<std::wstring> MakeReportHeader();
 
-// Each writer appends its heading, then its lines.
+// The collectors: each asks the system for one section's values, in the
+// order the report has always asked them (the WMI queries among them).
+ProgramFacts CollectProgramFacts();
+HostFacts CollectHostFacts();
+WindowsFacts CollectWindowsFacts();
+// The volume of drive C: comes from `sources.systemVolume`.
+HardwareFacts CollectHardwareFacts(const ReportSources& sources = {});
+
+// Each writer collects its section and renders it: heading, then lines.
 
 // Returns the program's directory, which the installation section lists.
 std::wstring WriteProgramSection(ReportSink& sink);

@@ -3,8 +3,6 @@
 #include <windows.h>
 #include <wbemidl.h>
 
-#include <cstdarg>
-#include <cstdio>
 #include <exception>
 #include <thread>
 #include <utility>
@@ -14,12 +12,6 @@
 
 namespace {
 constexpr wchar_t kReportNamespace[] = L"ROOT\\CIMV2";
-constexpr std::size_t kLogMessageSize = 1024;
-
-LogSink& CurrentLogSink() {
-    static LogSink sink;
-    return sink;
-}
 
 // The messages carry the result code as their one "0x%x" argument.
 unsigned CodeOf(HRESULT hr) { return static_cast<unsigned>(hr); }
@@ -128,27 +120,6 @@ std::wstring QueryWmiPropertyIn(const std::wstring& wmiNamespace, const std::wst
     return ReadLastRow(rows.Get(), propertyName);
 }
 
-void WriteLog(const char* format, ...) {
-    char message[kLogMessageSize];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(message, sizeof(message), format, arguments);
-    va_end(arguments);
-
-    if (const LogSink& sink = CurrentLogSink()) {
-        sink(message);
-        return;
-    }
-    SYSTEMTIME now{};
-    ::GetLocalTime(&now);
-    char line[kLogMessageSize + 64];
-    std::snprintf(line, sizeof(line), "%04u-%02u-%02u %02u:%02u:%02u.%03u %s\n", now.wYear, now.wMonth, now.wDay,
-                  now.wHour, now.wMinute, now.wSecond, now.wMilliseconds, message);
-    ::OutputDebugStringA(line);
-}
-
-void SetLogSink(LogSink sink) { CurrentLogSink() = std::move(sink); }
-
 namespace {
 bool ThreadIsInSingleThreadedApartment() {
     APTTYPE type{};
@@ -162,6 +133,8 @@ std::wstring QueryWmiPropertyFromAnyThread(std::wstring className, std::wstring 
     if (!ThreadIsInSingleThreadedApartment()) return QueryWmiProperty(std::move(className), std::move(propertyName));
     std::wstring value;
     std::exception_ptr failure;
+    // The thread's entry is a barrier: its exception is carried back to the
+    // caller's thread, whose own barriers log it.
     std::thread worker([&] {
         try {
             value = QueryWmiProperty(std::move(className), std::move(propertyName));

@@ -1,8 +1,9 @@
 // One property of one WMI class of the local machine, as text.
 #pragma once
 
-#include <functional>
 #include <string>
+
+#include "w32/Log.h"  // WriteLog, where the query's failures go
 
 // Reads `propertyName` of every instance of `className` in ROOT\CIMV2 and
 // returns the last instance's value; empty on any failure, when there is no
@@ -21,16 +22,3 @@ std::wstring QueryWmiPropertyFromAnyThread(std::wstring className, std::wstring 
 // a missing namespace to see a failed connection.
 std::wstring QueryWmiPropertyIn(const std::wstring& wmiNamespace, const std::wstring& className,
                                 const std::wstring& propertyName);
-
-// The program's diagnostic log: printf-style, 8-bit, at most 1,023
-// characters a message. Each call writes one line, stamped with the local
-// time, to the debugger output.
-#if defined(__GNUC__)
-__attribute__((format(printf, 1, 2)))
-#endif
-void WriteLog(const char* format, ...);
-
-// Replaces where log lines go (tests capture them); an empty function puts
-// the debugger output back. The line passed carries no time stamp.
-using LogSink = std::function<void(const std::string& line)>;
-void SetLogSink(LogSink sink);

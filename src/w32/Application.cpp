@@ -1,6 +1,7 @@
 #include "w32/Application.h"
 
 #include "w32/Dialog.h"
+#include "w32/ExceptionBarrier.h"
 #include "w32/Text.h"
 
 namespace w32 {
@@ -16,10 +17,12 @@ std::wstring BaseNameWithoutExtension(const std::wstring& path) {
 }
 }  // namespace
 
-Application::Application() { g_application = this; }
+// The program has one; a test that makes a second for a while gets the
+// first one back when the second goes.
+Application::Application() : previous_(g_application) { g_application = this; }
 
 Application::~Application() {
-    if (g_application == this) g_application = nullptr;
+    if (g_application == this) g_application = previous_;
 }
 
 Application* CurrentApp() { return g_application; }
@@ -30,10 +33,16 @@ void Application::Initialise(HINSTANCE instance, const wchar_t* commandLine) {
     commandLine_ = commandLine ? commandLine : L"";
 }
 
-int Application::Run(HINSTANCE instance, const wchar_t* commandLine) {
-    Initialise(instance, commandLine);
-    InitInstance();
-    const int exitInstanceCode = ExitInstance();
+int Application::Run(HINSTANCE instance, const wchar_t* commandLine) noexcept {
+    // The program's outermost frames: nothing unwinds into the runtime's entry
+    // point, and ExitInstance runs even when the program's life was cut short.
+    const bool ran = RunWithBarrier("InitInstance", [&] {
+        Initialise(instance, commandLine);
+        InitInstance();
+    });
+    int exitInstanceCode = 0;
+    const bool exited = RunWithBarrier("ExitInstance", [&] { exitInstanceCode = ExitInstance(); });
+    if (!ran || !exited) return kExitUnexpectedException;
     return exitCode_ != 0 ? exitCode_ : exitInstanceCode;
 }
 

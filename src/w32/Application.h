@@ -21,8 +21,10 @@ public:
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    // Called from wWinMain. Returns the process exit code.
-    int Run(HINSTANCE instance, const wchar_t* commandLine);
+    // Called from wWinMain. Returns the process exit code:
+    // kExitUnexpectedException (w32/ExceptionBarrier.h) when an exception
+    // left InitInstance or ExitInstance, which is then logged.
+    int Run(HINSTANCE instance, const wchar_t* commandLine) noexcept;
     // Takes the instance, name and command line without running anything
     // (Run does this first; tests call it alone).
     void Initialise(HINSTANCE instance, const wchar_t* commandLine);
@@ -53,6 +55,7 @@ protected:
     virtual int ExitInstance();
 
 private:
+    Application* previous_;
     HINSTANCE instance_ = nullptr;
     std::wstring name_;
     std::wstring commandLine_;

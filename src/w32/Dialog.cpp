@@ -3,6 +3,7 @@
 #include <commctrl.h>
 
 #include "w32/Application.h"
+#include "w32/ExceptionBarrier.h"
 #include "w32/Text.h"
 
 namespace w32 {
@@ -54,7 +55,11 @@ LRESULT CALLBACK OwnerDrawControl::SubclassProc(HWND hwnd, UINT message, WPARAM 
         return ::DefSubclassProc(hwnd, message, wParam, lParam);
     }
     LRESULT result = 0;
-    if (self->OnControlMessage(message, wParam, lParam, result)) return result;
+    bool handled = false;
+    // A handler that throws leaves the message to the control itself.
+    if (!RunWithBarrier("SubclassProc", [&] { handled = self->OnControlMessage(message, wParam, lParam, result); }))
+        ShowFailureNotice("SubclassProc");
+    if (handled) return result;
     return ::DefSubclassProc(hwnd, message, wParam, lParam);
 }
 
@@ -204,7 +209,11 @@ INT_PTR CALLBACK Dialog::DialogProc(HWND hwnd, UINT message, WPARAM wParam, LPAR
         ::SetWindowLongPtrW(hwnd, DWLP_USER, 0);
         return FALSE;
     }
-    return self->Dispatch(message, wParam, lParam);
+    // A handler that throws leaves the message unhandled.
+    INT_PTR result = FALSE;
+    if (!RunWithBarrier("DialogProc", [&] { result = self->Dispatch(message, wParam, lParam); }))
+        ShowFailureNotice("DialogProc");
+    return result;
 }
 
 INT_PTR Dialog::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {

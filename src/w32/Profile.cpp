@@ -1,5 +1,6 @@
 #include "w32/Profile.h"
 
+#include "w32/GrowingBuffer.h"
 #include "w32/Scoped.h"
 
 #include <vector>
@@ -22,19 +23,26 @@ std::wstring ProfileStore::GetString(std::wstring_view section, std::wstring_vie
         return std::wstring(fallback);
 
     const std::wstring name(entry);
-    DWORD type = 0;
-    DWORD size = 0;
-    if (::RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type, nullptr, &size) != ERROR_SUCCESS ||
-        (type != REG_SZ && type != REG_EXPAND_SZ))
-        return std::wstring(fallback);
-
-    // Registry strings need not be terminated: read the bytes and trim.
-    std::vector<wchar_t> data(size / sizeof(wchar_t) + 1, L'\0');
-    DWORD bytes = static_cast<DWORD>((data.size() - 1) * sizeof(wchar_t));
-    if (::RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(data.data()),
-                           &bytes) != ERROR_SUCCESS)
-        return std::wstring(fallback);
-    std::wstring value(data.data(), bytes / sizeof(wchar_t));
+    // The first ask, without a buffer, gives the size and the type; the
+    // second reads the data. Registry strings need not be terminated: the
+    // buffer keeps one character more than the data, and the value is trimmed.
+    const auto data = FillGrowingBuffer<std::vector<wchar_t>>(0, 2, [&](std::vector<wchar_t>& buffer) {
+        DWORD type = 0;
+        if (buffer.empty()) {
+            DWORD size = 0;
+            if (::RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type, nullptr, &size) != ERROR_SUCCESS ||
+                (type != REG_SZ && type != REG_EXPAND_SZ))
+                return BufferAnswer::Failed();
+            return BufferAnswer::TooSmall(size / sizeof(wchar_t) + 1);
+        }
+        DWORD bytes = static_cast<DWORD>((buffer.size() - 1) * sizeof(wchar_t));
+        if (::RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(buffer.data()),
+                               &bytes) != ERROR_SUCCESS)
+            return BufferAnswer::Failed();
+        return BufferAnswer::Filled(bytes / sizeof(wchar_t));
+    });
+    if (!data) return std::wstring(fallback);
+    std::wstring value(data->data(), data->size());
     const std::size_t end = value.find(L'\0');
     if (end != std::wstring::npos) value.resize(end);
     return value;

@@ -1,5 +1,7 @@
 #include "w32/Text.h"
 
+#include "w32/GrowingBuffer.h"
+
 namespace w32 {
 
 std::wstring AnsiToWide(std::string_view text) {
@@ -43,17 +45,14 @@ std::wstring LoadResourceString(HINSTANCE instance, UINT id) {
 }
 
 std::wstring GetModulePath(HMODULE module) {
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD size = static_cast<DWORD>(path.size());
-        const DWORD copied = ::GetModuleFileNameW(module, path.data(), size);
-        if (copied == 0) return {};
-        if (copied < size) {
-            path.resize(copied);
-            return path;
-        }
-        path.resize(path.size() * 2);
-    }
+    // A path that fills the buffer may have been cut: twice the room, again.
+    const auto path = FillGrowingBuffer<std::wstring>(MAX_PATH, kAskWhileGrowing, [module](std::wstring& buffer) {
+        const DWORD size = static_cast<DWORD>(buffer.size());
+        const DWORD copied = ::GetModuleFileNameW(module, buffer.data(), size);
+        if (copied == 0) return BufferAnswer::Failed();
+        return copied < size ? BufferAnswer::Filled(copied) : BufferAnswer::TooSmall(buffer.size() * 2);
+    });
+    return path ? *path : std::wstring();
 }
 
 }  // namespace w32

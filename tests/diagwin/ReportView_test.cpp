@@ -11,10 +11,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "diagwin/ReportFile.h"
-#include "diagwin/ViewText.h"
 #include "report/ReportChecksum.h"
+#include "report/ReportFile.h"
 #include "report/TempDirectory.h"
+#include "report/ViewText.h"
 #include "resource.h"
 #include "w32/Dialog.h"
 

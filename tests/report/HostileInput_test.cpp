@@ -15,12 +15,12 @@
 #include <set>
 
 #include "diagwin/ReportView.h"
-#include "diagwin/ViewText.h"
 #include "report/AdapterText.h"
 #include "report/DirectoryListing.h"
 #include "report/LockedFile.h"
 #include "report/ReportSink.h"
 #include "report/TempDirectory.h"
+#include "report/ViewText.h"
 #include "resource.h"
 #include "w32/Dialog.h"
 #include "w32/Text.h"

@@ -15,11 +15,13 @@ CDiagnosticsApp& TestApp() { return g_app; }
 
 ScopedLanguage::ScopedLanguage(bool english) : previous_(g_app.m_bEnglish) {
     g_app.m_bEnglish = english ? 1 : 0;
+    SetInterfaceLanguage(english);
     OVSetLanguage(english);
 }
 
 ScopedLanguage::~ScopedLanguage() {
     g_app.m_bEnglish = previous_;
+    SetInterfaceLanguage(previous_ != 0);
     OVSetLanguage(previous_ != 0);
 }
 

@@ -1,4 +1,12 @@
-#include "app/Language.h"
+#include "lang/Language.h"
+
+namespace {
+bool g_english = true;
+}  // namespace
+
+void SetInterfaceLanguage(bool english) { g_english = english; }
+
+bool IsEnglish() { return g_english; }
 
 std::wstring LanguagePartOfLocaleName(std::string_view localeName) {
     const std::size_t underscore = localeName.find('_');

@@ -1,4 +1,4 @@
-#include "diagwin/ViewText.h"
+#include "report/ViewText.h"
 
 #include <gtest/gtest.h>
 

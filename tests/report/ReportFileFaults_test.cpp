@@ -2,7 +2,7 @@
 // unusual way: a read-only file, a file another process holds, a path with no
 // backslash at all. A file that cannot be opened is refused whole: nothing of
 // it changes. docs/reliability.md lists these cases.
-#include "diagwin/ReportFile.h"
+#include "report/ReportFile.h"
 
 #include <windows.h>
 

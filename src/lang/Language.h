@@ -1,4 +1,6 @@
-// Choice of the interface language, made once at start-up.
+// The interface language: its choice, made once at start-up, and the texts
+// that exist in French and English. No project dependencies: every layer
+// may ask it.
 #pragma once
 
 #include <string>
@@ -17,3 +19,10 @@ struct Bilingual {
     const wchar_t* english;
     const wchar_t* Pick(bool english_) const { return english_ ? english : french; }
 };
+
+// The interface language of this run. The application settles it once at
+// start-up (and keeps its own flag, CDiagnosticsApp::m_bEnglish, with it);
+// English until then.
+void SetInterfaceLanguage(bool english);
+bool IsEnglish();
+inline const wchar_t* Tr(const Bilingual& text) { return text.Pick(IsEnglish()); }

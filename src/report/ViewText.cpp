@@ -1,4 +1,4 @@
-#include "diagwin/ViewText.h"
+#include "report/ViewText.h"
 
 std::wstring AsViewText(std::wstring_view appended) {
     std::wstring text;

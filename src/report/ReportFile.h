@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/Language.h"
+#include "lang/Language.h"
 
 // What the user is told, by Save or by the headless report, when
 // WriteReportFile fails.

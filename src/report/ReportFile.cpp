@@ -1,4 +1,4 @@
-#include "diagwin/ReportFile.h"
+#include "report/ReportFile.h"
 
 #include <windows.h>
 

@@ -1,0 +1,61 @@
+# The direction of the program's layers, checked over the include graph.
+#
+#   app -> diagwin -> report -> w32      ovsystem -> w32
+#
+# A folder of src/ may include its own headers and those of the layers below
+# it; every layer may include lang/ (the interface language), which includes
+# nothing of ours. An include against the direction fails the configuration,
+# so that a back-arrow never reaches a build. Each layer is also a library of
+# its own (src/CMakeLists.txt) that links only the layers below it.
+#
+# Used two ways: include()d by the top CMakeLists.txt, which checks src/, and
+# as a script, which the tests run on src/ and on a tree with a back-arrow:
+#   cmake -DDIAG_LAYERS_ROOT=<dir with src/> -P cmake/Layers.cmake
+
+if(CMAKE_SCRIPT_MODE_FILE)
+  cmake_minimum_required(VERSION 3.21)
+endif()
+
+set(DIAG_LAYERS lang w32 ovsystem report diagwin app reportcheck)
+set(DIAG_LAYER_USES_lang        lang)
+set(DIAG_LAYER_USES_w32         w32 lang)
+set(DIAG_LAYER_USES_ovsystem    ovsystem w32 lang)
+set(DIAG_LAYER_USES_report      report w32 lang)
+set(DIAG_LAYER_USES_diagwin     diagwin report ovsystem w32 lang)
+set(DIAG_LAYER_USES_app         app diagwin report ovsystem w32 lang)
+# The report checker shares the report's pure code, and nothing else.
+set(DIAG_LAYER_USES_reportcheck reportcheck report lang)
+
+# Sets `result` to one line per include against the direction:
+# "<file> includes <header>", files and headers relative to `root`/src.
+function(diag_find_back_arrows root result)
+  set(found "")
+  foreach(layer IN LISTS DIAG_LAYERS)
+    file(GLOB_RECURSE files RELATIVE "${root}/src" "${root}/src/${layer}/*.h" "${root}/src/${layer}/*.cpp")
+    list(SORT files)
+    foreach(file IN LISTS files)
+      file(STRINGS "${root}/src/${file}" includes REGEX "^[ \t]*#[ \t]*include[ \t]*\"[A-Za-z0-9_]+/")
+      foreach(line IN LISTS includes)
+        string(REGEX REPLACE "^[ \t]*#[ \t]*include[ \t]*\"([^\"]+)\".*" "\\1" header "${line}")
+        string(REGEX REPLACE "/.*" "" target "${header}")
+        if(target IN_LIST DIAG_LAYERS AND NOT target IN_LIST DIAG_LAYER_USES_${layer})
+          list(APPEND found "${file} includes ${header}")
+        endif()
+      endforeach()
+    endforeach()
+  endforeach()
+  set(${result} "${found}" PARENT_SCOPE)
+endfunction()
+
+function(diag_check_layers root)
+  diag_find_back_arrows("${root}" arrows)
+  if(arrows)
+    list(JOIN arrows "\n  " text)
+    message(FATAL_ERROR "Includes against the direction of the layers (cmake/Layers.cmake):\n  ${text}")
+  endif()
+endfunction()
+
+if(CMAKE_SCRIPT_MODE_FILE AND DIAG_LAYERS_ROOT)
+  diag_check_layers("${DIAG_LAYERS_ROOT}")
+  message(STATUS "Layers point one way in ${DIAG_LAYERS_ROOT}/src")
+endif()

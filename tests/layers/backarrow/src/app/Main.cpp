@@ -1,0 +1,3 @@
+// Downward includes are allowed.
+#include "diagwin/DiagWinDlg.h"
+#include "lang/Language.h"
