@@ -37,9 +37,9 @@ bool CDiagWinDlg::OnInitDialog() {
 }
 
 void CDiagWinDlg::GenerateSystemReport() {
-    m_reportView.Clear();
+    // Drawn once, when the report is whole, and shown from its start.
+    const ReportView::Refill refill(m_reportView);
     WriteSystemReport(m_reportView);
-    m_reportView.ShowStart();
 }
 
 // OK, Enter, Esc and the close box only hide the window: it keeps its report.
