@@ -31,7 +31,7 @@
 //       here: the System report command sent and timed until it returns,
 //       first, refreshed while shown, refreshed while hidden; side by side
 //       with the same report into a string in a fresh process of this one
-//       (bench_probe window-string <run>).
+//       (bench_probe window-string <entries> <run>).
 #include <winsock2.h>
 #include <windows.h>
 #include <iphlpapi.h>
@@ -221,7 +221,10 @@ int Listing(const std::wstring& sinks, int warmups, int runs, const std::vector<
             do {
                 clearMs = Time([&] { window.View().Clear(); });
                 CountingSink intoView(window.View());
-                viewTimes.push_back(Time([&] { ListDirectory(intoView, directory, false, false); }));
+                viewTimes.push_back(Time([&] {
+                    const ReportView::Refill refill(window.View());
+                    ListDirectory(intoView, directory, false, false);
+                }));
             } while (viewTimes.size() < repeats(entries));
             const std::wstring viewCase = L"view " + directory;
             Record(L"listing", viewCase, run, L"ms", medianOf(viewTimes));
@@ -533,7 +536,7 @@ void RecordView(const std::wstring& caseName, const std::wstring& run, HWND diag
     Record(L"window", caseName, run, L"shown", ::IsWindowVisible(diagnostics) ? 1 : 0);
 }
 
-bool DriveProgram(const std::wstring& run) {
+bool DriveProgram(const std::wstring& size, const std::wstring& run) {
     std::wstring commandLine = L"\"" + SiblingPath(L"OrvaneDiagnostics.exe") + L"\"";
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
@@ -554,16 +557,16 @@ bool DriveProgram(const std::wstring& run) {
     }
     const double first = SendSystemReport(mainWindow);
     const HWND diagnostics = PollForWindow(process.dwProcessId, mainWindow, process.hProcess);
-    Record(L"window", L"window first", run, L"ms", first);
-    if (diagnostics) RecordView(L"window first", run, diagnostics);
+    Record(L"window", L"window first " + size, run, L"ms", first);
+    if (diagnostics) RecordView(L"window first " + size, run, diagnostics);
 
     const double shown = SendSystemReport(mainWindow);
-    Record(L"window", L"window refresh shown", run, L"ms", shown);
-    if (diagnostics) RecordView(L"window refresh shown", run, diagnostics);
+    Record(L"window", L"window refresh shown " + size, run, L"ms", shown);
+    if (diagnostics) RecordView(L"window refresh shown " + size, run, diagnostics);
 
     if (diagnostics) ::SendMessageW(diagnostics, WM_CLOSE, 0, 0);  // hides it
     const double hidden = SendSystemReport(mainWindow);
-    Record(L"window", L"window refresh hidden", run, L"ms", hidden);
+    Record(L"window", L"window refresh hidden " + size, run, L"ms", hidden);
 
     ::SendMessageTimeoutW(mainWindow, WM_CLOSE, 0, 0, SMTO_NORMAL, kWindowWaitMs, nullptr);
     if (::WaitForSingleObject(process.hProcess, kWindowWaitMs) != WAIT_OBJECT_0) {
@@ -574,8 +577,8 @@ bool DriveProgram(const std::wstring& run) {
 }
 
 // In a fresh process: the report into a string, twice.
-int StringReportTwice(const std::wstring& run) {
-    for (const wchar_t* caseName : {L"string first", L"string second"}) {
+int StringReportTwice(const std::wstring& size, const std::wstring& run) {
+    for (const std::wstring& caseName : {L"string first " + size, L"string second " + size}) {
         StringReportSink text;
         const double ms = Time([&] { WriteSystemReport(text); });
         Record(L"window", caseName, run, L"ms", ms);
@@ -584,8 +587,8 @@ int StringReportTwice(const std::wstring& run) {
     return 0;
 }
 
-bool RunStringReportProcess(const std::wstring& run) {
-    std::wstring commandLine = L"\"" + w32::GetModulePath(nullptr) + L"\" window-string " + run;
+bool RunStringReportProcess(const std::wstring& size, const std::wstring& run) {
+    std::wstring commandLine = L"\"" + w32::GetModulePath(nullptr) + L"\" window-string " + size + L" " + run;
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION process{};
@@ -599,11 +602,26 @@ bool RunStringReportProcess(const std::wstring& run) {
     return ::WaitForSingleObject(process.hProcess, kWindowWaitMs) == WAIT_OBJECT_0;
 }
 
+// The entries of this program's directory, "." and ".." left out: the size
+// that every case of a round carries in its name.
+std::size_t EntriesBesideMe() {
+    std::size_t entries = 0;
+    WIN32_FIND_DATAW entry{};
+    const w32::ScopedFind find(::FindFirstFileW(SiblingPath(L"*").c_str(), &entry));
+    if (!find) return 0;
+    do {
+        const std::wstring_view name = entry.cFileName;
+        if (name != L"." && name != L"..") ++entries;
+    } while (::FindNextFileW(find.Get(), &entry));
+    return entries;
+}
+
 int WholeWindow(int warmups, int rounds) {
+    const std::wstring size = std::to_wstring(EntriesBesideMe());
     for (int round = 0; round < warmups + rounds; ++round) {
         const std::wstring run = round < warmups ? L"w" : std::to_wstring(round - warmups + 1);
-        if (!RunStringReportProcess(run)) bench::Note(L"the string report's process failed");
-        if (!DriveProgram(run)) bench::Note(L"a round of the whole window failed");
+        if (!RunStringReportProcess(size, run)) bench::Note(L"the string report's process failed");
+        if (!DriveProgram(size, run)) bench::Note(L"a round of the whole window failed");
     }
     return 0;
 }
@@ -791,6 +809,6 @@ int wmain(int argc, wchar_t** argv) {
     if (mode == L"peak" && argc >= 3) return Peak(argc, argv);
     if (mode == L"view-fill" && argc >= 4) return ViewFill(argv[2], _wtoi(argv[3]));
     if (mode == L"window" && argc >= 4) return WholeWindow(_wtoi(argv[2]), _wtoi(argv[3]));
-    if (mode == L"window-string" && argc >= 3) return StringReportTwice(argv[2]);
+    if (mode == L"window-string" && argc >= 4) return StringReportTwice(argv[2], argv[3]);
     return 2;
 }

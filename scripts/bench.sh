@@ -235,6 +235,8 @@ fi
 
 if part 6; then
   step "6. The whole window: first report and refresh, shown and hidden, against the string ($window_rounds rounds)"
+  echo -e "M\twindow_date\t$(date -u '+%Y-%m-%d %H:%M UTC')" >>"$raw"
+  echo -e "M\twindow_commit\t$(git rev-parse --short HEAD 2>/dev/null || echo unknown)" >>"$raw"
   for n in 100 1000 10000; do
     run_logged "C:\\bench\\window\\$n\\bench_probe.exe" window 1 "$window_rounds" >>"$raw"
   done
