@@ -84,41 +84,36 @@ install_suite() {
   wine reg add "$key" /v InstalledComponents /d 'Core;Runner' /f >/dev/null 2>&1 </dev/null
 }
 
-# Installation directories of 100, 1,000 and 10,000 files, one in ten of them
-# a versioned library, the others small data files.
-make_listing_directories() {
-  local n dir i
-  for n in 100 1000 10000; do
-    dir="$drive_c/bench/entries/$n"
-    mkdir -p "$dir"
-    for ((i = 1; i <= n; ++i)); do
-      if ((i % 10 == 0)); then
-        ln "$bin/fixture_version_neutral.dll" "$dir/library$i.dll" 2>/dev/null ||
-          cp "$bin/fixture_version_neutral.dll" "$dir/library$i.dll"
-      else
-        echo "entry $i" >"$dir/file$i.dat"
-      fi
-    done
+# Fills a directory with files numbered 1 to count, one in ten a versioned
+# library (hard links where the file system allows), the others small data files.
+fill_entries() {
+  local dir=$1 count=$2 i
+  mkdir -p "$dir"
+  for ((i = 1; i <= count; ++i)); do
+    if ((i % 10 == 0)); then
+      ln "$bin/fixture_version_neutral.dll" "$dir/library$i.dll" 2>/dev/null ||
+        cp "$bin/fixture_version_neutral.dll" "$dir/library$i.dll"
+    else
+      echo "entry $i" >"$dir/file$i.dat"
+    fi
   done
+}
+
+# Installation directories of 100, 1,000 and 10,000 files.
+make_listing_directories() {
+  local n
+  for n in 100 1000 10000; do fill_entries "$drive_c/bench/entries/$n" "$n"; done
 }
 
 # The program alone in a directory of 100, 1,000 and 10,000 entries, with
 # the probe that writes the same report into a string (both list their own
-# directory): the other entries are files as above, one in ten a library.
+# directory): the other entries are files as above.
 make_window_directories() {
-  local n dir i
+  local n dir
   for n in 100 1000 10000; do
     dir="$drive_c/bench/window/$n"
-    mkdir -p "$dir"
+    fill_entries "$dir" $((n - 2))
     cp "$bin/OrvaneDiagnostics.exe" "$bin/bench_probe.exe" "$dir/"
-    for ((i = 1; i <= n - 2; ++i)); do
-      if ((i % 10 == 0)); then
-        ln "$bin/fixture_version_neutral.dll" "$dir/library$i.dll" 2>/dev/null ||
-          cp "$bin/fixture_version_neutral.dll" "$dir/library$i.dll"
-      else
-        echo "entry $i" >"$dir/file$i.dat"
-      fi
-    done
   done
 }
 
