@@ -466,6 +466,39 @@ int ViewFill(const std::wstring& directory, int runs) {
     return 0;
 }
 
+// Emptying a view that holds `lines` report lines, in several ways.
+int ClearWays(int lines) {
+    ViewWindow window;
+    if (!window.Ok()) return 1;
+    const HWND control = window.View().Hwnd();
+    auto fill = [&] {
+        const ReportView::Refill refill(window.View());
+        for (int i = 0; i < lines; ++i)
+            window.View().Append(L"\t00000020\t" + std::to_wstring(100000 + i) + L"\t22/11/2026 15:08:05\tfile" +
+                                 std::to_wstring(i) + L".dat\n");
+    };
+    const std::wstring n = std::to_wstring(lines);
+    fill();
+    Record(L"clear", L"SetWindowText " + n, L"1", L"ms", Time([&] { ::SetWindowTextW(control, L""); }));
+    fill();
+    Record(L"clear", L"select all, replace " + n, L"1", L"ms", Time([&] {
+        ::SendMessageW(control, EM_SETSEL, 0, -1);
+        ::SendMessageW(control, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
+    }));
+    fill();
+    Record(L"clear", L"from the end, 200 lines at a time " + n, L"1", L"ms", Time([&] {
+        for (LRESULT count = ::SendMessageW(control, EM_GETLINECOUNT, 0, 0); count > 1;
+             count = ::SendMessageW(control, EM_GETLINECOUNT, 0, 0)) {
+            const LRESULT from = ::SendMessageW(control, EM_LINEINDEX, count > 200 ? count - 200 : 0, 0);
+            ::SendMessageW(control, EM_SETSEL, from, -1);
+            ::SendMessageW(control, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
+        }
+        ::SetWindowTextW(control, L"");
+    }));
+    Record(L"clear", L"fill " + n, L"1", L"ms", Time(fill));
+    return 0;
+}
+
 // ---------------------------------------------------------------- the whole window
 
 // The real program, started from this program's own directory, driven from
@@ -808,6 +841,7 @@ int wmain(int argc, wchar_t** argv) {
     if (mode == L"platform" && argc >= 5) return Platform(argv[2], argv[3], _wtoi(argv[4]));
     if (mode == L"peak" && argc >= 3) return Peak(argc, argv);
     if (mode == L"view-fill" && argc >= 4) return ViewFill(argv[2], _wtoi(argv[3]));
+    if (mode == L"clear-ways" && argc >= 3) return ClearWays(_wtoi(argv[2]));
     if (mode == L"window" && argc >= 4) return WholeWindow(_wtoi(argv[2]), _wtoi(argv[3]));
     if (mode == L"window-string" && argc >= 4) return StringReportTwice(argv[2], argv[3]);
     return 2;

@@ -593,6 +593,12 @@ def main():
         if key in meta:
             w(f"| {label} | {meta[key]} |")
     w("")
+    if "window_date" in meta and meta.get("window_date") != meta.get("date"):
+        w(f"Section 6 comes from a separate run ({meta['window_date']}, code {meta.get('window_commit', 'unknown')}, "
+          f"load average at its start {meta.get('window_load_start', meta.get('load 6', 'unknown'))}) with only "
+          "that part (`DIAG_BENCH_PARTS=6`); sections 1 to 5 and the verdicts on them come from the run above, "
+          "whose raw figures are kept with it in `results.tsv`.")
+        w("")
     w("Every figure is a median over several runs that follow at least one warm-up run; the spread is the "
       "smallest and the largest run. The machine is shared (two cores, other work running beside the "
       "benchmarks), so absolute times drift from run to run; the targets are ratios, and the whole "

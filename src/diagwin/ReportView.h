@@ -13,9 +13,9 @@
 class ReportView final : public ReportSink {
 public:
     // One whole report written into the view: for its life the view is
-    // emptied, does not draw, sends no notifications and takes the pieces a
-    // few thousand characters at a time; at its end the view holds every
-    // piece, is drawn once and shows the report's start.
+    // emptied, does not draw, sends no notifications and takes the pieces
+    // gathered into parts of some 65,000 characters that end a line; at its
+    // end the view holds every piece, is drawn once and shows the report's start.
     class Refill {
     public:
         explicit Refill(ReportView& view);
@@ -36,7 +36,7 @@ public:
     // Empties the view and puts the caret at the end.
     void Clear();
     // Inserts at the caret; not undoable. During a Refill the pieces wait
-    // until a few thousand characters that end a line have gathered.
+    // until kGatherChars characters that end a line have gathered.
     void Append(std::wstring_view text) override;
     // Puts the caret at the start and scrolls there: a report is read from its top.
     void ShowStart();
