@@ -237,6 +237,7 @@ if part 6; then
   done
   probe view-fill report "$fill_runs" >>"$raw"
   probe view-fill 'C:\bench\entries\1000' "$fill_runs" >>"$raw"
+  for n in 1000 3000; do probe clear-ways "$n" >>"$raw"; done
 fi
 
 echo -e "M\tload_end\t$(cut -d' ' -f1-3 /proc/loadavg)" >>"$raw"
