@@ -467,7 +467,8 @@ def window_section(d, w, meta, windows):
     w("### What the view's time goes to")
     w("")
     w("`bench_probe.exe view-fill`: the pieces of one report (of the probe's own small directory and the "
-      "suite) and of one listing of 1,000 entries are recorded, then given to a `RichEdit50W` control with "
+      "suite; *of 1,000 entries*: the probe in a directory of 1,000 entries, a single trial run kept with "
+      "these figures) and of one listing of 1,000 entries are recorded, then given to a `RichEdit50W` control with "
       "the Diagnostics window's styles in a hidden and in a shown window, in each of these ways (times "
       "include emptying the view of the previous fill and showing the start):")
     w("")
