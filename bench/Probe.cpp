@@ -22,6 +22,16 @@
 //       The platform calls that the report's time goes to, each alone.
 //   bench_probe peak idle|report <file>|listing <directory> string|view
 //       The peak working set of this process after doing that once.
+//   bench_probe view-fill <directory>|report <runs>
+//       The pieces of one listing (or of one whole report) handed to a hidden
+//       and to a shown view in several ways: one message a piece, drawing
+//       suspended, undo and notifications off, pieces gathered.
+//   bench_probe window <warm-ups> <rounds>
+//       The real program (OrvaneDiagnostics.exe beside this one) driven from
+//       here: the System report command sent and timed until it returns,
+//       first, refreshed while shown, refreshed while hidden; side by side
+//       with the same report into a string in a fresh process of this one
+//       (bench_probe window-string <entries> <run>).
 #include <winsock2.h>
 #include <windows.h>
 #include <iphlpapi.h>
@@ -141,6 +151,11 @@ public:
     }
     bool Ok() const { return view_.Hwnd() != nullptr; }
     ReportView& View() { return view_; }
+    // On screen, as the Diagnostics window is when its report is refreshed.
+    void Show() {
+        ::ShowWindow(frame_, SW_SHOW);
+        ::UpdateWindow(frame_);
+    }
     // Lines as the control counts them (the last one is empty).
     LRESULT LineCount() const { return ::SendMessageW(view_.Hwnd(), EM_GETLINECOUNT, 0, 0); }
 
@@ -206,7 +221,10 @@ int Listing(const std::wstring& sinks, int warmups, int runs, const std::vector<
             do {
                 clearMs = Time([&] { window.View().Clear(); });
                 CountingSink intoView(window.View());
-                viewTimes.push_back(Time([&] { ListDirectory(intoView, directory, false, false); }));
+                viewTimes.push_back(Time([&] {
+                    const ReportView::Refill refill(window.View());
+                    ListDirectory(intoView, directory, false, false);
+                }));
             } while (viewTimes.size() < repeats(entries));
             const std::wstring viewCase = L"view " + directory;
             Record(L"listing", viewCase, run, L"ms", medianOf(viewTimes));
@@ -338,6 +356,305 @@ int ListingParts(const std::wstring& directory, int runs) {
         Record(L"listing-parts", caseName, runName, L"head_ms", heads);
         Record(L"listing-parts", caseName, runName, L"entry_text_ms", whole);
         if (sink == 0) bench::Note(L"no entry text");
+    }
+    return 0;
+}
+
+// ---------------------------------------------------------------- filling the view
+
+// Keeps every piece appended, to hand the same pieces to the view again.
+class RecordingSink final : public ReportSink {
+public:
+    void Append(std::wstring_view text) override { pieces_.emplace_back(text); }
+    const std::vector<std::wstring>& Pieces() const { return pieces_; }
+
+private:
+    std::vector<std::wstring> pieces_;
+};
+
+// Ways of giving the control a report's pieces, each by raw messages so that
+// the ways the view used before stay measurable whatever ReportView does now.
+enum class Fill { eachPiece, redrawOff, quiet, quietPieces4k, quietPieces64k, reportView };
+struct FillWay {
+    Fill fill;
+    const wchar_t* name;
+};
+constexpr FillWay kFillWays[] = {
+    {Fill::eachPiece, L"one EM_REPLACESEL a piece (before)"},
+    {Fill::redrawOff, L"the same, drawing suspended"},
+    {Fill::quiet, L"the same, drawing, undo and notifications suspended"},
+    {Fill::quietPieces4k, L"suspended, pieces gathered to 4 KiB at line ends"},
+    {Fill::quietPieces64k, L"suspended, pieces gathered to 64 KiB at line ends"},
+    {Fill::reportView, L"ReportView as the program fills it"},
+};
+
+void ReplaceSelection(HWND control, const std::wstring& text) {
+    ::SendMessageW(control, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void FillRaw(HWND control, const std::vector<std::wstring>& pieces, Fill fill) {
+    const bool redrawOff = fill != Fill::eachPiece;
+    const bool quiet = fill != Fill::eachPiece && fill != Fill::redrawOff;
+    ::SetWindowTextW(control, L"");
+    ::SendMessageW(control, EM_SETSEL, static_cast<WPARAM>(-1), -1);
+    if (redrawOff) ::SendMessageW(control, WM_SETREDRAW, FALSE, 0);
+    LRESULT events = 0;
+    if (quiet) {
+        ::SendMessageW(control, EM_SETUNDOLIMIT, 0, 0);
+        events = ::SendMessageW(control, EM_SETEVENTMASK, 0, 0);
+    }
+    const std::size_t gather = fill == Fill::quietPieces4k ? 4096 : fill == Fill::quietPieces64k ? 65536 : 0;
+    std::wstring pending;
+    for (const std::wstring& piece : pieces) {
+        if (gather == 0) {
+            ReplaceSelection(control, piece);
+            continue;
+        }
+        pending += piece;
+        if (pending.size() >= gather && !pending.empty() && pending.back() == L'\n') {
+            ReplaceSelection(control, pending);
+            pending.clear();
+        }
+    }
+    if (!pending.empty()) ReplaceSelection(control, pending);
+    if (quiet) ::SendMessageW(control, EM_SETEVENTMASK, 0, events);
+    if (redrawOff) {
+        ::SendMessageW(control, WM_SETREDRAW, TRUE, 0);
+        ::InvalidateRect(control, nullptr, TRUE);
+    }
+    ::SendMessageW(control, EM_SETSEL, 0, 0);
+    ::SendMessageW(control, EM_SCROLLCARET, 0, 0);
+}
+
+// The pieces of one listing (or of one whole report, with no directory)
+// given to a hidden and a shown view in each of the ways above.
+int ViewFill(const std::wstring& directory, int runs) {
+    RecordingSink recorded;
+    if (directory == L"report")
+        WriteSystemReport(recorded);
+    else
+        ListDirectory(recorded, directory, false, false);
+    const std::vector<std::wstring>& pieces = recorded.Pieces();
+    for (const bool shown : {false, true}) {
+        ViewWindow window;
+        if (!window.Ok()) return 1;
+        if (shown) window.Show();
+        const HWND control = window.View().Hwnd();
+        for (int run = 0; run <= runs; ++run) {
+            const std::wstring runName = run == 0 ? L"w" : std::to_wstring(run);
+            for (const FillWay& way : kFillWays) {
+                // Drawn at every piece, a shown view takes minutes for a
+                // thousand entries: that way is measured once, warm-up apart.
+                if (shown && way.fill == Fill::eachPiece && pieces.size() > 500 && run != 1) continue;
+                const double ms = Time([&] {
+                    if (way.fill == Fill::reportView) {
+                        const ReportView::Refill refill(window.View());
+                        for (const std::wstring& piece : pieces) window.View().Append(piece);
+                    } else {
+                        FillRaw(control, pieces, way.fill);
+                    }
+                });
+                const std::wstring caseName =
+                    std::wstring(shown ? L"shown " : L"hidden ") + way.name + L" " + directory;
+                Record(L"view-fill", caseName, runName, L"ms", ms);
+                Record(L"view-fill", caseName, runName, L"pieces", static_cast<double>(pieces.size()));
+                Record(L"view-fill", caseName, runName, L"first_line",
+                       static_cast<double>(::SendMessageW(control, EM_GETFIRSTVISIBLELINE, 0, 0)));
+            }
+        }
+    }
+    return 0;
+}
+
+// Emptying a view that holds `lines` report lines, in several ways.
+int ClearWays(int lines) {
+    ViewWindow window;
+    if (!window.Ok()) return 1;
+    const HWND control = window.View().Hwnd();
+    auto fill = [&] {
+        const ReportView::Refill refill(window.View());
+        for (int i = 0; i < lines; ++i)
+            window.View().Append(L"\t00000020\t" + std::to_wstring(100000 + i) + L"\t22/11/2026 15:08:05\tfile" +
+                                 std::to_wstring(i) + L".dat\n");
+    };
+    const std::wstring n = std::to_wstring(lines);
+    fill();
+    Record(L"clear", L"SetWindowText " + n, L"1", L"ms", Time([&] { ::SetWindowTextW(control, L""); }));
+    fill();
+    Record(L"clear", L"select all, replace " + n, L"1", L"ms", Time([&] {
+        ::SendMessageW(control, EM_SETSEL, 0, -1);
+        ::SendMessageW(control, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
+    }));
+    fill();
+    Record(L"clear", L"from the end, 200 lines at a time " + n, L"1", L"ms", Time([&] {
+        for (LRESULT count = ::SendMessageW(control, EM_GETLINECOUNT, 0, 0); count > 1;
+             count = ::SendMessageW(control, EM_GETLINECOUNT, 0, 0)) {
+            const LRESULT from = ::SendMessageW(control, EM_LINEINDEX, count > 200 ? count - 200 : 0, 0);
+            ::SendMessageW(control, EM_SETSEL, from, -1);
+            ::SendMessageW(control, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
+        }
+        ::SetWindowTextW(control, L"");
+    }));
+    Record(L"clear", L"fill " + n, L"1", L"ms", Time(fill));
+    return 0;
+}
+
+// ---------------------------------------------------------------- the whole window
+
+// The real program, started from this program's own directory, driven from
+// here as a user's click would drive it: the System report command is sent
+// to its main window and timed until SendMessage returns (the report is made
+// inside the command), first with the Diagnostics window not yet shown, then
+// again while it is shown, then again once it is hidden. Side by side, in
+// each round, a fresh process of this program writes the report of the same
+// directory into a string twice (the first carries the loading of the system
+// libraries, as the program's first report does).
+
+constexpr int kSystemReportButton = 1013;  // IDC_SYSTEM_REPORT
+constexpr DWORD kWindowWaitMs = 600000;
+
+std::wstring SiblingPath(const wchar_t* fileName) {
+    std::wstring path = w32::GetModulePath(nullptr);
+    path.resize(path.find_last_of(L'\\') + 1);
+    return path + fileName;
+}
+
+struct WindowSearch {
+    DWORD pid;
+    HWND except;
+    HWND found;
+};
+
+// A visible top-level window of the process other than `except`.
+HWND VisibleWindowOf(DWORD pid, HWND except) {
+    WindowSearch search{pid, except, nullptr};
+    ::EnumWindows(
+        [](HWND hwnd, LPARAM data) -> BOOL {
+            auto* s = reinterpret_cast<WindowSearch*>(data);
+            DWORD owner = 0;
+            ::GetWindowThreadProcessId(hwnd, &owner);
+            if (owner != s->pid || hwnd == s->except || !::IsWindowVisible(hwnd)) return TRUE;
+            s->found = hwnd;
+            return FALSE;
+        },
+        reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
+HWND PollForWindow(DWORD pid, HWND except, HANDLE process) {
+    const double deadline = NowMs() + kWindowWaitMs;
+    while (NowMs() < deadline) {
+        if (const HWND hwnd = VisibleWindowOf(pid, except)) return hwnd;
+        if (::WaitForSingleObject(process, 20) == WAIT_OBJECT_0) return nullptr;
+    }
+    return nullptr;
+}
+
+double SendSystemReport(HWND mainWindow) {
+    DWORD_PTR result = 0;
+    const double start = NowMs();
+    const LRESULT sent = ::SendMessageTimeoutW(mainWindow, WM_COMMAND, MAKEWPARAM(kSystemReportButton, BN_CLICKED),
+                                               0, SMTO_NORMAL, kWindowWaitMs, &result);
+    const double ms = NowMs() - start;
+    return sent ? ms : -1;
+}
+
+// What the view shows after a report: its first visible line and its length
+// (with CR LF line ends, as the control counts).
+void RecordView(const std::wstring& caseName, const std::wstring& run, HWND diagnostics) {
+    const HWND view = ::GetDlgItem(diagnostics, 1003);  // IDC_REPORT_VIEW
+    Record(L"window", caseName, run, L"first_line",
+           static_cast<double>(::SendMessageW(view, EM_GETFIRSTVISIBLELINE, 0, 0)));
+    Record(L"window", caseName, run, L"chars", static_cast<double>(::SendMessageW(view, WM_GETTEXTLENGTH, 0, 0)));
+    Record(L"window", caseName, run, L"shown", ::IsWindowVisible(diagnostics) ? 1 : 0);
+}
+
+bool DriveProgram(const std::wstring& size, const std::wstring& run) {
+    std::wstring commandLine = L"\"" + SiblingPath(L"OrvaneDiagnostics.exe") + L"\"";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                          &process)) {
+        bench::Note(L"the program could not be started");
+        return false;
+    }
+    const w32::ScopedHandle processHandle(process.hProcess);
+    const w32::ScopedHandle threadHandle(process.hThread);
+    ::WaitForInputIdle(process.hProcess, kWindowWaitMs);
+    const HWND mainWindow = PollForWindow(process.dwProcessId, nullptr, process.hProcess);
+    if (!mainWindow) {
+        bench::Note(L"the program's main window did not appear");
+        ::TerminateProcess(process.hProcess, 1);
+        return false;
+    }
+    const double first = SendSystemReport(mainWindow);
+    const HWND diagnostics = PollForWindow(process.dwProcessId, mainWindow, process.hProcess);
+    Record(L"window", L"window first " + size, run, L"ms", first);
+    if (diagnostics) RecordView(L"window first " + size, run, diagnostics);
+
+    const double shown = SendSystemReport(mainWindow);
+    Record(L"window", L"window refresh shown " + size, run, L"ms", shown);
+    if (diagnostics) RecordView(L"window refresh shown " + size, run, diagnostics);
+
+    if (diagnostics) ::SendMessageW(diagnostics, WM_CLOSE, 0, 0);  // hides it
+    const double hidden = SendSystemReport(mainWindow);
+    Record(L"window", L"window refresh hidden " + size, run, L"ms", hidden);
+
+    ::SendMessageTimeoutW(mainWindow, WM_CLOSE, 0, 0, SMTO_NORMAL, kWindowWaitMs, nullptr);
+    if (::WaitForSingleObject(process.hProcess, kWindowWaitMs) != WAIT_OBJECT_0) {
+        bench::Note(L"the program did not end when its main window was closed");
+        ::TerminateProcess(process.hProcess, 1);
+    }
+    return first >= 0 && shown >= 0 && hidden >= 0;
+}
+
+// In a fresh process: the report into a string, twice.
+int StringReportTwice(const std::wstring& size, const std::wstring& run) {
+    for (const std::wstring& caseName : {L"string first " + size, L"string second " + size}) {
+        StringReportSink text;
+        const double ms = Time([&] { WriteSystemReport(text); });
+        Record(L"window", caseName, run, L"ms", ms);
+        Record(L"window", caseName, run, L"chars", static_cast<double>(AsViewText(text.Text()).size()));
+    }
+    return 0;
+}
+
+bool RunStringReportProcess(const std::wstring& size, const std::wstring& run) {
+    std::wstring commandLine = L"\"" + w32::GetModulePath(nullptr) + L"\" window-string " + size + L" " + run;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    std::fflush(stdout);
+    // The child inherits the standard handles and writes its records there.
+    if (!::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                          &process))
+        return false;
+    const w32::ScopedHandle processHandle(process.hProcess);
+    const w32::ScopedHandle threadHandle(process.hThread);
+    return ::WaitForSingleObject(process.hProcess, kWindowWaitMs) == WAIT_OBJECT_0;
+}
+
+// The entries of this program's directory, "." and ".." left out: the size
+// that every case of a round carries in its name.
+std::size_t EntriesBesideMe() {
+    std::size_t entries = 0;
+    WIN32_FIND_DATAW entry{};
+    const w32::ScopedFind find(::FindFirstFileW(SiblingPath(L"*").c_str(), &entry));
+    if (!find) return 0;
+    do {
+        const std::wstring_view name = entry.cFileName;
+        if (name != L"." && name != L"..") ++entries;
+    } while (::FindNextFileW(find.Get(), &entry));
+    return entries;
+}
+
+int WholeWindow(int warmups, int rounds) {
+    const std::wstring size = std::to_wstring(EntriesBesideMe());
+    for (int round = 0; round < warmups + rounds; ++round) {
+        const std::wstring run = round < warmups ? L"w" : std::to_wstring(round - warmups + 1);
+        if (!RunStringReportProcess(size, run)) bench::Note(L"the string report's process failed");
+        if (!DriveProgram(size, run)) bench::Note(L"a round of the whole window failed");
     }
     return 0;
 }
@@ -523,5 +840,9 @@ int wmain(int argc, wchar_t** argv) {
     if (mode == L"save" && argc >= 6) return Save(_wtof(argv[2]), argv[3], _wtoi(argv[4]), _wtoi(argv[5]));
     if (mode == L"platform" && argc >= 5) return Platform(argv[2], argv[3], _wtoi(argv[4]));
     if (mode == L"peak" && argc >= 3) return Peak(argc, argv);
+    if (mode == L"view-fill" && argc >= 4) return ViewFill(argv[2], _wtoi(argv[3]));
+    if (mode == L"clear-ways" && argc >= 3) return ClearWays(_wtoi(argv[2]));
+    if (mode == L"window" && argc >= 4) return WholeWindow(_wtoi(argv[2]), _wtoi(argv[3]));
+    if (mode == L"window-string" && argc >= 4) return StringReportTwice(argv[2], argv[3]);
     return 2;
 }

@@ -5,6 +5,8 @@
 #   DIAG_BENCH_QUICK=1  fewer runs, for trying the script itself
 #   DIAG_BENCH_RESULTS  the page to write (bench/RESULTS.md)
 #   DIAG_BENCH_KEEP_RAW where the raw figures go (results.tsv beside the page)
+#   DIAG_BENCH_PARTS    the parts to run, by number ("6", "3 6"; all by default);
+#                       with only some parts the page shows only their figures
 # `scripts/bench.sh collect` runs only the report checker's part, natively
 # (bench/collect-bench.sh, bench/COLLECT-RESULTS.md); the full run ends with it.
 set -euo pipefail
@@ -18,6 +20,8 @@ build=${DIAG_BUILD_DIR:-build}
 bin="$build/bin"
 results=${DIAG_BENCH_RESULTS:-bench/RESULTS.md}
 quick=${DIAG_BENCH_QUICK:-0}
+parts=${DIAG_BENCH_PARTS:-1 2 3 4 5 6}
+part() { [[ " $parts " == *" $1 "* ]]; }
 for exe in OrvaneDiagnostics bench_floor bench_probe bench_runner fixture_version_neutral; do
   ext=exe; [[ $exe == fixture_* ]] && ext=dll
   [[ -f "$bin/$exe.$ext" ]] || { echo "bench: $bin/$exe.$ext is missing (make build)" >&2; exit 1; }
@@ -25,9 +29,9 @@ done
 
 # Runs per benchmark (after the warm-ups).
 if [[ $quick == 1 ]]; then
-  process_rounds=3 section_passes=4 listing_runs=1 parts_runs=1 save_runs=2
+  process_rounds=3 section_passes=4 listing_runs=1 parts_runs=1 save_runs=2 window_rounds=1 fill_runs=1
 else
-  process_rounds=10 section_passes=11 listing_runs=3 parts_runs=3 save_runs=7
+  process_rounds=10 section_passes=11 listing_runs=3 parts_runs=3 save_runs=7 window_rounds=3 fill_runs=3
 fi
 
 work=$(mktemp -d /tmp/orvane-diag-bench.XXXXXX)
@@ -85,27 +89,43 @@ install_suite() {
   wine reg add "$key" /v InstalledComponents /d 'Core;Runner' /f >/dev/null 2>&1 </dev/null
 }
 
-# Installation directories of 100, 1,000 and 10,000 files, one in ten of them
-# a versioned library, the others small data files.
+# Fills a directory with files numbered 1 to count, one in ten a versioned
+# library (hard links where the file system allows), the others small data files.
+fill_entries() {
+  local dir=$1 count=$2 i
+  mkdir -p "$dir"
+  for ((i = 1; i <= count; ++i)); do
+    if ((i % 10 == 0)); then
+      ln "$bin/fixture_version_neutral.dll" "$dir/library$i.dll" 2>/dev/null ||
+        cp "$bin/fixture_version_neutral.dll" "$dir/library$i.dll"
+    else
+      echo "entry $i" >"$dir/file$i.dat"
+    fi
+  done
+}
+
+# Installation directories of 100, 1,000 and 10,000 files.
 make_listing_directories() {
-  local n dir i
+  local n
+  for n in 100 1000 10000; do fill_entries "$drive_c/bench/entries/$n" "$n"; done
+}
+
+# The program alone in a directory of 100, 1,000 and 10,000 entries, with
+# the probe that writes the same report into a string (both list their own
+# directory): the other entries are files as above.
+make_window_directories() {
+  local n dir
   for n in 100 1000 10000; do
-    dir="$drive_c/bench/entries/$n"
-    mkdir -p "$dir"
-    for ((i = 1; i <= n; ++i)); do
-      if ((i % 10 == 0)); then
-        ln "$bin/fixture_version_neutral.dll" "$dir/library$i.dll" 2>/dev/null ||
-          cp "$bin/fixture_version_neutral.dll" "$dir/library$i.dll"
-      else
-        echo "entry $i" >"$dir/file$i.dat"
-      fi
-    done
+    dir="$drive_c/bench/window/$n"
+    fill_entries "$dir" $((n - 2))
+    cp "$bin/OrvaneDiagnostics.exe" "$bin/bench_probe.exe" "$dir/"
   done
 }
 
 step "Installing the suite and the test directories"
 install_suite
-make_listing_directories
+if part 2 || part 3 || part 5 || part 6; then make_listing_directories; fi
+if part 6; then make_window_directories; fi
 mkdir -p "$drive_c/bench/bin" "$drive_c/bench/out"
 cp "$bin/bench_floor.exe" "$bin/bench_probe.exe" "$bin/bench_runner.exe" "$drive_c/bench/bin/"
 cp bench/collect-facts.cmd "$drive_c/bench/bin/"
@@ -136,6 +156,7 @@ runner() { run_logged "$win_bin\\bench_runner.exe" "$@"; }
   echo -e "M\tload_start\t$(cut -d' ' -f1-3 /proc/loadavg)"
   echo -e "M\tcommit\t$(git rev-parse --short HEAD 2>/dev/null || echo unknown)$(git diff --quiet HEAD -- src 2>/dev/null || echo ' (with uncommitted changes under src/)')"
   echo -e "M\trounds\t$process_rounds"
+  echo -e "M\tparts\t$parts"
   # The floor must import what the program imports.
   imports() { x86_64-w64-mingw32-objdump -p "$1" | awk '/DLL Name:/ {print tolower($3)}' | sort | tr '\n' ' '; }
   if command -v x86_64-w64-mingw32-objdump >/dev/null; then
@@ -147,59 +168,82 @@ runner() { run_logged "$win_bin\\bench_runner.exe" "$@"; }
   fi
 } >>"$raw"
 
-step "1. Time to report: report, floor and script, interleaved ($process_rounds rounds)"
 report_cmd="\"$win_suite\\OrvaneDiagnostics.exe\" $win_out\\report.txt"
 floor_cmd="$win_bin\\bench_floor.exe"
-script_cmd="C:\\windows\\system32\\cmd.exe /c $win_bin\\collect-facts.cmd $win_out\\facts.txt"
-runner time-to-report 2 "$process_rounds" report "$report_cmd" floor "$floor_cmd" script "$script_cmd" >>"$raw"
-# The last report must be whole and intact, or the times mean nothing.
-check=$(wine "$bin/reportcheck.exe" "$drive_c/bench/out/report.txt" </dev/null 2>/dev/null | tr -d '\r' || true)
-echo -e "M\treportcheck\t${check##*: }" >>"$raw"
-echo -e "M\treport_bytes\t$(stat -c %s "$drive_c/bench/out/report.txt")" >>"$raw"
-echo -e "M\tfacts_bytes\t$(stat -c %s "$drive_c/bench/out/facts.txt")" >>"$raw"
 
-step "2. Inside the process: each section of one report"
-for _ in 1 2 3; do probe sections "$section_passes" "$win_suite" >>"$raw"; done
-probe platform 'C:\bench\entries\100\file1.dat' 'C:\bench\entries\100\library10.dll' 10 >>"$raw"
-
-step "3. Cost per directory entry: 100, 1,000 and 10,000 files, into a string and into the view"
-probe listing both 1 "$listing_runs" 'C:\bench\entries\100' 'C:\bench\entries\1000' 'C:\bench\entries\10000' >>"$raw"
-probe listing-parts "$win_suite" 5 >>"$raw"
-probe listing-parts 'C:\bench\entries\1000' "$parts_runs" >>"$raw"
-probe listing-parts 'C:\bench\entries\10000' 1 >>"$raw"
-
-# What a listing asks of Wine: system calls per entry, told apart by
-# counting listings of 100 and 1,000 entries. Notepad holds the desktop
-# meanwhile, so that Wine's desktop process is not started (and counted)
-# inside the traced run.
-if command -v strace >/dev/null; then
-  wine notepad </dev/null >/dev/null 2>&1 &
-  desktop_holder=$!
-  for ((tries = 0; tries < 300; ++tries)); do
-    pgrep -f 'explorer.exe /desktop' >/dev/null && break
-    sleep 0.1
-  done
-  for n in 100 1000; do
-    timeout 300 strace -f -c -o "$work/strace-$n.txt" wine "$win_bin\\bench_probe.exe" listing string 0 1 "C:\\bench\\entries\\$n" \
-      </dev/null >/dev/null 2>&1 || true
-    awk -v n="$n" '$NF ~ /^[a-z_0-9]+$/ && $4 ~ /^[0-9]+$/ && $NF != "total" {print "R\tsyscalls\t" n "\t1\t" $NF "\t" $4}' \
-      "$work/strace-$n.txt" >>"$raw"
-  done
-  kill "$desktop_holder" 2>/dev/null || true
-  wait "$desktop_holder" 2>/dev/null || true
-else
-  echo -e "N\tstrace is not installed: the system calls per entry were not counted" >>"$raw"
+if part 1; then
+  step "1. Time to report: report, floor and script, interleaved ($process_rounds rounds)"
+  script_cmd="C:\\windows\\system32\\cmd.exe /c $win_bin\\collect-facts.cmd $win_out\\facts.txt"
+  runner time-to-report 2 "$process_rounds" report "$report_cmd" floor "$floor_cmd" script "$script_cmd" >>"$raw"
+  # The last report must be whole and intact, or the times mean nothing.
+  check=$(wine "$bin/reportcheck.exe" "$drive_c/bench/out/report.txt" </dev/null 2>/dev/null | tr -d '\r' || true)
+  echo -e "M\treportcheck\t${check##*: }" >>"$raw"
+  echo -e "M\treport_bytes\t$(stat -c %s "$drive_c/bench/out/report.txt")" >>"$raw"
+  echo -e "M\tfacts_bytes\t$(stat -c %s "$drive_c/bench/out/facts.txt")" >>"$raw"
 fi
 
-step "4. Saving a 10 MB report"
-probe save 10 "$win_out" 1 "$save_runs" >>"$raw"
+if part 2; then
+  step "2. Inside the process: each section of one report"
+  for _ in 1 2 3; do probe sections "$section_passes" "$win_suite" >>"$raw"; done
+  probe platform 'C:\bench\entries\100\file1.dat' 'C:\bench\entries\100\library10.dll' 10 >>"$raw"
+fi
 
-step "5. Memory: peak working sets"
-runner memory 1 3 report "$report_cmd" floor "$floor_cmd" >>"$raw"
-probe peak idle >>"$raw"
-probe peak report "$win_out\\peak-report.txt" >>"$raw"
-probe peak listing 'C:\bench\entries\10000' string >>"$raw"
-probe peak listing 'C:\bench\entries\10000' view >>"$raw"
+if part 3; then
+  step "3. Cost per directory entry: 100, 1,000 and 10,000 files, into a string and into the view"
+  probe listing both 1 "$listing_runs" 'C:\bench\entries\100' 'C:\bench\entries\1000' 'C:\bench\entries\10000' >>"$raw"
+  probe listing-parts "$win_suite" 5 >>"$raw"
+  probe listing-parts 'C:\bench\entries\1000' "$parts_runs" >>"$raw"
+  probe listing-parts 'C:\bench\entries\10000' 1 >>"$raw"
+
+  # What a listing asks of Wine: system calls per entry, told apart by
+  # counting listings of 100 and 1,000 entries. Notepad holds the desktop
+  # meanwhile, so that Wine's desktop process is not started (and counted)
+  # inside the traced run.
+  if command -v strace >/dev/null; then
+    wine notepad </dev/null >/dev/null 2>&1 &
+    desktop_holder=$!
+    for ((tries = 0; tries < 300; ++tries)); do
+      pgrep -f 'explorer.exe /desktop' >/dev/null && break
+      sleep 0.1
+    done
+    for n in 100 1000; do
+      timeout 300 strace -f -c -o "$work/strace-$n.txt" wine "$win_bin\\bench_probe.exe" listing string 0 1 "C:\\bench\\entries\\$n" \
+        </dev/null >/dev/null 2>&1 || true
+      awk -v n="$n" '$NF ~ /^[a-z_0-9]+$/ && $4 ~ /^[0-9]+$/ && $NF != "total" {print "R\tsyscalls\t" n "\t1\t" $NF "\t" $4}' \
+        "$work/strace-$n.txt" >>"$raw"
+    done
+    kill "$desktop_holder" 2>/dev/null || true
+    wait "$desktop_holder" 2>/dev/null || true
+  else
+    echo -e "N\tstrace is not installed: the system calls per entry were not counted" >>"$raw"
+  fi
+fi
+
+if part 4; then
+  step "4. Saving a 10 MB report"
+  probe save 10 "$win_out" 1 "$save_runs" >>"$raw"
+fi
+
+if part 5; then
+  step "5. Memory: peak working sets"
+  runner memory 1 3 report "$report_cmd" floor "$floor_cmd" >>"$raw"
+  probe peak idle >>"$raw"
+  probe peak report "$win_out\\peak-report.txt" >>"$raw"
+  probe peak listing 'C:\bench\entries\10000' string >>"$raw"
+  probe peak listing 'C:\bench\entries\10000' view >>"$raw"
+fi
+
+if part 6; then
+  step "6. The whole window: first report and refresh, shown and hidden, against the string ($window_rounds rounds)"
+  echo -e "M\twindow_date\t$(date -u '+%Y-%m-%d %H:%M UTC')" >>"$raw"
+  echo -e "M\twindow_commit\t$(git rev-parse --short HEAD 2>/dev/null || echo unknown)" >>"$raw"
+  for n in 100 1000 10000; do
+    run_logged "C:\\bench\\window\\$n\\bench_probe.exe" window 1 "$window_rounds" >>"$raw"
+  done
+  probe view-fill report "$fill_runs" >>"$raw"
+  probe view-fill 'C:\bench\entries\1000' "$fill_runs" >>"$raw"
+  for n in 1000 3000; do probe clear-ways "$n" >>"$raw"; done
+fi
 
 echo -e "M\tload_end\t$(cut -d' ' -f1-3 /proc/loadavg)" >>"$raw"
 # The raw figures stay beside the page, so that it can be written again

@@ -42,10 +42,9 @@ bool CDiagWinDlg::OnInitDialog() {
 }
 
 bool CDiagWinDlg::GenerateSystemReport(const ReportSources& sources) {
-    m_reportView.Clear();
-    const bool made = WriteSystemReport(m_reportView, sources);
-    m_reportView.ShowStart();
-    return made;
+    // Drawn once, when the report is whole, and shown from its start.
+    const ReportView::Refill refill(m_reportView);
+    return WriteSystemReport(m_reportView, sources);
 }
 
 void CDiagWinDlg::ShowFreshReport(const ReportSources& sources) {

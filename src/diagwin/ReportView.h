@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,22 @@
 
 class ReportView final : public ReportSink {
 public:
+    // One whole report written into the view: for its life the view is
+    // emptied, does not draw, sends no notifications and takes the pieces
+    // gathered into parts of some 65,000 characters that end a line; at its
+    // end the view holds every piece, is drawn once and shows the report's start.
+    class Refill {
+    public:
+        explicit Refill(ReportView& view);
+        ~Refill();
+        Refill(const Refill&) = delete;
+        Refill& operator=(const Refill&) = delete;
+
+    private:
+        ReportView& view_;
+        LRESULT eventMask_;
+    };
+
     void Attach(HWND control);
     HWND Hwnd() const { return hwnd_; }
 
@@ -18,13 +35,22 @@ public:
     void SetReportFormat();
     // Empties the view and puts the caret at the end.
     void Clear();
-    // Inserts at the caret; not undoable.
+    // Inserts at the caret; not undoable. During a Refill the pieces wait
+    // until kGatherChars characters that end a line have gathered.
     void Append(std::wstring_view text) override;
     // Puts the caret at the start and scrolls there: a report is read from its top.
     void ShowStart();
     // The view's text as its window text gives it (line breaks as CR LF).
     std::wstring Text() const;
 
+    // How many characters a Refill gathers before it inserts them.
+    static constexpr std::size_t kGatherChars = 65536;
+
 private:
+    void Insert(const wchar_t* text);
+    void InsertGathered();
+
     HWND hwnd_ = nullptr;
+    bool gathering_ = false;
+    std::wstring gathered_;
 };

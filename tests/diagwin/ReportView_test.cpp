@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
+#include <vector>
 
 #include "report/ReportChecksum.h"
 #include "report/ReportFile.h"
@@ -87,6 +89,56 @@ TEST_F(ReportViewTest, HoldsMoreThan200000Characters) {
     const std::wstring text = view_.Text();
     EXPECT_EQ(text.size(), 2500u * 101u);
     EXPECT_EQ(text.substr(text.size() - 101), std::wstring(99, L'x') + L"\r\n");
+}
+
+// Pieces that split line breaks in every way, and enough text to be
+// inserted in several gathered parts.
+std::vector<std::wstring> AwkwardPieces() {
+    std::vector<std::wstring> pieces = {L"\nProgram:\n", L"a\r", L"\nb", L"c\r", L"\r\n", L"d\r\r",
+                                        L"\n",          L"\r",   L"e\n", L"",    L"\n\r", L"f"};
+    for (int i = 0; i < 3000; ++i) pieces.push_back(L"\tline " + std::to_wstring(i) + std::wstring(40, L'x') + L"\n");
+    pieces.push_back(L"g\r");
+    pieces.push_back(L"\nlast");
+    return pieces;
+}
+
+TEST_F(ReportViewTest, RefillGivesTheTextThatPieceByPieceGives) {
+    view_.Clear();
+    for (const std::wstring& piece : AwkwardPieces()) view_.Append(piece);
+    const std::wstring pieceByPiece = view_.Text();
+    {
+        const ReportView::Refill refill(view_);
+        for (const std::wstring& piece : AwkwardPieces()) view_.Append(piece);
+    }
+    EXPECT_EQ(view_.Text(), pieceByPiece);
+    EXPECT_EQ(view_.Text().rfind(L"\r\nProgram:\r\na", 0), 0u);
+    EXPECT_NE(view_.Text().find(L"\r\n\tline 2999" + std::wstring(40, L'x') + L"\r\ng"), std::wstring::npos);
+}
+
+TEST_F(ReportViewTest, RefillReplacesTheTextAndShowsItsStartInTheReportFormat) {
+    std::wstring line(99, L'y');
+    line += L'\n';
+    for (int i = 0; i < 500; ++i) view_.Append(line);
+    ::SendMessageW(view_.Hwnd(), WM_VSCROLL, SB_BOTTOM, 0);
+    ASSERT_GT(::SendMessageW(view_.Hwnd(), EM_GETFIRSTVISIBLELINE, 0, 0), 0);
+    {
+        const ReportView::Refill refill(view_);
+        for (int i = 0; i < 2500; ++i) view_.Append(std::wstring(99, L'x') + L"\n");
+    }
+    const std::wstring text = view_.Text();
+    EXPECT_EQ(text.size(), 2500u * 101u);
+    EXPECT_EQ(text.find(L'y'), std::wstring::npos);
+    EXPECT_EQ(::SendMessageW(view_.Hwnd(), EM_GETFIRSTVISIBLELINE, 0, 0), 0);
+    CHARRANGE selection{-1, -1};
+    ::SendMessageW(view_.Hwnd(), EM_EXGETSEL, 0, reinterpret_cast<LPARAM>(&selection));
+    EXPECT_EQ(selection.cpMin, 0);
+    EXPECT_EQ(selection.cpMax, 0);
+    const CHARFORMAT2W format = FormatOf(SCF_ALL);
+    EXPECT_STREQ(format.szFaceName, L"Courier New");
+    EXPECT_EQ(format.yHeight, 180);
+    EXPECT_EQ(format.crTextColor, RGB(0, 0, 0));
+    // Drawing is on again once the report is in.
+    EXPECT_TRUE(::GetWindowLongW(view_.Hwnd(), GWL_STYLE) & WS_VISIBLE);
 }
 
 TEST_F(ReportViewTest, IsReadOnlyForTheUser) {

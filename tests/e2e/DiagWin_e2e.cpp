@@ -2,9 +2,11 @@
 // OK, Esc and the close box, and Save through the real Save As dialog.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 #include "e2e/Driver.h"
 #include "w32/Scoped.h"
@@ -411,4 +413,107 @@ TEST(SaveProposal, WithNoRememberedFolderIsReportTxtInTheRootOfC) {
     ::RegDeleteTreeW(HKEY_CURRENT_USER, settingsKey.c_str());
     std::error_code ignored;
     std::filesystem::remove_all(std::filesystem::path(folder), ignored);
+}
+
+namespace {
+
+// The System report command as the button sends it; returns once the report
+// is made (the program makes it inside the command).
+bool SendReportCommand(HWND main) {
+    DWORD_PTR ignored = 0;
+    return ::SendMessageTimeoutW(main, WM_COMMAND, MAKEWPARAM(kReportButton, BN_CLICKED), 0, SMTO_NORMAL,
+                                 static_cast<UINT>(std::chrono::milliseconds(kReportTimeout).count()),
+                                 &ignored) != 0;
+}
+
+std::vector<std::wstring> Lines(const std::wstring& text) {
+    std::vector<std::wstring> lines;
+    std::size_t start = 0;
+    for (std::size_t end; (end = text.find(L"\r\n", start)) != std::wstring::npos; start = end + 2)
+        lines.push_back(text.substr(start, end - start));
+    lines.push_back(text.substr(start));
+    return lines;
+}
+
+// The entry lines of the program's own directory, sorted, without its "."
+// and ".." (their times belong to the directories, not to the entries).
+std::vector<std::wstring> CurrentDirectoryEntries(const std::wstring& text) {
+    std::vector<std::wstring> entries;
+    bool inside = false;
+    for (const std::wstring& line : Lines(text)) {
+        if (line.rfind(L"* ", 0) == 0) inside = line.rfind(L"* Current directory (", 0) == 0;
+        else if (inside && line.find(L"\t.\t") == std::wstring::npos && line.find(L"\t..\t") == std::wstring::npos)
+            entries.push_back(line);
+    }
+    std::sort(entries.begin(), entries.end());
+    return entries;
+}
+
+std::size_t Occurrences(const std::wstring& text, const std::wstring& what) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(what); at != std::wstring::npos; at = text.find(what, at + 1)) ++count;
+    return count;
+}
+
+}  // namespace
+
+// Asking again while a report of thousands of entries is on screen and
+// scrolled to its end: the view then holds the new report alone, shown from
+// its first line, and Save writes exactly that.
+TEST(LargeReport, RefreshOfTheShownWindowLeavesTheNewReportFromItsStart) {
+    DeleteSettings();
+    const std::wstring folder = TempFolder(L"orvane-refresh");
+    const std::wstring program = folder + L"\\OrvaneDiagnostics.exe";
+    ASSERT_TRUE(::CopyFileW(ProgramPath().c_str(), program.c_str(), FALSE));
+    auto createFile = [&](const std::wstring& name) {
+        return w32::ScopedHandle(
+            ::CreateFileW((folder + L"\\" + name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    };
+    for (int i = 0; i < 2000; ++i) ASSERT_TRUE(createFile(L"entry-" + std::to_wstring(10000 + i) + L".dat"));
+    {
+        LaunchOptions options;
+        options.program = program;
+        Program running(options);
+        HWND main = running.WaitForMainWindow();
+        ASSERT_NE(main, nullptr);
+        ASSERT_TRUE(SendReportCommand(main));
+        HWND window = running.WaitForWindow(IsReportWindow);
+        ASSERT_NE(window, nullptr);
+        HWND view = ::GetDlgItem(window, kReportView);
+        const std::wstring before = WindowText(view);
+        ASSERT_EQ(before.rfind(L"Orvane Software system report on ", 0), 0u);
+        EXPECT_EQ(::SendMessageW(view, EM_GETFIRSTVISIBLELINE, 0, 0), 0);
+
+        // The user reads on to the end; meanwhile a file appears.
+        ::SendMessageW(view, WM_VSCROLL, SB_BOTTOM, 0);
+        ASSERT_GT(::SendMessageW(view, EM_GETFIRSTVISIBLELINE, 0, 0), 1000);
+        ASSERT_TRUE(createFile(L"entry-added.dat"));
+
+        ASSERT_TRUE(SendReportCommand(main));
+        EXPECT_TRUE(::IsWindowVisible(window));
+        const std::wstring after = WindowText(view);
+        EXPECT_EQ(::SendMessageW(view, EM_GETFIRSTVISIBLELINE, 0, 0), 0);
+        EXPECT_EQ(after.rfind(L"Orvane Software system report on ", 0), 0u);
+        for (const wchar_t* once : {L"Orvane Software system report on ", L"\r\nProgram:\r\n", L"\r\nNetwork:\r\n",
+                                    L"\r\nOrvane Software installation:\r\n", L"* Current directory (",
+                                    L"\tentry-added.dat\t", L"\tentry-11999.dat\t"})
+            EXPECT_EQ(Occurrences(after, once), 1u) << testing::PrintToString(std::wstring(once));
+        // The same entries as before, the new file's line added, and nothing else.
+        std::vector<std::wstring> added = CurrentDirectoryEntries(after);
+        ASSERT_EQ(added.size(), CurrentDirectoryEntries(before).size() + 1);
+        const auto isAddedLine = [](const std::wstring& line) {
+            return line.find(L"\tentry-added.dat\t") != std::wstring::npos;
+        };
+        added.erase(std::remove_if(added.begin(), added.end(), isAddedLine), added.end());
+        EXPECT_EQ(added, CurrentDirectoryEntries(before));
+
+        const std::wstring saved = folder + L"\\refreshed-report.txt";
+        PostButtonClick(window, kSaveButton);
+        ASSERT_NE(CompleteSaveAs(running, saved), nullptr);
+        const std::string expected = ExpectedFileBytes(after);
+        EXPECT_TRUE(WaitUntil([&] { return ReadBytes(saved) == expected; }));
+    }
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(folder), ignored);
+    DeleteSettings();
 }
