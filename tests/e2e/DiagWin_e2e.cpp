@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 #include "w32/Scoped.h"
 
 using namespace e2e;
@@ -40,6 +41,7 @@ bool IsReportWindow(HWND hwnd) { return ::GetDlgItem(hwnd, kReportView) != nullp
 class DiagnosticsWindow : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_ON_A_FRENCH_WINDOWS();
         DeleteSettings();
         main_ = program_.WaitForMainWindow();
         ASSERT_NE(main_, nullptr);
@@ -232,6 +234,7 @@ bool UserLocaleIsFrench() {
 class FrenchUserReport : public DiagnosticsWindow {
 protected:
     void SetUp() override {
+        SKIP_UNLESS_WINE(testsupport::kFrenchLocaleFromLcAll);
         ASSERT_TRUE(UserLocaleIsFrench()) << "run this suite under LC_ALL=fr_FR.UTF-8";
         DiagnosticsWindow::SetUp();
     }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 #include "w32/Scoped.h"
 
 using namespace e2e;
@@ -12,6 +13,7 @@ constexpr wchar_t kDesktopKey[] = L"Control Panel\\Desktop";
 
 class ScreenDpi : public testing::Test {
 protected:
+    void SetUp() override { SKIP_UNLESS_WINE("Windows reads the screen's DPI from LogPixels only at the next sign-in"); }
     void TearDown() override { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kDesktopKey, L"LogPixels"); }
 
     static void SetDpi(DWORD dpi) {

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 
 using namespace e2e;
 
@@ -51,6 +52,7 @@ bool ChangesBetweenRuns(const std::wstring& line) {
 class Headless : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_ON_A_FRENCH_WINDOWS();
         DeleteSettings();
         folder_ = TempFolder(L"orvane-headless");
     }

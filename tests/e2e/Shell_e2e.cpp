@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 
 using namespace e2e;
 
@@ -46,6 +47,7 @@ bool UserLocaleIsFrench() {
 class Shell : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_ON_A_FRENCH_WINDOWS();
         ASSERT_FALSE(UserLocaleIsFrench()) << "run this suite under an English locale";
         DeleteSettings();
     }
@@ -82,6 +84,7 @@ protected:
 class FrenchUser : public Shell {
 protected:
     void SetUp() override {
+        SKIP_UNLESS_WINE(testsupport::kFrenchLocaleFromLcAll);
         ASSERT_TRUE(UserLocaleIsFrench()) << "run this suite under LC_ALL=fr_FR.UTF-8";
         DeleteSettings();
     }
