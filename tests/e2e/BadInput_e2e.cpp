@@ -96,7 +96,10 @@ std::wstring MainWindowTitle() {
 class BadCommandLine : public testing::Test {
 protected:
     void SetUp() override {
-        SKIP_ON_A_FRENCH_WINDOWS();
+        SKIP_IF_FRENCH_USER();
+        SetUpForAnyLanguage();
+    }
+    void SetUpForAnyLanguage() {
         DeleteSettings();
         folder_ = TempFolder(L"orvane-badline");
     }
@@ -112,11 +115,8 @@ protected:
 class FrenchUserOddForcedLocale : public BadCommandLine {
 protected:
     void SetUp() override {
-        SKIP_UNLESS_WINE(testsupport::kFrenchLocaleFromLcAll);
-        wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
-        ::GetUserDefaultLocaleName(name, LOCALE_NAME_MAX_LENGTH);
-        ASSERT_EQ(std::wstring(name).rfind(L"fr", 0), 0u) << "run this suite under LC_ALL=fr_FR.UTF-8";
-        BadCommandLine::SetUp();
+        SKIP_UNLESS_FRENCH_USER();
+        SetUpForAnyLanguage();
     }
 };
 

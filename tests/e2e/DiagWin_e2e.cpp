@@ -41,7 +41,10 @@ bool IsReportWindow(HWND hwnd) { return ::GetDlgItem(hwnd, kReportView) != nullp
 class DiagnosticsWindow : public testing::Test {
 protected:
     void SetUp() override {
-        SKIP_ON_A_FRENCH_WINDOWS();
+        SKIP_IF_FRENCH_USER();
+        SetUpForAnyLanguage();
+    }
+    void SetUpForAnyLanguage() {
         DeleteSettings();
         main_ = program_.WaitForMainWindow();
         ASSERT_NE(main_, nullptr);
@@ -224,19 +227,12 @@ TEST_F(DiagnosticsWindow, FileThatCannotBeOpenedGivesTheMessageAndKeepsTheFolder
 
 namespace {
 
-bool UserLocaleIsFrench() {
-    wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
-    ::GetUserDefaultLocaleName(name, LOCALE_NAME_MAX_LENGTH);
-    return std::wstring(name).rfind(L"fr", 0) == 0;
-}
-
 // Runs under LC_ALL=fr_FR.UTF-8 (see tests/CMakeLists.txt).
 class FrenchUserReport : public DiagnosticsWindow {
 protected:
     void SetUp() override {
-        SKIP_UNLESS_WINE(testsupport::kFrenchLocaleFromLcAll);
-        ASSERT_TRUE(UserLocaleIsFrench()) << "run this suite under LC_ALL=fr_FR.UTF-8";
-        DiagnosticsWindow::SetUp();
+        SKIP_UNLESS_FRENCH_USER();
+        SetUpForAnyLanguage();
     }
 };
 

@@ -52,7 +52,7 @@ bool ChangesBetweenRuns(const std::wstring& line) {
 class Headless : public testing::Test {
 protected:
     void SetUp() override {
-        SKIP_ON_A_FRENCH_WINDOWS();
+        SKIP_IF_FRENCH_USER();
         DeleteSettings();
         folder_ = TempFolder(L"orvane-headless");
     }

@@ -22,9 +22,8 @@ inline bool RunningUnderWine() {
     return ntdll != nullptr && ::GetProcAddress(ntdll, "wine_get_version") != nullptr;
 }
 
-// Under Wine ctest chooses the user locale through LC_ALL; on Windows it is
-// the user's own.
-inline constexpr char kFrenchLocaleFromLcAll[] = "the French user locale comes from LC_ALL=fr_FR.UTF-8";
+// Under Wine the user locale comes from LC_ALL, which ctest sets for each
+// suite; on Windows, and under Wine from run-tests.cmd, it is the machine's.
 inline bool UserLocaleIsFrench() {
     wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
     ::GetUserDefaultLocaleName(name, LOCALE_NAME_MAX_LENGTH);
@@ -45,8 +44,11 @@ inline bool RunningElevated() {
 // One statement at the top of a test or of its fixture's SetUp.
 #define SKIP_UNLESS_WINE(why) \
     if (!::testsupport::RunningUnderWine()) GTEST_SKIP() << "only under Wine: " << (why)
-#define SKIP_ON_A_FRENCH_WINDOWS() \
-    if (!::testsupport::RunningUnderWine() && ::testsupport::UserLocaleIsFrench()) \
-    GTEST_SKIP() << "expects the English interface, and this Windows user's locale is French"
+#define SKIP_IF_FRENCH_USER() \
+    if (::testsupport::UserLocaleIsFrench()) \
+    GTEST_SKIP() << "expects the English interface, and the user locale is French (LC_ALL under Wine)"
+#define SKIP_UNLESS_FRENCH_USER() \
+    if (!::testsupport::UserLocaleIsFrench()) \
+    GTEST_SKIP() << "expects a French user locale (under Wine: LC_ALL=fr_FR.UTF-8, as ctest sets it)"
 #define SKIP_UNLESS_ELEVATED() \
     if (!::testsupport::RunningElevated()) GTEST_SKIP() << "needs an elevated process (run the tests as administrator)"
