@@ -58,7 +58,7 @@ protected:
     }
     void TearDown() override {
         std::error_code ignored;
-        std::filesystem::remove_all(std::filesystem::path(folder_), ignored);
+        if (!folder_.empty()) std::filesystem::remove_all(std::filesystem::path(folder_), ignored);
         DeleteSettings();
     }
 
