@@ -41,7 +41,9 @@ inline bool RunningElevated() {
 
 }  // namespace testsupport
 
-// One statement at the top of a test or of its fixture's SetUp.
+// One statement at the top of a test or of its fixture's SetUp. A fixture
+// that skips in SetUp still runs its TearDown: that must then clean up only
+// what SetUp made (an empty folder name is the root of the drive).
 #define SKIP_UNLESS_WINE(why) \
     if (!::testsupport::RunningUnderWine()) GTEST_SKIP() << "only under Wine: " << (why)
 #define SKIP_IF_FRENCH_USER() \

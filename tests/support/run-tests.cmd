@@ -53,18 +53,31 @@ set runskipped=0
 set finished=0
 rem Only gtest's summary lines: "[  PASSED  ] 5 tests." (printed once the
 rem program has run every test), "[  FAILED  ] 2 tests, listed below:" and
-rem "[  SKIPPED ] 1 test, listed below:". find opens the log itself: a helper
-rem that a test started may still hold it a moment after the program ended,
-rem and then a "<" redirect is refused.
-find "[  PASSED  ]" "%log%" > "%log%.summary"
-find "listed below:" "%log%" >> "%log%.summary"
-for /f "usebackq tokens=2,4" %%a in ("%log%.summary") do (
-  if "%%a"=="PASSED" set finished=1
-  if "%%a"=="PASSED" set /a runpassed+=%%b
-  if "%%a"=="FAILED" set /a runfailed+=%%b
-  if "%%a"=="SKIPPED" set /a runskipped+=%%b
+rem "[  SKIPPED ] 1 test, listed below:". The program's handle on its log
+rem may outlive it for a moment (Wine closes it after the process has
+rem ended), so the log is copied once it can be read, polling for up to 30
+rem seconds. Wine's find takes no quoted file name, hence the folder change;
+rem it heads its output with "---------- FILE", which the first token tells
+rem apart.
+pushd "%logs%"
+set waited=0
+:copylog
+copy /y %~2.txt %~2.copy >nul 2>&1 && goto :readlog
+set /a waited+=1
+if %waited% geq 30 goto :readlog
+ping -n 2 127.0.0.1 >nul
+goto :copylog
+:readlog
+find "[  PASSED  ]" %~2.copy > %~2.summary
+find "listed below:" %~2.copy >> %~2.summary
+for /f "usebackq tokens=1,2,4" %%a in ("%~2.summary") do (
+  if "%%a%%b"=="[PASSED" set finished=1
+  if "%%a%%b"=="[PASSED" set /a runpassed+=%%c
+  if "%%a%%b"=="[FAILED" set /a runfailed+=%%c
+  if "%%a%%b"=="[SKIPPED" set /a runskipped+=%%c
 )
-del "%log%.summary"
+del %~2.summary %~2.copy
+popd
 rem A program that failed without saying which test did, or never reached
 rem its summary (it crashed, hung up, or could not start), counts as one
 rem failure.
