@@ -5,6 +5,7 @@
 
 #include "resource.h"
 #include "support/TestApp.h"
+#include "support/Wine.h"
 #include "w32/Text.h"
 
 namespace {
@@ -89,6 +90,7 @@ TEST(MainSystemMenu, FrenchEntries) {
 }
 
 TEST_F(MainWindow, WindowSystemMenuEndsWithOurEntries) {
+    SKIP_UNLESS_ELEVATED();
     const std::vector<MenuEntry> entries = EntriesOf(::GetSystemMenu(dialog_.Hwnd(), FALSE));
     ASSERT_GE(entries.size(), 4u);
     // Wine runs every process elevated.
@@ -97,6 +99,7 @@ TEST_F(MainWindow, WindowSystemMenuEndsWithOurEntries) {
 }
 
 TEST_F(MainWindow, TitleCarriesMarkVersionAndBits) {
+    SKIP_UNLESS_ELEVATED();
     EXPECT_EQ(w32::GetWindowTextString(dialog_.Hwnd()), L"Orvane Diagnostics [Administrator] 9.3.1.1042 (64 bits)");
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 #include "resource.h"
 #include "w32/Gdiplus.h"
 #include "w32/Scoped.h"
@@ -172,6 +173,7 @@ constexpr LONG kEdgeSlack = 2;
 class ScreenDpiButton : public testing::TestWithParam<DWORD> {
 protected:
     void SetUp() override {
+        SKIP_UNLESS_WINE("the screen's DPI is set through the prefix's registry");
         // The test reads the program's windows and the screen in real pixels.
         ::SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE);
         DWORD size = sizeof(savedDpi_);
@@ -189,6 +191,7 @@ protected:
         }
     }
     void TearDown() override {
+        if (!testsupport::RunningUnderWine()) return;  // skipped: the user's own DPI setting stays as it is
         if (w32::IsGdiplusRunning()) w32::StopGdiplus(gdiplusToken_);
         if (hadDpi_)
             ::RegSetKeyValueW(HKEY_CURRENT_USER, kDesktopKey, L"LogPixels", REG_DWORD, &savedDpi_, sizeof(savedDpi_));

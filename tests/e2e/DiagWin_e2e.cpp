@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 #include "w32/Scoped.h"
 
 #include <commdlg.h>
@@ -54,6 +55,10 @@ HWND RequestReport(Program& running) {
 class DiagnosticsWindow : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_IF_FRENCH_USER();
+        SetUpForAnyLanguage();
+    }
+    void SetUpForAnyLanguage() {
         DeleteSettings();
         main_ = program_.WaitForMainWindow();
         ASSERT_NE(main_, nullptr);
@@ -263,18 +268,12 @@ TEST_F(DiagnosticsWindow, FileThatCannotBeOpenedGivesTheMessageAndKeepsTheFolder
 
 namespace {
 
-bool UserLocaleIsFrench() {
-    wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
-    ::GetUserDefaultLocaleName(name, LOCALE_NAME_MAX_LENGTH);
-    return std::wstring(name).rfind(L"fr", 0) == 0;
-}
-
 // Runs under LC_ALL=fr_FR.UTF-8 (see tests/CMakeLists.txt).
 class FrenchUserReport : public DiagnosticsWindow {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(UserLocaleIsFrench()) << "run this suite under LC_ALL=fr_FR.UTF-8";
-        DiagnosticsWindow::SetUp();
+        SKIP_UNLESS_FRENCH_USER();
+        SetUpForAnyLanguage();
     }
 };
 

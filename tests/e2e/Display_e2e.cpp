@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 #include "w32/Scoped.h"
 
 using namespace e2e;
@@ -117,7 +118,11 @@ constexpr wchar_t kDesktopKey[] = L"Control Panel\\Desktop";
 
 class ScreenDpi : public testing::Test {
 protected:
-    void TearDown() override { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kDesktopKey, L"LogPixels"); }
+    void SetUp() override { SKIP_UNLESS_WINE("Windows reads the screen's DPI from LogPixels only at the next sign-in"); }
+    // Only Wine's throwaway prefix gets its LogPixels set, and removed again.
+    void TearDown() override {
+        if (testsupport::RunningUnderWine()) ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kDesktopKey, L"LogPixels");
+    }
 
     static void SetDpi(DWORD dpi) {
         ASSERT_EQ(::RegSetKeyValueW(HKEY_CURRENT_USER, kDesktopKey, L"LogPixels", REG_DWORD, &dpi, sizeof(dpi)),

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 
 using namespace e2e;
 
@@ -51,12 +52,13 @@ bool ChangesBetweenRuns(const std::wstring& line) {
 class Headless : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_IF_FRENCH_USER();
         DeleteSettings();
         folder_ = TempFolder(L"orvane-headless");
     }
     void TearDown() override {
         std::error_code ignored;
-        std::filesystem::remove_all(std::filesystem::path(folder_), ignored);
+        if (!folder_.empty()) std::filesystem::remove_all(std::filesystem::path(folder_), ignored);
         DeleteSettings();
     }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "e2e/Driver.h"
+#include "support/Wine.h"
 
 using namespace e2e;
 
@@ -37,16 +38,10 @@ LaunchOptions WithArguments(std::wstring arguments = {}) {
 LaunchOptions English(std::wstring arguments = {}) { return WithArguments(std::move(arguments)); }
 LaunchOptions French(std::wstring arguments = {}) { return WithArguments(std::move(arguments)); }
 
-bool UserLocaleIsFrench() {
-    wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
-    ::GetUserDefaultLocaleName(name, LOCALE_NAME_MAX_LENGTH);
-    return std::wstring(name).rfind(L"fr", 0) == 0;
-}
-
 class Shell : public testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_FALSE(UserLocaleIsFrench()) << "run this suite under an English locale";
+        SKIP_IF_FRENCH_USER();
         DeleteSettings();
     }
     void TearDown() override { DeleteSettings(); }
@@ -100,7 +95,7 @@ std::size_t WindowsWithReportView(DWORD pid) {
 class FrenchUser : public Shell {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(UserLocaleIsFrench()) << "run this suite under LC_ALL=fr_FR.UTF-8";
+        SKIP_UNLESS_FRENCH_USER();
         DeleteSettings();
     }
 };

@@ -9,6 +9,8 @@
 
 #include <cwchar>
 
+#include "support/Wine.h"
+
 namespace {
 // Central European Time with its summer time, as a POSIX rule: it needs no
 // time zone database on the host.
@@ -30,6 +32,7 @@ std::wstring EnvironmentTz() {
 class FileTimeInParis : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_UNLESS_WINE("the time zone comes from this process's Unix TZ");
         if (EnvironmentTz() != kParisRule) GTEST_SKIP() << "runs in its own process, started with TZ=CET-1CEST,...";
         TIME_ZONE_INFORMATION zone{};
         ::GetTimeZoneInformation(&zone);

@@ -13,6 +13,7 @@
 
 #include "report/ReportTestSupport.h"
 #include "report/SystemReport.h"
+#include "support/Wine.h"
 #include "w32/Scoped.h"
 
 namespace {
@@ -83,6 +84,7 @@ std::vector<Expected> Sorted(std::vector<Expected> entries) {
 class SuiteInstallation : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_UNLESS_WINE("installs a suite under Program Files, ProgramData and HKLM of the machine");
         if (SuiteKeyExists(0) || SuiteKeyExists(KEY_WOW64_32KEY) || Exists(standard_) || Exists(shared_))
             GTEST_SKIP() << "a suite is already installed on this machine; it is left alone";
         owned_ = true;

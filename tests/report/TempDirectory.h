@@ -69,6 +69,8 @@ public:
     }
 
     static void RemoveTree(const std::wstring& directory) {
+        // An empty name would mean the root of the current drive.
+        if (directory.empty()) return;
         WIN32_FIND_DATAW entry{};
         std::vector<std::wstring> subdirectories;
         {

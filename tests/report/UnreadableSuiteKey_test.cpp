@@ -9,6 +9,7 @@
 
 #include "report/InstallationSection.h"
 #include "report/ReportTestSupport.h"
+#include "support/Wine.h"
 #include "w32/Scoped.h"
 
 namespace {
@@ -30,6 +31,7 @@ bool Exists(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()
 class UnreadableSuiteKey : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_UNLESS_WINE("installs the suite's key in HKLM of the machine");
         w32::ScopedRegKey existing;
         if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, kSuiteKey, 0, KEY_READ, existing.Put()) != ERROR_FILE_NOT_FOUND ||
             Exists(programFiles_ + L"\\Orvane Software V9") || Exists(shared_))
