@@ -29,8 +29,6 @@ int MeasureScreenDpi() {
 
 CDiagnosticsApp::CDiagnosticsApp() = default;
 
-CDiagnosticsApp* GetDiagnosticsApp() { return dynamic_cast<CDiagnosticsApp*>(w32::CurrentApp()); }
-
 bool CDiagnosticsApp::InitInstance() {
     if (!w32::Application::InitInstance()) return false;
 

@@ -31,9 +31,6 @@ private:
     UINT mainTemplateId_ = 0;
 };
 
-// The running application object, or null (in tests that have none).
-CDiagnosticsApp* GetDiagnosticsApp();
-
 // The key under HKEY_CURRENT_USER\Software that holds the settings.
 inline constexpr wchar_t kRegistryKeyFormat[] = L"Orvane Software V%d";
 inline constexpr int kSuiteMajorVersion = 9;
