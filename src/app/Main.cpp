@@ -20,6 +20,12 @@ extern "C" int WinMainCRTStartup();   // MinGW-w64's start-up for a GUI program
 extern "C" int wWinMainCRTStartup();  // the Visual C++ runtime's
 extern "C" int OrvaneDiagnosticsStartup() {
     ::SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+    // The theme library draws with msimg32, which it loads by name on first
+    // use; Wine's does so without the restriction above, and would take a
+    // file planted beside the program. Loaded from the system directory now,
+    // for the whole run, the library is already there when anything asks
+    // for it by name.
+    ::LoadLibraryExW(L"msimg32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
 #if defined(__MINGW32__)
     return WinMainCRTStartup();
 #else
