@@ -84,12 +84,15 @@ std::wstring ProgramPath() {
 }
 
 std::wstring WindowText(HWND hwnd) {
+    // Not "abort if hung": a program busy drawing a long report for a few
+    // seconds on a loaded machine answers all the same, only later.
+    const UINT timeout = static_cast<UINT>(kDefaultTimeout.count() * 1000);
     DWORD_PTR length = 0;
-    if (!::SendMessageTimeoutW(hwnd, WM_GETTEXTLENGTH, 0, 0, SMTO_ABORTIFHUNG, 5000, &length)) return {};
+    if (!::SendMessageTimeoutW(hwnd, WM_GETTEXTLENGTH, 0, 0, SMTO_NORMAL, timeout, &length)) return {};
     std::wstring text(length + 1, L'\0');
     DWORD_PTR copied = 0;
-    ::SendMessageTimeoutW(hwnd, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()), SMTO_ABORTIFHUNG,
-                          5000, &copied);
+    ::SendMessageTimeoutW(hwnd, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()), SMTO_NORMAL, timeout,
+                          &copied);
     text.resize(copied);
     return text;
 }
