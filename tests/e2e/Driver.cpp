@@ -139,7 +139,10 @@ Program::Program(LaunchOptions options) {
         created = ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, inherit,
                                    CREATE_UNICODE_ENVIRONMENT, environment.data(), directory, &startup, &info);
     }
-    if (!created) return;
+    if (!created) {
+        startError_ = ::GetLastError();
+        return;
+    }
     ::CloseHandle(info.hThread);
     process_ = info.hProcess;
     pid_ = info.dwProcessId;

@@ -45,6 +45,8 @@ public:
     Program& operator=(const Program&) = delete;
 
     bool Started() const { return process_ != nullptr; }
+    // Why the process could not be started (GetLastError), 0 when it was.
+    DWORD StartError() const { return startError_; }
     DWORD Pid() const { return pid_; }
     HANDLE Process() const { return process_; }
     bool IsRunning() const;
@@ -65,6 +67,7 @@ private:
     HANDLE process_ = nullptr;
     DWORD pid_ = 0;
     HANDLE outputRead_ = nullptr;
+    DWORD startError_ = 0;
 };
 
 // A message box as the user sees it.

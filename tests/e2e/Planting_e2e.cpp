@@ -164,6 +164,7 @@ protected:
     // Starts a program that ends by itself and expects status 0.
     static void RunToTheEnd(LaunchOptions options) {
         Program program(std::move(options));
+        ASSERT_TRUE(program.Started()) << "could not be started: error " << program.StartError();
         DWORD status = 1234;
         ASSERT_TRUE(program.WaitForExit(status));
         EXPECT_EQ(status, 0u);
@@ -282,10 +283,15 @@ TEST_F(Planting, ControlProgramLoadsThePlantUnderEveryName) {
     // The plants in the current directory only: the system directory is
     // searched before it, so only the names that are not there are taken,
     // the WMI client libraries (Wine keeps its own under system32\wbem).
-    for (const auto& name : kRunTimeNames) ASSERT_TRUE(::DeleteFileW((Folder(L"program") + L"\\" + name).c_str()));
+    // A folder of its own for this run: the plants the last run loaded may
+    // still be held for a moment after it ended.
+    const std::wstring alone = Folder(L"program") + L"\\alone";
+    ASSERT_TRUE(std::filesystem::create_directories(alone));
+    const std::wstring controlAlone = alone + L"\\plant_control.exe";
+    ASSERT_TRUE(::CopyFileW(BuiltFile(L"plant_control.exe").c_str(), controlAlone.c_str(), FALSE));
     ClearMarkers();
     Plant(Folder(L"current"), kRunTimeNames);
-    RunToTheEnd(Options(control, arguments));
+    RunToTheEnd(Options(controlAlone, arguments));
     EXPECT_EQ(Markers(), MarkersOf({L"wbemprox.dll", L"wbemsvc.dll", L"fastprox.dll", L"wmiutils.dll", L"wbemcomn.dll"}));
 }
 
