@@ -33,7 +33,8 @@ public:
 
     // 9-point black Courier New, as the default and for all text.
     void SetReportFormat();
-    // Empties the view and puts the caret at the end.
+    // Empties the view and puts the caret at the end. A view holding text is
+    // emptied by putting a new control in its place: Hwnd() changes.
     void Clear();
     // Inserts at the caret; not undoable. During a Refill the pieces wait
     // until kGatherChars characters that end a line have gathered.
@@ -47,6 +48,7 @@ public:
     static constexpr std::size_t kGatherChars = 65536;
 
 private:
+    void ReplaceWithEmptyTwin();
     void Insert(const wchar_t* text);
     void InsertGathered();
 

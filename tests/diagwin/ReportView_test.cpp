@@ -141,6 +141,59 @@ TEST_F(ReportViewTest, RefillReplacesTheTextAndShowsItsStartInTheReportFormat) {
     EXPECT_TRUE(::GetWindowLongW(view_.Hwnd(), GWL_STYLE) & WS_VISIBLE);
 }
 
+// A view that holds a report is not emptied but replaced: the new control
+// must be the old one's twin in everything the window and the user rely on.
+TEST_F(ReportViewTest, RefillOfAFullViewPutsATwinInItsPlace) {
+    for (int i = 0; i < 500; ++i) view_.Append(std::wstring(99, L'y') + L"\n");
+    const HWND old = view_.Hwnd();
+    const HWND before = ::GetWindow(old, GW_HWNDPREV);
+    const HWND after = ::GetWindow(old, GW_HWNDNEXT);
+    const LONG style = ::GetWindowLongW(old, GWL_STYLE);
+    const LONG exStyle = ::GetWindowLongW(old, GWL_EXSTYLE);
+    RECT oldRect{};
+    ::GetWindowRect(old, &oldRect);
+    const auto font = ::SendMessageW(old, WM_GETFONT, 0, 0);
+    ::SetFocus(old);
+    ASSERT_EQ(::GetFocus(), old);
+    {
+        const ReportView::Refill refill(view_);
+        view_.Append(L"a new report\n");
+    }
+    const HWND twin = view_.Hwnd();
+    EXPECT_NE(twin, old);
+    EXPECT_FALSE(::IsWindow(old));
+    EXPECT_EQ(::GetDlgItem(host_.Hwnd(), IDC_REPORT_VIEW), twin);
+    wchar_t className[64] = L"";
+    ::GetClassNameW(twin, className, 64);
+    EXPECT_STREQ(className, L"RichEdit50W");
+    EXPECT_EQ(::GetWindowLongW(twin, GWL_STYLE), style);
+    EXPECT_EQ(::GetWindowLongW(twin, GWL_EXSTYLE), exStyle);
+    RECT twinRect{};
+    ::GetWindowRect(twin, &twinRect);
+    EXPECT_TRUE(::EqualRect(&twinRect, &oldRect));
+    EXPECT_EQ(::GetWindow(twin, GW_HWNDPREV), before);
+    EXPECT_EQ(::GetWindow(twin, GW_HWNDNEXT), after);
+    EXPECT_EQ(::SendMessageW(twin, WM_GETFONT, 0, 0), font);
+    EXPECT_EQ(::GetFocus(), twin);
+    EXPECT_EQ(::SendMessageW(twin, EM_GETLIMITTEXT, 0, 0), 0x7FFFFFFE);
+    EXPECT_EQ(view_.Text(), L"a new report\r\n");
+    const CHARFORMAT2W format = FormatOf(SCF_ALL);
+    EXPECT_STREQ(format.szFaceName, L"Courier New");
+    EXPECT_EQ(format.yHeight, 180);
+    EXPECT_EQ(format.crTextColor, RGB(0, 0, 0));
+}
+
+// The first report goes into the window's own, still empty, view.
+TEST_F(ReportViewTest, RefillOfAnEmptyViewKeepsTheControl) {
+    const HWND control = view_.Hwnd();
+    {
+        const ReportView::Refill refill(view_);
+        view_.Append(L"the first report\n");
+    }
+    EXPECT_EQ(view_.Hwnd(), control);
+    EXPECT_EQ(view_.Text(), L"the first report\r\n");
+}
+
 TEST_F(ReportViewTest, IsReadOnlyForTheUser) {
     EXPECT_TRUE(::GetWindowLongW(view_.Hwnd(), GWL_STYLE) & ES_READONLY);
 }

@@ -490,6 +490,11 @@ TEST(LargeReport, RefreshOfTheShownWindowLeavesTheNewReportFromItsStart) {
 
         ASSERT_TRUE(SendReportCommand(main));
         EXPECT_TRUE(::IsWindowVisible(window));
+        // A full view is replaced by a fresh one in the same window (emptying
+        // it would cost far more): look the view up again.
+        EXPECT_EQ(running.WaitForWindow(IsReportWindow), window);
+        view = ::GetDlgItem(window, kReportView);
+        ASSERT_NE(view, nullptr);
         const std::wstring after = WindowText(view);
         EXPECT_EQ(::SendMessageW(view, EM_GETFIRSTVISIBLELINE, 0, 0), 0);
         EXPECT_EQ(after.rfind(L"Orvane Software system report on ", 0), 0u);
