@@ -81,7 +81,10 @@ void ReportView::ReplaceWithEmptyTwin() {
         reinterpret_cast<HINSTANCE>(::GetWindowLongPtrW(old, GWLP_HINSTANCE)), nullptr);
     if (!twin) return;  // emptied the slow way by the caller
 
-    ::SendMessageW(twin, WM_SETFONT, ::SendMessageW(old, WM_GETFONT, 0, 0), FALSE);
+    // The dialog gives its controls its own font as it creates them, and the
+    // report format keeps that font's weight and effects: so does the twin.
+    // (The control's WM_GETFONT does not give back the font it was given.)
+    ::SendMessageW(twin, WM_SETFONT, ::SendMessageW(parent, WM_GETFONT, 0, 0), FALSE);
     ::SendMessageW(twin, EM_SETEVENTMASK, 0, ::SendMessageW(old, EM_GETEVENTMASK, 0, 0));
     ::SetWindowPos(twin, old, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     const bool hadFocus = ::GetFocus() == old;

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "report/ReportChecksum.h"
@@ -152,7 +153,8 @@ TEST_F(ReportViewTest, RefillOfAFullViewPutsATwinInItsPlace) {
     const LONG exStyle = ::GetWindowLongW(old, GWL_EXSTYLE);
     RECT oldRect{};
     ::GetWindowRect(old, &oldRect);
-    const auto font = ::SendMessageW(old, WM_GETFONT, 0, 0);
+    const CHARFORMAT2W oldDefault = FormatOf(SCF_DEFAULT);
+    const CHARFORMAT2W oldAll = FormatOf(SCF_ALL);
     ::SetFocus(old);
     ASSERT_EQ(::GetFocus(), old);
     {
@@ -173,7 +175,16 @@ TEST_F(ReportViewTest, RefillOfAFullViewPutsATwinInItsPlace) {
     EXPECT_TRUE(::EqualRect(&twinRect, &oldRect));
     EXPECT_EQ(::GetWindow(twin, GW_HWNDPREV), before);
     EXPECT_EQ(::GetWindow(twin, GW_HWNDNEXT), after);
-    EXPECT_EQ(::SendMessageW(twin, WM_GETFONT, 0, 0), font);
+    // The same characters: face, size, colour, weight, effects, character set.
+    for (const auto& [twinFormat, oldFormat] : {std::pair{FormatOf(SCF_DEFAULT), oldDefault}, {FormatOf(SCF_ALL), oldAll}}) {
+        EXPECT_STREQ(twinFormat.szFaceName, oldFormat.szFaceName);
+        EXPECT_EQ(twinFormat.yHeight, oldFormat.yHeight);
+        EXPECT_EQ(twinFormat.crTextColor, oldFormat.crTextColor);
+        EXPECT_EQ(twinFormat.wWeight, oldFormat.wWeight);
+        EXPECT_EQ(twinFormat.dwEffects, oldFormat.dwEffects);
+        EXPECT_EQ(twinFormat.bCharSet, oldFormat.bCharSet);
+        EXPECT_EQ(twinFormat.bPitchAndFamily, oldFormat.bPitchAndFamily);
+    }
     EXPECT_EQ(::GetFocus(), twin);
     EXPECT_EQ(::SendMessageW(twin, EM_GETLIMITTEXT, 0, 0), 0x7FFFFFFE);
     EXPECT_EQ(view_.Text(), L"a new report\r\n");
