@@ -1,7 +1,9 @@
 #include "report/ReportDiff.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "report/ReportModelText.h"
 #include "report/ReportRender.h"
@@ -190,9 +192,19 @@ private:
     std::map<std::string, int> seen_;
 };
 
-void Emit(std::vector<Change>& out, const Item& item, ChangeKind kind, std::optional<std::string> oldValue,
-          std::optional<std::string> newValue) {
-    out.push_back({item.section, item.subject, item.field, kind, std::move(oldValue), std::move(newValue)});
+// Where a change is told: at its place in the new report, and a thing the
+// new report no longer has right after what came before it in the old one,
+// so that an added or removed entry stands among its directory's other changes.
+using Place = std::pair<std::size_t, std::size_t>;
+
+struct PlacedChange {
+    Place place;
+    Change change;
+};
+
+void Emit(std::vector<PlacedChange>& out, Place place, const Item& item, ChangeKind kind,
+          std::optional<std::string> oldValue, std::optional<std::string> newValue) {
+    out.push_back({place, {item.section, item.subject, item.field, kind, std::move(oldValue), std::move(newValue)}});
 }
 
 }  // namespace
@@ -200,39 +212,56 @@ void Emit(std::vector<Change>& out, const Item& item, ChangeKind kind, std::opti
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport) {
     const std::vector<Item> oldItems = Flattener().Run(oldReport);
     const std::vector<Item> newItems = Flattener().Run(newReport);
-    std::map<std::string, const Item*> oldByKey, newByKey;
+    std::map<std::string, std::size_t> oldByKey, newByKey;
     std::set<std::string> oldSubjects, newSubjects;
     // Subjects with an item of their own come and go as a whole.
-    for (const Item& i : oldItems) {
-        oldByKey.emplace(Key(i), &i);
-        if (i.field.empty()) oldSubjects.insert(SubjectKey(i));
+    for (std::size_t i = 0; i < oldItems.size(); ++i) {
+        oldByKey.emplace(Key(oldItems[i]), i);
+        if (oldItems[i].field.empty()) oldSubjects.insert(SubjectKey(oldItems[i]));
     }
-    for (const Item& i : newItems) {
-        newByKey.emplace(Key(i), &i);
-        if (i.field.empty()) newSubjects.insert(SubjectKey(i));
+    for (std::size_t i = 0; i < newItems.size(); ++i) {
+        newByKey.emplace(Key(newItems[i]), i);
+        if (newItems[i].field.empty()) newSubjects.insert(SubjectKey(newItems[i]));
+    }
+    // Places count from 1 so that what the old report had before anything
+    // the new one keeps goes first.
+    std::vector<Place> oldPlaces(oldItems.size());
+    std::size_t anchor = 0;
+    for (std::size_t i = 0; i < oldItems.size(); ++i) {
+        const auto kept = newByKey.find(Key(oldItems[i]));
+        if (kept != newByKey.end()) anchor = kept->second + 1;
+        oldPlaces[i] = kept != newByKey.end() ? Place{anchor, 0} : Place{anchor, i + 1};
     }
     std::vector<Change> changes;
     for (const char* section : kSectionOrder) {
-        for (const Item& o : oldItems) {
+        std::vector<PlacedChange> placed;
+        for (std::size_t i = 0; i < oldItems.size(); ++i) {
+            const Item& o = oldItems[i];
             if (o.section != section) continue;
             if (oldSubjects.count(SubjectKey(o)) && !newSubjects.count(SubjectKey(o))) {
-                if (o.field.empty()) Emit(changes, o, ChangeKind::Removed, o.value, std::nullopt);
+                if (o.field.empty()) Emit(placed, oldPlaces[i], o, ChangeKind::Removed, o.value, std::nullopt);
                 continue;
             }
             if (o.field.empty()) continue;
             const auto n = newByKey.find(Key(o));
-            const std::optional<std::string> newValue = n == newByKey.end() ? std::nullopt : n->second->value;
-            if (o.value != newValue) Emit(changes, o, ChangeKind::Changed, o.value, newValue);
+            const std::optional<std::string> newValue =
+                n == newByKey.end() ? std::nullopt : newItems[n->second].value;
+            if (o.value != newValue) Emit(placed, oldPlaces[i], o, ChangeKind::Changed, o.value, newValue);
         }
-        for (const Item& n : newItems) {
+        for (std::size_t i = 0; i < newItems.size(); ++i) {
+            const Item& n = newItems[i];
             if (n.section != section) continue;
+            const Place place{i + 1, 0};
             if (newSubjects.count(SubjectKey(n)) && !oldSubjects.count(SubjectKey(n))) {
-                if (n.field.empty()) Emit(changes, n, ChangeKind::Added, std::nullopt, n.value);
+                if (n.field.empty()) Emit(placed, place, n, ChangeKind::Added, std::nullopt, n.value);
                 continue;
             }
             if (n.field.empty() || oldByKey.count(Key(n))) continue;
-            if (n.value) Emit(changes, n, ChangeKind::Changed, std::nullopt, n.value);
+            if (n.value) Emit(placed, place, n, ChangeKind::Changed, std::nullopt, n.value);
         }
+        std::stable_sort(placed.begin(), placed.end(),
+                         [](const PlacedChange& a, const PlacedChange& b) { return a.place < b.place; });
+        for (PlacedChange& p : placed) changes.push_back(std::move(p.change));
     }
     return changes;
 }

@@ -172,8 +172,8 @@ TEST(ReportDiff, NamesEachChangeOnceAndIgnoresTheHeaderTime) {
               "\tC volume free: 81646476K \u2192 81000000K\n"
               "Orvane Software installation:\n"
               "\tCurrent directory: tool.dll: version: 9.3.1.0 \u2192 9.4.0.0\n"
-              "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n"
-              "\tCurrent directory: new.txt: added (size 12)\n");
+              "\tCurrent directory: new.txt: added (size 12)\n"
+              "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n");
     EXPECT_TRUE(DiffReports(before, before).empty());
     EXPECT_TRUE(DiffReports(ParseReportBody(U16(WithCrLf(kSampleReportBody))), before).empty());
 }

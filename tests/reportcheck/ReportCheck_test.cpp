@@ -355,9 +355,9 @@ const std::string kLaterSampleDiff =
     "Orvane Software installation:\n"
     "\tCurrent directory: tool.dll: version: 9.3.1.0 \u2192 9.4.0.0\n"
     "\tCurrent directory: tool.dll: written: 08/03/2021  09:00:00 \u2192 29/11/2026  09:00:00\n"
+    "\tStandard installation directory: notes.txt: added (size 12)\n"
     "\tRegistry installation directory: big.bin: removed (size -1294967296)\n"
-    "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n"
-    "\tStandard installation directory: notes.txt: added (size 12)\n";
+    "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n";
 
 const std::string kTinyBody = "\nProgram:\nA 1\nin C:\\X\nstray\n";
 
@@ -640,12 +640,12 @@ TEST_F(ReportCheck, DiffOfTwoReportsMadeUnderWine) {
               "\tCurrent directory: .: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
               "\tCurrent directory: ..: created: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
               "\tCurrent directory: ..: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
+              "\tCurrent directory: notes.txt: added (size 1)\n"
               "\tCurrent directory: setup.log: removed (size 5)\n"
               "\tCurrent directory: tool.dll: version: 3.2.1.0 \u2192 1.4.0.12\n"
               "\tCurrent directory: tool.dll: created: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
               "\tCurrent directory: tool.dll: written: 22/11/2026  14:56:57 \u2192 22/11/2026  14:58:13\n"
-              "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n"
-              "\tCurrent directory: notes.txt: added (size 1)\n");
+              "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n");
     EXPECT_EQ(outcome.status, 1);
     const Outcome same = Check({"diff", "wine-after.txt", "wine-after.txt"});
     EXPECT_EQ(same.out, "");
