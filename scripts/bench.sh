@@ -242,6 +242,7 @@ if part 6; then
   done
   probe view-fill report "$fill_runs" >>"$raw"
   probe view-fill 'C:\bench\entries\1000' "$fill_runs" >>"$raw"
+  probe view-fill 'C:\bench\entries\10000' "$fill_runs" >>"$raw"
   for n in 1000 3000; do probe clear-ways "$n" >>"$raw"; done
 fi
 
