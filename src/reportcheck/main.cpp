@@ -389,6 +389,11 @@ int Run(int argc, NativeChar* argv[]) {
         // Out of memory on a huge file, mostly: say so, and print nothing more.
         Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
         return kSomeNotAReport;
+    } catch (...) {
+        // Nothing of ours throws anything else; should a library do so, the
+        // user still gets a word and the documented status, not an abort.
+        Print(stderr, "reportcheck: unexpected failure\n");
+        return kSomeNotAReport;
     }
 }
 
