@@ -28,7 +28,16 @@
 set(DIAG_DELAYLOAD_DEFS ${CMAKE_CURRENT_LIST_DIR}/delayload)
 
 if(MINGW)
-  find_program(DIAG_DLLTOOL NAMES ${TOOLCHAIN_PREFIX}-dlltool x86_64-w64-mingw32-dlltool REQUIRED)
+  # A cross toolchain names dlltool after its target; MSYS2's MinGW shell has
+  # it as plain dlltool beside gcc. CMake has usually found the toolchain's
+  # own already (CMAKE_DLLTOOL), which is then the one to take: a plain
+  # dlltool first on the PATH could belong to another toolchain.
+  if(NOT DIAG_DLLTOOL AND CMAKE_DLLTOOL AND EXISTS "${CMAKE_DLLTOOL}")
+    set(DIAG_DLLTOOL "${CMAKE_DLLTOOL}" CACHE FILEPATH "dlltool that makes the delay-import libraries")
+  endif()
+  get_filename_component(_diag_compiler_dir "${CMAKE_C_COMPILER}" DIRECTORY)
+  find_program(DIAG_DLLTOOL NAMES ${TOOLCHAIN_PREFIX}-dlltool x86_64-w64-mingw32-dlltool dlltool
+    HINTS "${_diag_compiler_dir}" REQUIRED)
 endif()
 
 function(diag_delay_load_libraries target)

@@ -7,15 +7,18 @@
 # whose own imports are known DLLs under Wine too: kernel32, the C runtime and
 # advapi32. Everything else must be delay-loaded (cmake/DelayLoad.cmake). A
 # MinGW runtime DLL is refused too: the program is one self-contained exe.
-# Used by scripts/dist.sh and by the ImportTable tests.
+# Used by scripts/dist.sh and by the ImportTable tests. DIAG_OBJDUMP names
+# the objdump to use: the cross toolchain's by default, MSYS2's is plain
+# objdump.
 set -euo pipefail
+objdump=${DIAG_OBJDUMP:-x86_64-w64-mingw32-objdump}
 
 # The static imports allowed, in lower case.
 known=" kernel32.dll msvcrt.dll advapi32.dll "
 
 status=0
 for exe in "$@"; do
-  dump=$(x86_64-w64-mingw32-objdump -p "$exe") || { echo "$exe: cannot be read" >&2; exit 2; }
+  dump=$("$objdump" -p "$exe") || { echo "$exe: cannot be read" >&2; exit 2; }
   # "DLL Name:" lines of the import tables; delay-loaded libraries are not among them.
   while read -r dll; do
     lower=${dll,,}

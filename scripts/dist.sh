@@ -22,11 +22,30 @@ files=("$build/bin/OrvaneDiagnostics.exe" "$build/bin/reportcheck.exe" README.md
 # The tests find their helpers and fixtures beside their own exe, so the
 # test zip is one flat folder, as build/bin is.
 bin=$build/bin
+# What each test program starts or reads beside itself (tests/CMakeLists.txt,
+# the add_dependencies of each): the product's two programs, the report
+# printers, the file locker, the version fixtures, and the planting tests'
+# library and control program.
 test_files=("$bin"/unit_tests.exe "$bin"/report_tests.exe "$bin"/reportcheck_tests.exe "$bin"/e2e_tests.exe
   "$bin"/report_printer.exe "$bin"/report_printer_unversioned.exe "$bin"/file_locker.exe
-  "$bin"/fixture_version_*.dll "$bin"/OrvaneDiagnostics.exe "$bin"/reportcheck.exe)
+  "$bin"/fixture_version_{neutral,english,french,both,blanks}.dll "$bin"/planted_library.dll
+  "$bin"/plant_control.exe "$bin"/OrvaneDiagnostics.exe "$bin"/reportcheck.exe)
 for f in "${files[@]}" "${test_files[@]}"; do
   [[ -f "$f" ]] || { echo "Missing $f" >&2; exit 1; }
+done
+# A fixture added to the build but not to the list above would only show as
+# a test failing on the other machine: every program and library in the
+# build's bin folder is packed, or is one of the benchmarks, which no test
+# starts.
+for f in "$bin"/*.exe "$bin"/*.dll; do
+  [[ -e "$f" ]] || continue
+  case $(basename "$f") in bench_*) continue ;; esac
+  packed=0
+  for t in "${test_files[@]}"; do [[ "$t" == "$f" ]] && packed=1; done
+  if ((!packed)); then
+    echo "$f is in the build but not in the test zip: add it to test_files in $0 (or leave it out here, saying why)." >&2
+    exit 1
+  fi
 done
 
 # The promise is "copy one exe, nothing to install", and safe to run from any

@@ -140,6 +140,12 @@ ProcessOutcome RunProcess(const std::wstring& commandLine, HANDLE token) {
     return outcome;
 }
 
+bool WmicIsThere() {
+    // The search CreateProcess makes for a bare name: the system folders and the PATH.
+    wchar_t found[MAX_PATH];
+    return ::SearchPathW(nullptr, L"wmic.exe", nullptr, MAX_PATH, found, nullptr) != 0;
+}
+
 std::vector<std::wstring> WmicValues(const std::wstring& alias, const std::wstring& property) {
     const ProcessOutcome outcome = RunProcess(L"wmic " + alias + L" get " + property);
     if (!outcome.finished) return {};

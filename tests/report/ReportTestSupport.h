@@ -71,6 +71,13 @@ struct ProcessOutcome {
 // under it.
 ProcessOutcome RunProcess(const std::wstring& commandLine, HANDLE token = nullptr);
 
+// Whether wmic can be started here. Newer Windows leaves it out (it is an
+// optional feature there); Wine has it. The tests that take its second
+// opinion skip without it, saying so with kNoWmic.
+bool WmicIsThere();
+inline constexpr char kNoWmic[] =
+    "wmic is not on this machine (newer Windows leaves it out): no second opinion on what WMI reads";
+
 // The value that "wmic <alias> get <property>" prints: a second opinion on
 // what the report's WMI queries read.
 std::wstring WmicValue(const std::wstring& alias, const std::wstring& property);

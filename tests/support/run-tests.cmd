@@ -19,8 +19,23 @@ set only=%~1
 set passed=0
 set failed=0
 set skipped=0
+rem A folder of this call's own. Two calls started close together can draw
+rem the same random number (Wine's cmd did, and then wrote over the first
+rem call's logs): a name already taken is drawn again, a few times at most.
+rem Whether the folder is there is asked, not mkdir's status, which Wine's
+rem cmd leaves at 0 for a folder that exists.
+set tries=0
+:newlogs
+set /a tries+=1
 set "logs=%TEMP%\orvane-tests-%RANDOM%%RANDOM%"
-mkdir "%logs%"
+if not exist "%logs%\" goto :makelogs
+if %tries% lss 20 goto :newlogs
+:makelogs
+mkdir "%logs%" 2>nul
+if exist "%logs%\" goto :haslogs
+echo Cannot make a folder for the logs under %TEMP%
+exit /b 1
+:haslogs
 
 call :run unit_tests unit_tests "-FileTimeInParis.*"
 call :run unit_tests unit_tests-paris "FileTimeInParis.*"
