@@ -11,6 +11,7 @@ set(DIAG_PURE_SOURCES
   src/report/ReportText.cpp
   src/report/RegistryValueText.cpp
   src/report/InstallationText.cpp
+  src/report/InstallationRecord.cpp
   src/report/ReportModelText.cpp
   src/report/ReportParse.cpp
   src/report/ReportRender.cpp
@@ -34,6 +35,7 @@ set(DIAG_PURE_TESTS
   tests/report/ReportText_test.cpp
   tests/report/RegistryValueText_test.cpp
   tests/report/InstallationText_test.cpp
+  tests/report/InstallationRecord_test.cpp
   tests/report/ReportModel_test.cpp
   tests/report/SystemSections_test.cpp
   tests/diagwin/SaveLocation_test.cpp

@@ -43,22 +43,26 @@ AceKind KindOf(BYTE aceType) {
     return AceKind::Other;
 }
 
-std::wstring DescribeAce(PACL dacl, DWORD index, CurrentAce& current) {
+AccessEntryRecord ReadAce(PACL dacl, DWORD index, CurrentAce& current) {
+    AccessEntryRecord record;
     void* raw = nullptr;
-    if (!::GetAce(dacl, index, &raw)) return std::wstring(kUnreadableAccessEntry);
-    const AceKind kind = KindOf(static_cast<const ACE_HEADER*>(raw)->AceType);
-    if (kind != AceKind::Other) {
+    if (!::GetAce(dacl, index, &raw)) {
+        record.readable = false;
+        return record;
+    }
+    record.kind = KindOf(static_cast<const ACE_HEADER*>(raw)->AceType);
+    if (record.kind != AceKind::Other) {
         // Allowed and denied entries share one layout: header, mask, SID.
         auto* ace = static_cast<ACCESS_ALLOWED_ACE*>(raw);
         current.mask = ace->Mask;
         current.sid = &ace->SidStart;
     }
-    const std::optional<AccountName> account = current.sid ? LookUpAccount(current.sid) : std::nullopt;
-    return FormatAccessEntry(kind, account, current.mask);
+    record.mask = current.mask;
+    if (current.sid) record.account = LookUpAccount(current.sid);
+    return record;
 }
 
-std::wstring ReadAccessList(const std::wstring& path) {
-    const std::wstring heading(kAccessListHeading);
+AccessListRecord ReadAccessListOf(const std::wstring& path) {
     // The first ask, without a buffer, only gives the size; the second must fit.
     auto descriptor = w32::FillGrowingBuffer<std::vector<BYTE>>(0, 2, [&path](std::vector<BYTE>& buffer) {
         const DWORD size = static_cast<DWORD>(buffer.size());
@@ -69,8 +73,8 @@ std::wstring ReadAccessList(const std::wstring& path) {
             return w32::BufferAnswer::Filled(size);
         return w32::BufferAnswer::TooSmall(needed);
     });
-    if (!descriptor) return heading + FormatApiFailure(L"GetFileSecurity", ::GetLastError());
-    return FormatAccessList(descriptor->data());
+    if (!descriptor) return AccessListRecord{AccessListState::kSecurityUnreadable, ::GetLastError(), {}};
+    return ReadAccessListRecord(descriptor->data());
 }
 
 // A version resource lives only in an executable image, and every image
@@ -89,23 +93,47 @@ bool CannotBeAnImage(const std::wstring& path) {
     return read < sizeof(magic) || magic[0] != 'M' || magic[1] != 'Z';
 }
 
-std::wstring ReadContentExcerpt(const std::wstring& path) {
+ContentExcerptRecord ReadContentExcerpt(const std::wstring& path) {
     const w32::ScopedCFile file(::_wfopen(path.c_str(), L"rb"));
-    if (!file) return FormatContentPart(kUnableToOpen);
+    if (!file) return {};
     char line[kExcerptBufferSize];
-    if (!std::fgets(line, sizeof(line), file.Get())) return FormatContentPart(L"");
+    if (!std::fgets(line, sizeof(line), file.Get())) return {true, {}};
     // The line ends at its first NUL byte, as a C string does.
-    return FormatContentPart(w32::AnsiToWide(CleanExcerpt(std::string_view(line, std::strlen(line)))));
+    return {true, w32::AnsiToWide(CleanExcerpt(std::string_view(line, std::strlen(line))))};
+}
+
+bool SameTime(const FILETIME& a, const FILETIME& b) {
+    return a.dwLowDateTime == b.dwLowDateTime && a.dwHighDateTime == b.dwHighDateTime;
+}
+
+// Refills `record` in place, so that a long listing reuses its strings.
+void FillEntryRecord(DirectoryEntryRecord& record, const std::wstring& directory, const WIN32_FIND_DATAW& entry,
+                     bool withAcl, bool withContent, ProductVersionMemo* memo) {
+    record.attributes = entry.dwFileAttributes;
+    record.sizeLow = entry.nFileSizeLow;
+    record.created = LocalCalendarTime(entry.ftCreationTime);
+    record.written = LocalCalendarTime(entry.ftLastWriteTime);
+    record.name = entry.cFileName;
+    // A forward slash, as the listing has always joined them; the path is as
+    // long as it needs to be.
+    const std::wstring path = directory + L"/" + record.name;
+    record.productVersion = memo ? memo->Read(path, entry) : ReadProductVersion(path);
+    record.accessList.reset();
+    if (withAcl) record.accessList = ReadAccessListOf(path);
+    record.content.reset();
+    if (withContent && !IsDotEntry(record.name)) record.content = ReadContentExcerpt(path);
 }
 }  // namespace
 
-std::wstring FormatFileTime(const FILETIME& time) {
+CalendarTime LocalCalendarTime(const FILETIME& time) {
     SYSTEMTIME utc{};
     SYSTEMTIME local{};
     ::FileTimeToSystemTime(&time, &utc);
     ::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
-    return FormatCalendarTime({local.wDay, local.wMonth, local.wYear, local.wHour, local.wMinute, local.wSecond});
+    return {local.wDay, local.wMonth, local.wYear, local.wHour, local.wMinute, local.wSecond};
 }
+
+std::wstring FormatFileTime(const FILETIME& time) { return FormatCalendarTime(LocalCalendarTime(time)); }
 
 std::wstring ReadProductVersion(const std::wstring& path) {
     if (CannotBeAnImage(path)) return {};
@@ -124,26 +152,24 @@ std::wstring ReadProductVersion(const std::wstring& path) {
     return {};
 }
 
-std::wstring FormatAccessList(PSECURITY_DESCRIPTOR descriptor) {
-    std::wstring text(kAccessListHeading);
+AccessListRecord ReadAccessListRecord(PSECURITY_DESCRIPTOR descriptor) {
     BOOL present = FALSE;
     BOOL defaulted = FALSE;
     PACL dacl = nullptr;
     // Without a DACL the code shown is whatever the last failing call left.
-    if (!::GetSecurityDescriptorDacl(descriptor, &present, &dacl, &defaulted) || !present) {
-        return text + FormatApiFailure(L"GetSecurityDescriptorDacl", ::GetLastError());
-    }
-    if (!dacl) return text + std::wstring(kNullAccessList);
+    if (!::GetSecurityDescriptorDacl(descriptor, &present, &dacl, &defaulted) || !present)
+        return AccessListRecord{AccessListState::kDaclUnreadable, ::GetLastError(), {}};
+    if (!dacl) return AccessListRecord{AccessListState::kNullList, 0, {}};
+    AccessListRecord list;
+    list.entries.reserve(dacl->AceCount);
     CurrentAce current;
-    for (DWORD index = 0; index < dacl->AceCount; ++index) text += DescribeAce(dacl, index, current);
-    return text;
+    for (DWORD index = 0; index < dacl->AceCount; ++index) list.entries.push_back(ReadAce(dacl, index, current));
+    return list;
 }
 
-namespace {
-bool SameTime(const FILETIME& a, const FILETIME& b) {
-    return a.dwLowDateTime == b.dwLowDateTime && a.dwHighDateTime == b.dwHighDateTime;
+std::wstring FormatAccessList(PSECURITY_DESCRIPTOR descriptor) {
+    return RenderAccessList(ReadAccessListRecord(descriptor));
 }
-}  // namespace
 
 std::wstring ProductVersionMemo::Read(const std::wstring& path, const WIN32_FIND_DATAW& entry) {
     const auto known = readings_.find(path);
@@ -160,27 +186,36 @@ std::wstring ProductVersionMemo::Read(const std::wstring& path, const WIN32_FIND
     return version;
 }
 
+DirectoryEntryRecord CollectFileEntry(const std::wstring& directory, const WIN32_FIND_DATAW& entry, bool withAcl,
+                                      bool withContent, ProductVersionMemo* memo) {
+    DirectoryEntryRecord record;
+    FillEntryRecord(record, directory, entry, withAcl, withContent, memo);
+    return record;
+}
+
 std::wstring FormatFileEntry(const std::wstring& directory, const WIN32_FIND_DATAW& entry, bool withAcl,
                              bool withContent, ProductVersionMemo* memo) {
-    const std::wstring name = entry.cFileName;
-    std::wstring text = FormatEntryHead(entry.dwFileAttributes, entry.nFileSizeLow);
-    text += FormatFileTime(entry.ftCreationTime) + L"\t" + FormatFileTime(entry.ftLastWriteTime) + L"\t";
-    text += name + L"\t";
-    // A forward slash, as the listing has always joined them; the path is as
-    // long as it needs to be.
-    const std::wstring path = directory + L"/" + name;
-    text += memo ? memo->Read(path, entry) : ReadProductVersion(path);
-    if (withAcl) text += ReadAccessList(path);
-    if (withContent && !IsDotEntry(name)) text += ReadContentExcerpt(path);
-    return text;
+    return RenderEntryText(CollectFileEntry(directory, entry, withAcl, withContent, memo));
+}
+
+void ForEachFileEntry(const std::wstring& directory, bool withAcl, bool withContent, ProductVersionMemo* memo,
+                      const DirectoryEntrySource::EntryHandler& handle) {
+    WIN32_FIND_DATAW entry{};
+    const w32::ScopedFind search(::FindFirstFileW((directory + L"\\*").c_str(), &entry));
+    if (!search) return;
+    DirectoryEntryRecord record;
+    do {
+        FillEntryRecord(record, directory, entry, withAcl, withContent, memo);
+        handle(record);
+    } while (::FindNextFileW(search.Get(), &entry));
 }
 
 void ListDirectory(ReportSink& sink, const std::wstring& directory, bool withAcl, bool withContent,
                    ProductVersionMemo* memo) {
-    WIN32_FIND_DATAW entry{};
-    const w32::ScopedFind search(::FindFirstFileW((directory + L"\\*").c_str(), &entry));
-    if (!search) return;
-    do {
-        sink.Append(L"\t" + FormatFileEntry(directory, entry, withAcl, withContent, memo) + L"\n");
-    } while (::FindNextFileW(search.Get(), &entry));
+    ForEachFileEntry(directory, withAcl, withContent, memo,
+                     [&sink](const DirectoryEntryRecord& record) { RenderEntryLine(record, sink); });
+}
+
+void SystemDirectoryEntries::ForEachEntry(const std::wstring& directory, const EntryHandler& handle) {
+    ForEachFileEntry(directory, withAcl_, withContent_, memo_, handle);
 }

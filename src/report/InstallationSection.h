@@ -3,12 +3,19 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "report/InstallationRecord.h"
 #include "report/ReportSink.h"
+
+// The installation values of the suite's registry key that can be read, in
+// report order; none when the key cannot be opened.
+std::vector<RegistryValueRecord> ReadInstallationValues();
 
 // Appends the section: the program's directory, the standard installation
 // directory, the registry data, the registry's directory when it is another
-// one, and the two shared directories, each directory listed entry by entry.
+// one, and the two shared directories. Each entry is rendered as soon as it
+// is read, so that a large directory is never held whole.
 // The folders come from the Windows section of the same report; an empty
 // folder gives paths rooted at "\".
 void WriteInstallationSection(ReportSink& sink, const std::wstring& programDirectory, const std::wstring& programFiles,

@@ -1,16 +1,21 @@
-// The Program, Host, Windows and Hardware sections rendered from records of
-// any values: each section keeps its heading, its number of pieces and its
-// labels, every piece is one line, and each text value appears as given,
+// The Program, Host, Windows, Hardware and Installation sections rendered
+// from records of any values: each section keeps its heading, its number of
+// pieces and its labels, every piece is one line (an entry with a content
+// excerpt is one piece of two lines), and each text value appears as given,
 // whatever characters it holds. Numbers of any size render without fault
-// (the sanitizers watch the conversions).
+// (the sanitizers watch the conversions); the fixed layouts of an entry line
+// are checked against the C runtime's printf conversions.
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdint>
+#include <cwchar>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "FuzzCheck.h"
+#include "report/InstallationRecord.h"
 #include "report/SystemSections.h"
 
 namespace {
@@ -139,6 +144,175 @@ void CheckHardware(FuzzedDataProvider& input) {
     }
 }
 
+std::wstring Printed(const wchar_t* format, auto... values) {
+    wchar_t text[128];
+    const int length = std::swprintf(text, 128, format, values...);
+    FUZZ_CHECK(length >= 0);
+    return std::wstring(text, static_cast<std::size_t>(length));
+}
+
+// SYSTEMTIME's fields are 16-bit.
+CalendarTime AnyTime(FuzzedDataProvider& input) {
+    CalendarTime time;
+    time.day = input.ConsumeIntegral<std::uint16_t>();
+    time.month = input.ConsumeIntegral<std::uint16_t>();
+    time.year = input.ConsumeIntegral<std::uint16_t>();
+    time.hour = input.ConsumeIntegral<std::uint16_t>();
+    time.minute = input.ConsumeIntegral<std::uint16_t>();
+    time.second = input.ConsumeIntegral<std::uint16_t>();
+    return time;
+}
+
+std::wstring PrintedTime(const CalendarTime& t) {
+    return Printed(L"%02u/%02u/%04u  %02u:%02u:%02u", t.day, t.month, t.year, t.hour, t.minute, t.second);
+}
+
+AccessListRecord AnyAccessList(FuzzedDataProvider& input) {
+    AccessListRecord list;
+    list.state = static_cast<AccessListState>(input.ConsumeIntegralInRange<int>(0, 3));
+    list.errorCode = input.ConsumeIntegral<std::uint32_t>();
+    const std::size_t count = input.ConsumeIntegralInRange<std::size_t>(0, 4);
+    for (std::size_t i = 0; i < count; ++i) {
+        AccessEntryRecord entry;
+        entry.readable = input.ConsumeBool();
+        entry.kind = static_cast<AceKind>(input.ConsumeIntegralInRange<int>(0, 2));
+        entry.mask = input.ConsumeIntegral<std::uint32_t>();
+        if (input.ConsumeBool()) entry.account = AccountName{WideText(input, 8), WideText(input, 8)};
+        list.entries.push_back(entry);
+    }
+    return list;
+}
+
+std::wstring ExpectedAccessList(const AccessListRecord& list) {
+    std::wstring text = L" ACL:";
+    switch (list.state) {
+        case AccessListState::kSecurityUnreadable:
+            return text + Printed(L" failed GetFileSecurity (%d)", static_cast<std::int32_t>(list.errorCode));
+        case AccessListState::kDaclUnreadable:
+            return text + Printed(L" failed GetSecurityDescriptorDacl (%d)", static_cast<std::int32_t>(list.errorCode));
+        case AccessListState::kNullList: return text + L" NULL (Allow All)";
+        case AccessListState::kRead: break;
+    }
+    for (const AccessEntryRecord& entry : list.entries) {
+        if (!entry.readable) {
+            text += L";";
+            continue;
+        }
+        text += entry.kind == AceKind::Allow  ? L" Allow "
+                : entry.kind == AceKind::Deny ? L" Deny "
+                                              : L" Unknown Right ";
+        if (!entry.account) {
+            text += L";";
+            continue;
+        }
+        if (!entry.account->domain.empty()) text += entry.account->domain + L"\\";
+        text += entry.account->name + L" [";
+        if (entry.kind != AceKind::Other) {
+            const auto shows = [&](std::uint32_t bits) {
+                return entry.kind == AceKind::Allow ? (entry.mask & bits) == bits : (entry.mask & bits) != 0;
+            };
+            text += shows(0x81) ? L'R' : L' ';
+            text += shows(0x116) ? L'W' : L' ';
+            text += shows(0x21) ? L'X' : L' ';
+        }
+        text += L"];";
+    }
+    return text;
+}
+
+DirectoryEntryRecord AnyEntry(FuzzedDataProvider& input) {
+    DirectoryEntryRecord entry;
+    entry.attributes = input.ConsumeIntegral<std::uint32_t>();
+    entry.sizeLow = input.ConsumeIntegral<std::uint32_t>();
+    entry.created = AnyTime(input);
+    entry.written = AnyTime(input);
+    entry.name = WideText(input, 12);
+    entry.productVersion = WideText(input, 12);
+    if (input.ConsumeBool()) entry.accessList = AnyAccessList(input);
+    if (input.ConsumeBool()) entry.content = ContentExcerptRecord{input.ConsumeBool(), WideText(input, 16)};
+    return entry;
+}
+
+// "\t<head><created>\t<written>\t<name>\t<version>[ ACL:...][content]\n"
+std::wstring ExpectedEntryLine(const DirectoryEntryRecord& entry) {
+    std::wstring line = L"\t" + Printed(L"%08x %10d\t", entry.attributes, static_cast<std::int32_t>(entry.sizeLow));
+    line += PrintedTime(entry.created) + L"\t" + PrintedTime(entry.written) + L"\t";
+    line += entry.name + L"\t" + entry.productVersion;
+    if (entry.accessList) line += ExpectedAccessList(*entry.accessList);
+    if (entry.content) {
+        line += L"\n\t\t\t\tContent:\"";
+        line += entry.content->opened ? entry.content->firstLine : L"!!!unable to open file!!!";
+        line += L"\"";
+    }
+    return line + L"\n";
+}
+
+void CheckInstallation(FuzzedDataProvider& input) {
+    const std::wstring programDirectory = WideText(input, 8);
+    const std::wstring programFiles = WideText(input, 8);
+    const std::wstring commonAppData = WideText(input, 8);
+    const std::wstring standard = programFiles + L"\\Orvane Software V9";
+    std::vector<RegistryValueRecord> values;
+    for (const InstallationValue& value : kInstallationValues) {
+        if (!input.ConsumeBool()) continue;
+        std::vector<std::uint8_t> data;
+        // The location often names a directory that the section lists anyway.
+        if (value.name == kInstallLocationValue && input.ConsumeBool()) {
+            const std::wstring& named = input.ConsumeBool() ? standard : programDirectory;
+            for (wchar_t unit : named) data.insert(data.end(), {std::uint8_t(unit & 0xFF), std::uint8_t(unit >> 8)});
+        } else {
+            data = input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, 24));
+        }
+        values.push_back({value, std::move(data)});
+    }
+    const std::vector<RegistryValueRecord> given = values;
+    const InstallationRecord record =
+        MakeInstallationRecord(programDirectory, programFiles, commonAppData, std::move(values));
+
+    std::wstring location;
+    for (const RegistryValueRecord& value : given)
+        if (value.value.name == kInstallLocationValue) location = RegistryDataAsText(value.data);
+    const bool listsLocation = !location.empty() && location != standard && location != programDirectory;
+    FUZZ_CHECK(record.registryDirectory.has_value() == listsLocation);
+
+    // Some directories cannot be searched; the others hold a few entries.
+    CollectedEntries entries;
+    const std::wstring parameters = commonAppData + L"\\Orvane Software";
+    const std::wstring batch = parameters + L"\\Runner";
+    const auto directories = {&programDirectory, &standard, static_cast<const std::wstring*>(&location),
+                              &parameters, &batch};
+    for (const std::wstring* directory : directories) {
+        if (!input.ConsumeBool()) continue;
+        std::vector<DirectoryEntryRecord>& listed = entries.directories[*directory];
+        listed.clear();
+        const std::size_t count = input.ConsumeIntegralInRange<std::size_t>(0, 3);
+        for (std::size_t i = 0; i < count; ++i) listed.push_back(AnyEntry(input));
+    }
+
+    PieceSink sink;
+    RenderInstallationSection(record, entries, sink);
+    std::vector<std::wstring> expected{L"\nOrvane Software installation:\n"};
+    const auto listing = [&](const std::wstring& heading, const std::wstring& directory) {
+        expected.push_back(heading);
+        const auto found = entries.directories.find(directory);
+        if (found == entries.directories.end()) return;
+        for (const DirectoryEntryRecord& entry : found->second) expected.push_back(ExpectedEntryLine(entry));
+    };
+    listing(L"* Current directory (" + programDirectory + L"):\n", programDirectory);
+    listing(L"* Standard installation directory (" + standard + L"):\n", standard);
+    expected.push_back(L"* Registry installation data:\n");
+    for (const RegistryValueRecord& value : given) {
+        const std::wstring shown = value.value.format == RegistryValueFormat::kNumber
+                                       ? std::to_wstring(RegistryDataAsNumber(value.data))
+                                       : RegistryDataAsText(value.data);
+        expected.push_back(L"\t" + std::wstring(value.value.name) + L": " + shown + L"\n");
+    }
+    if (listsLocation) listing(L"* Registry installation directory:\n", location);
+    listing(L"* Shared parameters directory (" + parameters + L"):\n", parameters);
+    listing(L"* Shared Batch directory (" + batch + L"):\n", batch);
+    FUZZ_CHECK(sink.pieces == expected);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -147,5 +321,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckHost(input);
     CheckWindows(input);
     CheckHardware(input);
+    CheckInstallation(input);
     return 0;
 }
