@@ -193,12 +193,12 @@ struct Loaded {
 
 std::u16string BodyOf(std::string_view bytes) {
     constexpr std::size_t kBom = 2, kTrailer = 30;
-    std::u16string body;
     const std::string_view raw = bytes.substr(kBom, bytes.size() - kBom - kTrailer);
-    body.reserve(raw.size() / 2);
-    for (std::size_t i = 0; i + 1 < raw.size(); i += 2)
-        body.push_back(static_cast<char16_t>(static_cast<unsigned char>(raw[i]) |
-                                             static_cast<unsigned char>(raw[i + 1]) << 8));
+    std::u16string body(raw.size() / 2, u'\0');
+    char16_t* units = body.data();
+    for (std::size_t i = 0; i < body.size(); ++i)
+        units[i] = static_cast<char16_t>(static_cast<unsigned char>(raw[2 * i]) |
+                                         static_cast<unsigned char>(raw[2 * i + 1]) << 8);
     return body;
 }
 
