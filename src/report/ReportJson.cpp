@@ -265,9 +265,10 @@ void JsonWriter::Close(char bracket) {
 }
 
 void JsonWriter::Key(std::string_view key) {
-    String(key);
-    out_ += ':';
-    comma_ = false;
+    Separate();
+    out_ += '"';
+    out_ += key;
+    out_ += "\":";
 }
 
 void JsonWriter::String(std::string_view text) {

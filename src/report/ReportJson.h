@@ -24,7 +24,7 @@ public:
     explicit JsonWriter(std::string& out) : out_(out) {}
     void Open(char bracket);  // '{' or '['
     void Close(char bracket);
-    void Key(std::string_view key);
+    void Key(std::string_view key);  // a name of the form: ASCII, nothing to escape
     void String(std::string_view text);
     void Null();
     void Bool(bool value);
