@@ -109,11 +109,15 @@ bool ReadWholeFile(const NativeChar* path, std::string& bytes, int& error) {
         error = errno;
         return false;
     }
+    std::setvbuf(file, nullptr, _IONBF, 0);  // straight into the buffer below, no stdio one between
     bool ok = true;
     try {
         char buffer[64 * 1024];
         std::size_t count;
-        while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) bytes.append(buffer, count);
+        while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) {
+            bytes.append(buffer, count);
+            if (count < sizeof buffer) break;  // the end, or an error: no need to ask again
+        }
         if (std::ferror(file)) {
             ok = false;
             error = errno;
@@ -391,6 +395,10 @@ int Collect(int argc, NativeChar* argv[]) {
         return kSomeNotAReport;
     }
     BinaryOutput();
+    // Room for a whole line, so that each leaves in one write when flushed
+    // (glibc keeps its own size when not given the buffer).
+    static char lineRoom[64 * 1024];
+    std::setvbuf(stdout, lineRoom, _IOFBF, sizeof lineRoom);
     int status = kAllIntact;
     for (int i = 2; i < argc; ++i) status = std::max(status, CollectPath(std::filesystem::path(argv[i])));
     return status;
