@@ -26,6 +26,17 @@ std::uint32_t ComputeReportChecksum(std::u16string_view text) {
     return value;
 }
 
+// Four units at a time, one to each lane.
+std::uint32_t ComputeReportChecksumOfBytes(std::string_view utf16le) {
+    const auto low = [&](std::size_t unit) -> std::uint32_t { return static_cast<unsigned char>(utf16le[2 * unit]); };
+    const std::size_t units = utf16le.size() / 2;
+    std::uint32_t value = kChecksumSeed;
+    std::size_t i = 0;
+    for (; i + 4 <= units; i += 4) value ^= low(i) | low(i + 1) << 8 | low(i + 2) << 16 | low(i + 3) << 24;
+    for (; i < units; ++i) value ^= low(i) << (8 * (i % 4));
+    return value;
+}
+
 std::u16string FormatReportTrailer(std::uint32_t checksum) {
     std::u16string trailer = u"\n--- \n";
     for (int shift = 28; shift >= 0; shift -= 4) trailer.push_back(kHexDigits[(checksum >> shift) & 0xF]);

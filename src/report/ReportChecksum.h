@@ -10,6 +10,10 @@
 // seeded with 0x01020304. It detects accidental damage, nothing more.
 std::uint32_t ComputeReportChecksum(std::u16string_view text);
 
+// The same over the text's bytes as a file holds them, little-endian UTF-16:
+// the low byte of each unit is its first, so the checker need not decode.
+std::uint32_t ComputeReportChecksumOfBytes(std::string_view utf16le);
+
 // "\n--- \n" followed by the checksum as eight lower-case hex digits and "\n".
 std::u16string FormatReportTrailer(std::uint32_t checksum);
 

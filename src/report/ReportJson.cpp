@@ -1,5 +1,11 @@
 #include "report/ReportJson.h"
 
+#include <array>
+#include <charconv>
+#include <optional>
+#include <type_traits>
+#include <vector>
+
 #include "report/ReportModelText.h"
 
 namespace report_model {
@@ -8,190 +14,384 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 template <typename T>
-Json OrNull(const std::optional<T>& value) {
-    return value ? Json(*value) : Json(nullptr);
-}
+inline constexpr bool kIsOptional = false;
+template <typename T>
+inline constexpr bool kIsOptional<std::optional<T>> = true;
+template <typename T>
+inline constexpr bool kIsVector = false;
+template <typename T>
+inline constexpr bool kIsVector<std::vector<T>> = true;
 
-void PutHeading(Json& json, const Heading& heading) {
-    json["blankLineBefore"] = heading.blankLineBefore;
-}
-
-Json ProgramJson(const ProgramSection& p) {
-    if (!p.heading.present) return nullptr;
-    Json json;
-    json["name"] = OrNull(p.name);
-    json["version"] = OrNull(p.version);
-    json["directory"] = OrNull(p.directory);
-    json["elevated"] = p.elevated;
-    PutHeading(json, p.heading);
-    return json;
-}
-
-Json HostJson(const HostSection& h) {
-    if (!h.heading.present) return nullptr;
-    Json json;
-    json["netbiosName"] = h.hasNameLine ? Json(h.netbiosName) : Json(nullptr);
-    json["domain"] = h.hasNameLine ? Json(h.domain) : Json(nullptr);
-    json["wmiName"] = h.hasNameLine ? Json(h.wmiName) : Json(nullptr);
-    json["user"] = OrNull(h.user);
-    PutHeading(json, h.heading);
-    return json;
-}
-
-Json WindowsJson(const WindowsSection& w) {
-    if (!w.heading.present) return nullptr;
-    Json json;
-    json["versionLabel"] = w.hasVersionReported ? Json(w.versionLabel) : Json(nullptr);
-    json["edition"] = w.hasVersionReported ? Json(w.edition) : Json(nullptr);
-    json["realVersion"] = OrNull(w.realVersion);
-    json["productId"] = OrNull(w.productId);
-    json["systemPath"] = OrNull(w.systemPath);
-    json["programFilesPath"] = OrNull(w.programFilesPath);
-    json["commonAppDataPath"] = OrNull(w.commonAppDataPath);
-    PutHeading(json, w.heading);
-    return json;
-}
-
-Json HardwareJson(const HardwareSection& h) {
-    if (!h.heading.present) return nullptr;
-    Json json;
-    json["bits"] = OrNull(h.bits);
-    json["bios"] = OrNull(h.bios);
-    json["board"] = OrNull(h.board);
-    json["processorCount"] = OrNull(h.processorCount);
-    if (h.processor)
-        json["processor"] = {{"architecture", h.processor->architecture},
-                             {"level", h.processor->level},
-                             {"revision", h.processor->revision}};
-    else
-        json["processor"] = nullptr;
-    json["activeProcessorMask"] = OrNull(h.activeProcessorMask);
-    json["pageSize"] = OrNull(h.pageSize);
-    if (h.applicationAddresses)
-        json["applicationAddresses"] = {{"lowest", h.applicationAddresses->lowest},
-                                        {"highest", h.applicationAddresses->highest}};
-    else
-        json["applicationAddresses"] = nullptr;
-    if (h.memory)
-        json["memory"] = {{"physicalK", h.memory->physicalK},
-                          {"virtualK", h.memory->virtualK},
-                          {"pagingK", h.memory->pagingK}};
-    else
-        json["memory"] = nullptr;
-    if (h.volume)
-        json["volumeC"] = {{"serial", h.volume->serial},     {"flags", h.volume->flags},
-                           {"fileSystem", h.volume->fileSystem}, {"totalK", h.volume->totalK},
-                           {"freeK", h.volume->freeK},       {"userK", h.volume->userK}};
-    else
-        json["volumeC"] = nullptr;
-    PutHeading(json, h.heading);
-    return json;
-}
-
-Json AdapterJson(const Adapter& a) {
-    Json json;
-    json["name"] = a.name;
-    json["ifIndex"] = OrNull(a.ifIndex);
-    json["unicastCount"] = OrNull(a.unicastCount);
-    json["anycastCount"] = OrNull(a.anycastCount);
-    json["multicastCount"] = OrNull(a.multicastCount);
-    json["dnsServerCount"] = OrNull(a.dnsServerCount);
-    json["dnsSuffix"] = OrNull(a.dnsSuffix);
-    json["description"] = OrNull(a.description);
-    json["friendlyName"] = OrNull(a.friendlyName);
-    json["physicalAddress"] = OrNull(a.physicalAddress);
-    json["flags"] = OrNull(a.flags);
-    json["mtu"] = OrNull(a.mtu);
-    json["ifType"] = OrNull(a.ifType);
-    json["operStatus"] = OrNull(a.operStatus);
-    json["ipv6IfIndex"] = OrNull(a.ipv6IfIndex);
-    json["zoneIndices"] = OrNull(a.zoneIndices);
-    json["prefixCount"] = OrNull(a.prefixCount);
-    json["closingBlankLine"] = a.closingBlankLine;
-    return json;
-}
-
-Json NetworkJson(const NetworkSection& n) {
-    if (!n.heading.present) return nullptr;
-    Json json;
-    json["enumerationHeading"] = n.enumerationHeading;
-    json["adapters"] = Json::array();
-    for (const Adapter& a : n.adapters) json["adapters"].push_back(AdapterJson(a));
-    json["allocationFailed"] = n.allocationFailed;
-    json["enumerationError"] = OrNull(n.enumerationError);
-    json["noAddressesFound"] = n.noAddressesFound;
-    json["errorText"] = OrNull(n.errorText);
-    PutHeading(json, n.heading);
-    return json;
-}
-
-Json EntryJson(const DirectoryEntry& e) {
-    Json json;
-    json["name"] = e.name;
-    json["version"] = e.version;
-    json["attributes"] = ChecksumText(e.attributes);
-    json["size"] = e.size;
-    json["created"] = e.created.printed;
-    json["createdIso"] = e.created.iso;
-    json["written"] = e.written.printed;
-    json["writtenIso"] = e.written.iso;
-    json["accessList"] = OrNull(e.accessList);
-    json["content"] = OrNull(e.content);
-    return json;
-}
-
-Json InstallationJson(const InstallationSection& inst) {
-    if (!inst.heading.present) return nullptr;
-    Json json;
-    json["directories"] = Json::array();
-    for (const Directory& d : inst.directories) {
-        Json dir;
-        dir["kind"] = std::string(DirectoryKindName(d.kind));
-        dir["path"] = OrNull(d.path);
-        dir["entries"] = Json::array();
-        for (const DirectoryEntry& e : d.entries) dir["entries"].push_back(EntryJson(e));
-        json["directories"].push_back(std::move(dir));
+// A model value as JSON: nothing for an empty optional, an array for a list.
+template <typename T>
+void Put(JsonWriter& json, const T& value) {
+    if constexpr (std::is_same_v<T, bool>) {
+        json.Bool(value);
+    } else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) {
+        json.Signed(value);
+    } else if constexpr (std::is_integral_v<T>) {
+        json.Unsigned(value);
+    } else if constexpr (kIsOptional<T>) {
+        if (value)
+            Put(json, *value);
+        else
+            json.Null();
+    } else if constexpr (kIsVector<T>) {
+        json.Open('[');
+        for (const auto& item : value) Put(json, item);
+        json.Close(']');
+    } else {
+        json.String(value);
     }
-    json["registryDataHeading"] = inst.registryDataHeading;
-    json["registry"] = Json::object();
-    for (const RegistryValue& v : inst.registryValues)
-        json["registry"][v.name] = v.number ? Json(*v.number) : Json(v.text.value_or(""));
-    PutHeading(json, inst.heading);
-    return json;
 }
+
+template <typename T>
+void Member(JsonWriter& json, std::string_view key, const T& value) {
+    json.Key(key);
+    Put(json, value);
+}
+
+// A value that a single line of the report carries, null without that line.
+template <typename T>
+void MemberIf(JsonWriter& json, std::string_view key, bool present, const T& value) {
+    json.Key(key);
+    if (present)
+        Put(json, value);
+    else
+        json.Null();
+}
+
+// Sections end with where their heading stood.
+void CloseSection(JsonWriter& json, const Heading& heading) {
+    Member(json, "blankLineBefore", heading.blankLineBefore);
+    json.Close('}');
+}
+
+void PutProgram(JsonWriter& json, const ProgramSection& p) {
+    if (!p.heading.present) return json.Null();
+    json.Open('{');
+    Member(json, "name", p.name);
+    Member(json, "version", p.version);
+    Member(json, "directory", p.directory);
+    Member(json, "elevated", p.elevated);
+    CloseSection(json, p.heading);
+}
+
+void PutHost(JsonWriter& json, const HostSection& h) {
+    if (!h.heading.present) return json.Null();
+    json.Open('{');
+    MemberIf(json, "netbiosName", h.hasNameLine, h.netbiosName);
+    MemberIf(json, "domain", h.hasNameLine, h.domain);
+    MemberIf(json, "wmiName", h.hasNameLine, h.wmiName);
+    Member(json, "user", h.user);
+    CloseSection(json, h.heading);
+}
+
+void PutWindows(JsonWriter& json, const WindowsSection& w) {
+    if (!w.heading.present) return json.Null();
+    json.Open('{');
+    MemberIf(json, "versionLabel", w.hasVersionReported, w.versionLabel);
+    MemberIf(json, "edition", w.hasVersionReported, w.edition);
+    Member(json, "realVersion", w.realVersion);
+    Member(json, "productId", w.productId);
+    Member(json, "systemPath", w.systemPath);
+    Member(json, "programFilesPath", w.programFilesPath);
+    Member(json, "commonAppDataPath", w.commonAppDataPath);
+    CloseSection(json, w.heading);
+}
+
+void PutHardware(JsonWriter& json, const HardwareSection& h) {
+    if (!h.heading.present) return json.Null();
+    json.Open('{');
+    Member(json, "bits", h.bits);
+    Member(json, "bios", h.bios);
+    Member(json, "board", h.board);
+    Member(json, "processorCount", h.processorCount);
+    json.Key("processor");
+    if (const auto& p = h.processor) {
+        json.Open('{');
+        Member(json, "architecture", p->architecture);
+        Member(json, "level", p->level);
+        Member(json, "revision", p->revision);
+        json.Close('}');
+    } else {
+        json.Null();
+    }
+    Member(json, "activeProcessorMask", h.activeProcessorMask);
+    Member(json, "pageSize", h.pageSize);
+    json.Key("applicationAddresses");
+    if (const auto& a = h.applicationAddresses) {
+        json.Open('{');
+        Member(json, "lowest", a->lowest);
+        Member(json, "highest", a->highest);
+        json.Close('}');
+    } else {
+        json.Null();
+    }
+    json.Key("memory");
+    if (const auto& m = h.memory) {
+        json.Open('{');
+        Member(json, "physicalK", m->physicalK);
+        Member(json, "virtualK", m->virtualK);
+        Member(json, "pagingK", m->pagingK);
+        json.Close('}');
+    } else {
+        json.Null();
+    }
+    json.Key("volumeC");
+    if (const auto& v = h.volume) {
+        json.Open('{');
+        Member(json, "serial", v->serial);
+        Member(json, "flags", v->flags);
+        Member(json, "fileSystem", v->fileSystem);
+        Member(json, "totalK", v->totalK);
+        Member(json, "freeK", v->freeK);
+        Member(json, "userK", v->userK);
+        json.Close('}');
+    } else {
+        json.Null();
+    }
+    CloseSection(json, h.heading);
+}
+
+void PutAdapter(JsonWriter& json, const Adapter& a) {
+    json.Open('{');
+    Member(json, "name", a.name);
+    Member(json, "ifIndex", a.ifIndex);
+    Member(json, "unicastCount", a.unicastCount);
+    Member(json, "anycastCount", a.anycastCount);
+    Member(json, "multicastCount", a.multicastCount);
+    Member(json, "dnsServerCount", a.dnsServerCount);
+    Member(json, "dnsSuffix", a.dnsSuffix);
+    Member(json, "description", a.description);
+    Member(json, "friendlyName", a.friendlyName);
+    Member(json, "physicalAddress", a.physicalAddress);
+    Member(json, "flags", a.flags);
+    Member(json, "mtu", a.mtu);
+    Member(json, "ifType", a.ifType);
+    Member(json, "operStatus", a.operStatus);
+    Member(json, "ipv6IfIndex", a.ipv6IfIndex);
+    Member(json, "zoneIndices", a.zoneIndices);
+    Member(json, "prefixCount", a.prefixCount);
+    Member(json, "closingBlankLine", a.closingBlankLine);
+    json.Close('}');
+}
+
+void PutNetwork(JsonWriter& json, const NetworkSection& n) {
+    if (!n.heading.present) return json.Null();
+    json.Open('{');
+    Member(json, "enumerationHeading", n.enumerationHeading);
+    json.Key("adapters");
+    json.Open('[');
+    for (const Adapter& a : n.adapters) PutAdapter(json, a);
+    json.Close(']');
+    Member(json, "allocationFailed", n.allocationFailed);
+    Member(json, "enumerationError", n.enumerationError);
+    Member(json, "noAddressesFound", n.noAddressesFound);
+    Member(json, "errorText", n.errorText);
+    CloseSection(json, n.heading);
+}
+
+void PutEntry(JsonWriter& json, const DirectoryEntry& e) {
+    json.Open('{');
+    Member(json, "name", e.name);
+    Member(json, "version", e.version);
+    Member(json, "attributes", ChecksumText(e.attributes));
+    Member(json, "size", e.size);
+    Member(json, "created", e.created.printed);
+    Member(json, "createdIso", e.created.iso);
+    Member(json, "written", e.written.printed);
+    Member(json, "writtenIso", e.written.iso);
+    Member(json, "accessList", e.accessList);
+    Member(json, "content", e.content);
+    json.Close('}');
+}
+
+void PutInstallation(JsonWriter& json, const InstallationSection& inst) {
+    if (!inst.heading.present) return json.Null();
+    json.Open('{');
+    json.Key("directories");
+    json.Open('[');
+    for (const Directory& d : inst.directories) {
+        json.Open('{');
+        Member(json, "kind", DirectoryKindName(d.kind));
+        Member(json, "path", d.path);
+        json.Key("entries");
+        json.Open('[');
+        for (const DirectoryEntry& e : d.entries) PutEntry(json, e);
+        json.Close(']');
+        json.Close('}');
+    }
+    json.Close(']');
+    Member(json, "registryDataHeading", inst.registryDataHeading);
+    // The reader takes each known value at most once, so the names are keys.
+    json.Key("registry");
+    json.Open('{');
+    for (const RegistryValue& v : inst.registryValues) {
+        if (v.number)
+            Member(json, v.name, *v.number);
+        else
+            Member(json, v.name, v.text.value_or(""));
+    }
+    json.Close('}');
+    CloseSection(json, inst.heading);
+}
+
+// What a byte asks of a JSON string; one look-up per byte, as the strings
+// are most of collect's output.
+enum class ByteKind : unsigned char { Plain, Escaped, BeyondAscii };
+constexpr std::array<ByteKind, 256> kByteKinds = [] {
+    std::array<ByteKind, 256> kinds{};
+    for (std::size_t c = 0; c < 0x20; ++c) kinds[c] = ByteKind::Escaped;
+    kinds['"'] = kinds['\\'] = ByteKind::Escaped;
+    for (std::size_t c = 0x80; c < 0x100; ++c) kinds[c] = ByteKind::BeyondAscii;
+    return kinds;
+}();
 }  // namespace
 
+void JsonWriter::Separate() {
+    if (comma_) out_ += ',';
+    comma_ = false;
+}
+
+void JsonWriter::Open(char bracket) {
+    Separate();
+    out_ += bracket;
+}
+
+void JsonWriter::Close(char bracket) {
+    out_ += bracket;
+    comma_ = true;
+}
+
+void JsonWriter::Key(std::string_view key) {
+    Separate();
+    out_ += '"';
+    out_ += key;
+    out_ += "\":";
+}
+
+void JsonWriter::String(std::string_view text) {
+    Separate();
+    comma_ = true;
+    const std::size_t start = out_.size();
+    out_ += '"';
+    std::size_t plain = 0;  // start of the characters not yet copied
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        const ByteKind kind = kByteKinds[static_cast<unsigned char>(c)];
+        if (kind == ByteKind::Plain) continue;
+        if (kind == ByteKind::BeyondAscii) {
+            // What an ill-formed sequence becomes is nlohmann's to say (file
+            // names are any bytes); texts beyond ASCII are rare.
+            out_.resize(start);
+            out_ += DumpJson(Json(std::string(text)));
+            return;
+        }
+        out_.append(text, plain, i - plain);
+        plain = i + 1;
+        out_ += '\\';
+        switch (c) {
+            case '"': out_ += '"'; break;
+            case '\\': out_ += '\\'; break;
+            case '\b': out_ += 'b'; break;
+            case '\f': out_ += 'f'; break;
+            case '\n': out_ += 'n'; break;
+            case '\r': out_ += 'r'; break;
+            case '\t': out_ += 't'; break;
+            default:
+                out_ += "u00";
+                out_ += "0123456789abcdef"[c >> 4];
+                out_ += "0123456789abcdef"[c & 0xF];
+        }
+    }
+    out_.append(text, plain);
+    out_ += '"';
+}
+
+void JsonWriter::Null() {
+    Separate();
+    out_ += "null";
+    comma_ = true;
+}
+
+void JsonWriter::Bool(bool value) {
+    Separate();
+    out_ += value ? "true" : "false";
+    comma_ = true;
+}
+
+void JsonWriter::Signed(std::int64_t value) {
+    Separate();
+    char digits[24];
+    out_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+    comma_ = true;
+}
+
+void JsonWriter::Unsigned(std::uint64_t value) {
+    Separate();
+    char digits[24];
+    out_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+    comma_ = true;
+}
+
 std::string ChecksumText(std::uint32_t checksum) {
-    std::string digits = UnsignedText(checksum, 16);
-    return std::string(8 - digits.size(), '0') + digits;
+    std::string text(8, '0');
+    for (std::size_t i = 8; i-- > 0; checksum >>= 4) text[i] = "0123456789abcdef"[checksum & 0xF];
+    return text;
+}
+
+void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict) {
+    json.Open('{');
+    Member(json, "schemaVersion", kReportSchemaVersion);
+    json.Key("integrity");
+    json.Open('{');
+    Member(json, "verdict", verdict.state == ReportState::Intact ? "intact" : "altered");
+    Member(json, "storedChecksum", ChecksumText(verdict.stored));
+    Member(json, "bodyChecksum", ChecksumText(verdict.computed));
+    Member(json, "lineBreaks", report.lineBreaks.crlf ? "CR LF" : "LF");
+    Member(json, "lineBreakExceptions", report.lineBreaks.exceptions);
+    Member(json, "finalLineBreak", report.lineBreaks.finalLineBreak);
+    json.Close('}');
+    Member(json, "lineCount", report.lineCount);
+    json.Key("header");
+    if (report.header.present) {
+        json.Open('{');
+        Member(json, "text", report.header.text);
+        Member(json, "blankLineAfter", report.header.blankLineAfter);
+        json.Close('}');
+    } else {
+        json.Null();
+    }
+    json.Key("program");
+    PutProgram(json, report.program);
+    json.Key("host");
+    PutHost(json, report.host);
+    json.Key("windows");
+    PutWindows(json, report.windows);
+    json.Key("hardware");
+    PutHardware(json, report.hardware);
+    json.Key("network");
+    PutNetwork(json, report.network);
+    json.Key("installation");
+    PutInstallation(json, report.installation);
+    json.Key("unrecognised");
+    json.Open('[');
+    for (const UnrecognisedLine& u : report.unrecognised) {
+        json.Open('{');
+        Member(json, "line", u.line);
+        Member(json, "text", u.text);
+        json.Close('}');
+    }
+    json.Close(']');
+    json.Close('}');
 }
 
 Json ReportToJson(const Report& report, const ReportVerdict& verdict) {
-    Json json;
-    json["schemaVersion"] = kReportSchemaVersion;
-    Json integrity;
-    integrity["verdict"] = verdict.state == ReportState::Intact ? "intact" : "altered";
-    integrity["storedChecksum"] = ChecksumText(verdict.stored);
-    integrity["bodyChecksum"] = ChecksumText(verdict.computed);
-    integrity["lineBreaks"] = report.lineBreaks.crlf ? "CR LF" : "LF";
-    integrity["lineBreakExceptions"] = report.lineBreaks.exceptions;
-    integrity["finalLineBreak"] = report.lineBreaks.finalLineBreak;
-    json["integrity"] = std::move(integrity);
-    json["lineCount"] = report.lineCount;
-    if (report.header.present)
-        json["header"] = {{"text", report.header.text}, {"blankLineAfter", report.header.blankLineAfter}};
-    else
-        json["header"] = nullptr;
-    json["program"] = ProgramJson(report.program);
-    json["host"] = HostJson(report.host);
-    json["windows"] = WindowsJson(report.windows);
-    json["hardware"] = HardwareJson(report.hardware);
-    json["network"] = NetworkJson(report.network);
-    json["installation"] = InstallationJson(report.installation);
-    json["unrecognised"] = Json::array();
-    for (const UnrecognisedLine& u : report.unrecognised)
-        json["unrecognised"].push_back({{"line", u.line}, {"text", u.text}});
-    return json;
+    std::string text;
+    JsonWriter json(text);
+    WriteReportJson(json, report, verdict);
+    return Json::parse(text);
 }
 
 std::string DumpJson(const Json& json, int indent) {

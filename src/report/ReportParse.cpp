@@ -29,12 +29,16 @@ bool EndsWith(std::string_view text, std::string_view suffix) {
     return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
 }
 // The rest of `line` after `label`, when it starts with it.
-std::optional<std::string> After(std::string_view line, std::string_view label) {
+std::optional<std::string_view> After(std::string_view line, std::string_view label) {
     if (!StartsWith(line, label)) return std::nullopt;
-    return std::string(line.substr(label.size()));
+    return line.substr(label.size());
 }
-std::string HeadingWord(std::wstring_view heading) {
-    return Narrow(heading.substr(1, heading.size() - 2));
+// Whether `line` is the word of a heading ("\n<Word>:\n" less its line
+// breaks), compared in place: every line is tried against the headings.
+bool IsHeadingWord(std::string_view line, std::wstring_view heading) {
+    const std::wstring_view word = heading.substr(1, heading.size() - 2);
+    return line.size() == word.size() &&
+           std::equal(line.begin(), line.end(), word.begin(), [](char c, wchar_t w) { return c == w; });
 }
 std::optional<std::uint32_t> U32(std::string_view text) {
     const auto v = ParseUnsigned(text, kU32);
@@ -47,7 +51,7 @@ enum Section { kNone, kProgram, kHost, kWindows, kHardware, kNetwork, kInstallat
 
 class Parser {
 public:
-    explicit Parser(std::vector<std::string> lines) : lines_(std::move(lines)) {}
+    explicit Parser(const std::vector<std::string_view>& lines) : lines_(lines) {}
 
     Report Run() {
         report_.lineCount = lines_.size();
@@ -60,7 +64,7 @@ public:
             if (report_.header.blankLineAfter) i = 2;
         }
         for (; i < lines_.size(); ++i) {
-            const std::string& line = lines_[i];
+            const std::string_view line = lines_[i];
             if (line.empty()) {
                 if (CloseAdapter()) continue;
                 if (i + 1 < lines_.size() && TakeHeading(lines_[i + 1], true)) {
@@ -78,10 +82,10 @@ public:
 
 private:
     void Unrecognised(std::size_t index) {
-        report_.unrecognised.push_back({index + 1, lines_[index]});
+        report_.unrecognised.push_back({index + 1, std::string(lines_[index])});
     }
 
-    bool TakeHeading(const std::string& line, bool blankBefore) {
+    bool TakeHeading(std::string_view line, bool blankBefore) {
         struct Candidate {
             Section section;
             std::wstring_view text;
@@ -96,7 +100,7 @@ private:
             {kInstallation, kInstallationHeading, &report_.installation.heading},
         };
         for (const Candidate& c : candidates) {
-            if (c.section <= section_ || line != HeadingWord(c.text)) continue;
+            if (c.section <= section_ || !IsHeadingWord(line, c.text)) continue;
             c.heading->present = true;
             c.heading->blankLineBefore = blankBefore;
             section_ = c.section;
@@ -117,7 +121,7 @@ private:
         return true;
     }
 
-    bool TakeSectionLine(const std::string& line) {
+    bool TakeSectionLine(std::string_view line) {
         switch (section_) {
             case kProgram: return TakeProgram(line);
             case kHost: return TakeHost(line);
@@ -130,7 +134,7 @@ private:
         return false;
     }
 
-    bool TakeProgram(const std::string& line) {
+    bool TakeProgram(std::string_view line) {
         ProgramSection& p = report_.program;
         if (auto dir = After(line, "in ")) return Field(2, true, [&] { p.directory = *dir; });
         if (line == "launched as administrator") return Field(3, true, [&] { p.elevated = true; });
@@ -142,14 +146,14 @@ private:
         });
     }
 
-    bool TakeHost(const std::string& line) {
+    bool TakeHost(std::string_view line) {
         HostSection& h = report_.host;
         if (auto user = After(line, "\tuser: ")) return Field(2, true, [&] { h.user = *user; });
         auto value = After(line, "\tname: ");
         if (!value) return false;
         const std::size_t open = value->find(" (");
         if (open == std::string::npos || !EndsWith(*value, ")")) return false;
-        const std::string inner = value->substr(open + 2, value->size() - open - 3);
+        const std::string_view inner = value->substr(open + 2, value->size() - open - 3);
         const std::size_t slash = inner.find('\\');
         if (slash == std::string::npos) return false;
         HostSection parsed;
@@ -164,7 +168,7 @@ private:
         });
     }
 
-    bool TakeWindows(const std::string& line) {
+    bool TakeWindows(std::string_view line) {
         WindowsSection& w = report_.windows;
         if (auto v = After(line, "\tversion reported: ")) {
             const std::size_t open = v->rfind(" (");
@@ -187,7 +191,7 @@ private:
         return false;
     }
 
-    bool TakeHardware(const std::string& line) {
+    bool TakeHardware(std::string_view line) {
         HardwareSection& h = report_.hardware;
         if (auto v = After(line, "\tsystem: ")) {
             if (!EndsWith(*v, " bits")) return false;
@@ -212,7 +216,7 @@ private:
         if (auto v = After(line, "\tapplication addresses: ")) {
             const std::size_t dash = v->find('-');
             if (dash == std::string::npos) return false;
-            AddressRange range{v->substr(0, dash), v->substr(dash + 1)};
+            AddressRange range{std::string(v->substr(0, dash)), std::string(v->substr(dash + 1))};
             const bool ok = StartsWith(range.lowest, "0x") && StartsWith(range.highest, "0x") &&
                             ParseUnsigned(range.lowest.substr(2), kU32, 16) &&
                             ParseUnsigned(range.highest.substr(2), kU32, 16);
@@ -223,7 +227,7 @@ private:
         return false;
     }
 
-    bool TakeProcessor(const std::string& line, const std::string& v) {
+    bool TakeProcessor(std::string_view line, std::string_view v) {
         const std::size_t open = v.find(" (");
         const std::size_t dot = v.find('.', open == std::string::npos ? 0 : open);
         if (open == std::string::npos || dot == std::string::npos || !EndsWith(v, ")")) return false;
@@ -236,7 +240,7 @@ private:
         return Field(5, ProcessorLineText(p) == line, [&] { report_.hardware.processor = p; });
     }
 
-    bool TakeMemory(const std::string& line, const std::string& v) {
+    bool TakeMemory(std::string_view line, std::string_view v) {
         // "<n>K physical, <n>K virtual, <n>K paging"
         const std::size_t a = v.find("K physical, ");
         const std::size_t b = v.find("K virtual, ");
@@ -249,7 +253,7 @@ private:
         return Field(9, MemoryLineText(m) == line, [&] { report_.hardware.memory = m; });
     }
 
-    bool TakeVolume(const std::string& line, const std::string& v) {
+    bool TakeVolume(std::string_view line, std::string_view v) {
         // "0x<serial> 0x<flags> <fs> total <n>K free <n>K (user <n>K)"
         const std::size_t first = v.find(' ');
         const std::size_t second = first == std::string::npos ? first : v.find(' ', first + 1);
@@ -284,9 +288,9 @@ private:
         return true;
     }
 
-    bool TakeNetwork(const std::string& line) {
+    bool TakeNetwork(std::string_view line) {
         NetworkSection& n = report_.network;
-        if (line == std::string(kAdapterAllocationFailure.substr(0, kAdapterAllocationFailure.size() - 1)))
+        if (line == kAdapterAllocationFailure.substr(0, kAdapterAllocationFailure.size() - 1))
             return Field(1, true, [&] { n.allocationFailed = true; });
         if (auto v = After(line, "Call to GetAdaptersAddresses failed with error: ")) {
             const auto code = ParseSigned(*v, kI32Min, kI32Max);
@@ -295,7 +299,7 @@ private:
         if (line == "\tNo addresses were found for the requested parameters")
             return Field(3, true, [&] { n.noAddressesFound = true; });
         if (auto v = After(line, "\tError: ")) return Field(4, true, [&] { n.errorText = *v; });
-        if (line == std::string(kAdaptersHeading.substr(0, kAdaptersHeading.size() - 1)))
+        if (line == kAdaptersHeading.substr(0, kAdaptersHeading.size() - 1))
             return Field(5, true, [&] { n.enumerationHeading = true; });
         if (auto v = After(line, "\tAdapter name: ")) {
             if (stage_ < 5) stage_ = 5;
@@ -318,18 +322,20 @@ private:
         return true;
     }
 
-    bool TakeCount(const std::string& line, int stage, std::string_view what, std::optional<std::uint64_t>& slot) {
+    bool TakeCount(std::string_view line, int stage, std::string_view what, std::optional<std::uint64_t>& slot) {
         std::optional<std::uint64_t> count;
-        if (line == "\tNo " + std::string(what))
+        // "\tNo <what>" or "\tNumber of <what>: <n>", taken apart in place.
+        if (auto v = After(line, "\tNo "); v && *v == what)
             count = 0;
-        else if (auto v = After(line, "\tNumber of " + std::string(what) + ": "))
-            count = ParseUnsigned(*v, kI32Max);
+        else if (auto v = After(line, "\tNumber of "); v && StartsWith(*v, what) &&
+                                                        StartsWith(v->substr(what.size()), ": "))
+            count = ParseUnsigned(v->substr(what.size() + 2), kI32Max);
         if (!count || CountLine(count, what) != line) return false;
         return AdapterField(stage, true, [&] { slot = count; });
     }
 
     template <typename Number>
-    bool TakeNumber(const std::string& line, std::string_view label, int stage, std::optional<Number>& slot) {
+    bool TakeNumber(std::string_view line, std::string_view label, int stage, std::optional<Number>& slot) {
         auto v = After(line, label);
         if (!v) return false;
         std::optional<Number> value;
@@ -341,12 +347,12 @@ private:
         return AdapterField(stage, value.has_value(), [&] { slot = value; });
     }
 
-    bool TakeText(const std::string& line, std::string_view label, int stage, std::optional<std::string>& slot) {
+    bool TakeText(std::string_view line, std::string_view label, int stage, std::optional<std::string>& slot) {
         auto v = After(line, label);
         return v && AdapterField(stage, true, [&] { slot = *v; });
     }
 
-    bool TakeAdapterLine(const std::string& line, Adapter& a) {
+    bool TakeAdapterLine(std::string_view line, Adapter& a) {
         if (TakeNumber(line, "\tIfIndex (IPv4 interface): ", 1, a.ifIndex)) return true;
         if (TakeCount(line, 2, "Unicast Addresses", a.unicastCount)) return true;
         if (TakeCount(line, 3, "Anycast Addresses", a.anycastCount)) return true;
@@ -387,7 +393,7 @@ private:
 
     // Stages: directory headings 1, 2, 3 (registry data), 4-10 (values),
     // 11, 12, 13.
-    bool TakeInstallation(const std::string& line) {
+    bool TakeInstallation(std::string_view line) {
         InstallationSection& inst = report_.installation;
         if (openDirectory_ && TakeEntryLine(line, inst.directories.back())) return true;
         struct DirectoryForm {
@@ -447,7 +453,7 @@ private:
         return false;
     }
 
-    bool TakeEntryLine(const std::string& line, Directory& dir) {
+    bool TakeEntryLine(std::string_view line, Directory& dir) {
         if (auto v = After(line, "\t\t\t\tContent:\"")) {
             if (dir.entries.empty() || dir.entries.back().content || !EndsWith(*v, "\"") || v->empty() ||
                 !lastWasEntry_)
@@ -485,21 +491,21 @@ private:
         e.written.iso = IsoFromReportTime(e.written.printed);
         if (e.created.iso.empty() || e.written.iso.empty()) return false;
         e.name = line.substr(tabs[3] + 1, tabs[4] - tabs[3] - 1);
-        std::string rest = line.substr(tabs[4] + 1);
-        const std::string acl = Narrow(kAccessListHeading);
+        std::string_view rest = line.substr(tabs[4] + 1);
+        static const std::string acl = Narrow(kAccessListHeading);
         const std::size_t aclAt = rest.find(acl);
         if (aclAt != std::string::npos) {
             e.accessList = rest.substr(aclAt + acl.size());
-            rest.resize(aclAt);
+            rest = rest.substr(0, aclAt);
         }
-        e.version = std::move(rest);
+        e.version = rest;
         if (EntryLine(e) != line) return false;
         dir.entries.push_back(std::move(e));
         lastWasEntry_ = true;
         return true;
     }
 
-    std::vector<std::string> lines_;
+    const std::vector<std::string_view>& lines_;
     Report report_;
     Section section_ = kNone;
     int stage_ = 0;
@@ -511,36 +517,35 @@ private:
 
 // Splits the body at its line feeds; a CR before a line feed belongs to the
 // break. The convention is the one most breaks use; the others are listed.
-std::vector<std::string> SplitLines(std::u16string_view body, LineBreaks& breaks) {
-    std::vector<std::u16string_view> raw;
+// The body is split as UTF-8, converted in one go: a line feed or a CR is
+// never part of a longer sequence, and a surrogate pair never spans a line.
+std::vector<std::string_view> SplitLines(std::string_view body, LineBreaks& breaks) {
+    std::vector<std::string_view> lines;
     std::vector<bool> crlf;
     std::size_t start = 0;
-    for (std::size_t i = 0; i < body.size(); ++i) {
-        if (body[i] != u'\n') continue;
-        const bool cr = i > start && body[i - 1] == u'\r';
-        raw.push_back(body.substr(start, i - start - (cr ? 1 : 0)));
+    for (std::size_t i = body.find('\n'); i != std::string_view::npos; i = body.find('\n', i + 1)) {
+        const bool cr = i > start && body[i - 1] == '\r';
+        lines.push_back(body.substr(start, i - start - (cr ? 1 : 0)));
         crlf.push_back(cr);
         start = i + 1;
     }
     breaks.finalLineBreak = start == body.size();
-    if (!breaks.finalLineBreak) raw.push_back(body.substr(start));
+    if (!breaks.finalLineBreak) lines.push_back(body.substr(start));
     const std::size_t crlfCount = static_cast<std::size_t>(std::count(crlf.begin(), crlf.end(), true));
     breaks.crlf = crlfCount * 2 >= crlf.size() && !(crlf.empty() && body.empty());
     if (crlf.empty()) breaks.crlf = true;
     for (std::size_t i = 0; i < crlf.size(); ++i)
         if (crlf[i] != breaks.crlf) breaks.exceptions.push_back(i + 1);
-    std::vector<std::string> lines;
-    lines.reserve(raw.size());
-    for (std::u16string_view line : raw) lines.push_back(Utf8FromUtf16(line));
     return lines;
 }
 
 }  // namespace
 
 Report ParseReportBody(std::u16string_view body) {
+    const std::string text = Utf8FromUtf16(body);
     LineBreaks breaks;
-    std::vector<std::string> lines = SplitLines(body, breaks);
-    Report report = Parser(std::move(lines)).Run();
+    const std::vector<std::string_view> lines = SplitLines(text, breaks);
+    Report report = Parser(lines).Run();
     report.lineBreaks = std::move(breaks);
     return report;
 }

@@ -82,7 +82,7 @@ ReportVerdict CheckReportBytes(std::string_view bytes) {
 
     ReportVerdict verdict;
     verdict.stored = *stored;
-    verdict.computed = ComputeReportChecksum(DecodeUtf16LE(bytes.substr(kByteOrderMarkBytes, bodyBytes)));
+    verdict.computed = ComputeReportChecksumOfBytes(bytes.substr(kByteOrderMarkBytes, bodyBytes));
     verdict.state = verdict.stored == verdict.computed ? ReportState::Intact : ReportState::Altered;
     return verdict;
 }

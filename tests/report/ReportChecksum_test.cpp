@@ -26,6 +26,16 @@ TEST(ReportChecksum, OnlyTheLowByteOfACodeUnitCounts) {
     EXPECT_EQ(ComputeReportChecksum(u"\u0141"), ComputeReportChecksum(u"A"));
 }
 
+TEST(ReportChecksum, FromTheBytesAsFromTheText) {
+    const std::u16string text = u"Orvane \u00e9t\u00e9 \u20ac\r\n\t0123456789";
+    for (std::size_t size = 0; size <= text.size(); ++size) {
+        const std::u16string part = text.substr(0, size);
+        EXPECT_EQ(ComputeReportChecksumOfBytes(BuildReportFileBytes(part).substr(2, 2 * size)),
+                  ComputeReportChecksum(part))
+            << size;
+    }
+}
+
 TEST(ReportChecksum, TrailerHasEightLowerCaseDigits) {
     EXPECT_EQ(FormatReportTrailer(0x01020304), u"\n--- \n01020304\n");
     EXPECT_EQ(FormatReportTrailer(0xDEADBEEF), u"\n--- \ndeadbeef\n");

@@ -2,6 +2,7 @@
 // lines kept with their numbers, and the body made again byte for byte.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 #include "report/ReportDiff.h"
@@ -152,6 +153,39 @@ TEST(ReportModel, JsonCarriesTheVerdictAndTheFields) {
               R"({"name":"tool.dll","version":"9.3.1.0","attributes":"00000020","size":4753,)"
               R"("created":"07/03/2021  14:05:09","createdIso":"2021-03-07T14:05:09",)"
               R"("written":"08/03/2021  09:00:00","writtenIso":"2021-03-08T09:00:00","accessList":null,"content":null})");
+}
+
+TEST(ReportModel, JsonWriterWritesWhatDumpJsonWrites) {
+    std::string everyAscii;
+    for (int c = 0; c < 0x80; ++c) everyAscii.push_back(static_cast<char>(c));
+    // Beyond ASCII: well-formed, a lone surrogate as the model keeps it,
+    // and the ill-formed bytes a file name can hold.
+    const std::string texts[] = {"",           "plain",         everyAscii,     "\u00e9t\u00e9 \u20ac \U0001F600",
+                                 "\xED\xA0\x80", "a\xED\xBF\xBF" "b", "\xFF\xFE name", "cut \xE2\x82"};
+    std::string text;
+    JsonWriter json(text);
+    nlohmann::ordered_json tree = nlohmann::ordered_json::array();
+    json.Open('[');
+    for (const std::string& t : texts) {
+        json.String(t);
+        tree.push_back(t);
+    }
+    json.Open('{');
+    json.Key("min");
+    json.Signed(INT64_MIN);
+    json.Key("max");
+    json.Unsigned(UINT64_MAX);
+    json.Key("none");
+    json.Null();
+    json.Key("yes");
+    json.Bool(true);
+    json.Close('}');
+    tree.push_back({{"min", INT64_MIN}, {"max", UINT64_MAX}, {"none", nullptr}, {"yes", true}});
+    json.Open('[');
+    json.Close(']');
+    tree.push_back(nlohmann::ordered_json::array());
+    json.Close(']');
+    EXPECT_EQ(text, DumpJson(tree));
 }
 
 TEST(ReportDiff, NamesEachChangeOnceAndIgnoresTheHeaderTime) {
