@@ -11,47 +11,14 @@
 #include <algorithm>
 #include <tuple>
 
+#include "report/FakeSuite.h"
 #include "report/ReportTestSupport.h"
 #include "report/SystemReport.h"
+#include "report/TempDirectory.h"
 #include "support/Wine.h"
 #include "w32/Scoped.h"
 
 namespace {
-
-constexpr wchar_t kSuiteKey[] = L"Software\\Orvane Software";
-
-bool Exists(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
-
-void RemoveTree(const std::wstring& directory) {
-    WIN32_FIND_DATAW entry{};
-    {
-        const w32::ScopedFind search(::FindFirstFileW((directory + L"\\*").c_str(), &entry));
-        if (!search) return;
-        do {
-            const std::wstring name = entry.cFileName;
-            if (name == L"." || name == L"..") continue;
-            const std::wstring path = directory + L"\\" + name;
-            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-                RemoveTree(path);
-            else
-                ::DeleteFileW(path.c_str());
-        } while (::FindNextFileW(search.Get(), &entry));
-    }
-    ::RemoveDirectoryW(directory.c_str());
-}
-
-bool WriteTextFile(const std::wstring& path, std::string_view text) {
-    const w32::ScopedHandle file(
-        ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    DWORD written = 0;
-    return file && ::WriteFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
-}
-
-void DeleteSuiteKey(REGSAM view) {
-    w32::ScopedRegKey software;
-    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software", 0, view | KEY_ALL_ACCESS, software.Put()) == ERROR_SUCCESS)
-        ::RegDeleteTreeW(software.Get(), L"Orvane Software");
-}
 
 // What a test expects of one listed entry.
 struct Expected {
@@ -85,42 +52,15 @@ class SuiteInstallation : public testing::Test {
 protected:
     void SetUp() override {
         SKIP_UNLESS_WINE("installs a suite under Program Files, ProgramData and HKLM of the machine");
-        if (SuiteKeyExists(0) || SuiteKeyExists(KEY_WOW64_32KEY) || Exists(standard_) || Exists(shared_))
+        if (SuiteAlreadyInstalled(folders_))
             GTEST_SKIP() << "a suite is already installed on this machine; it is left alone";
         owned_ = true;
     }
 
     void TearDown() override {
         if (!owned_) return;
-        DeleteSuiteKey(0);
-        DeleteSuiteKey(KEY_WOW64_32KEY);
-        RemoveTree(standard_);
-        RemoveTree(shared_);
-        if (!elsewhere_.empty()) RemoveTree(elsewhere_);
-    }
-
-    static bool SuiteKeyExists(REGSAM view) {
-        w32::ScopedRegKey key;
-        return ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, kSuiteKey, 0, view | KEY_READ, key.Put()) == ERROR_SUCCESS;
-    }
-
-    // Program Files\Orvane Software V9 with two libraries that carry a
-    // product version, one whose version is French only, a text file and a
-    // subdirectory with a file of its own; ProgramData\Orvane Software with
-    // its Runner folder.
-    void InstallFiles() {
-        const std::wstring fixtures = TestProgramDirectory() + L"\\fixture_version_";
-        ASSERT_TRUE(::CreateDirectoryW(standard_.c_str(), nullptr));
-        ASSERT_TRUE(::CopyFileW((fixtures + L"neutral.dll").c_str(), (standard_ + L"\\Core.dll").c_str(), FALSE));
-        ASSERT_TRUE(::CopyFileW((fixtures + L"both.dll").c_str(), (standard_ + L"\\Runner.dll").c_str(), FALSE));
-        ASSERT_TRUE(::CopyFileW((fixtures + L"french.dll").c_str(), (standard_ + L"\\Legacy.dll").c_str(), FALSE));
-        ASSERT_TRUE(WriteTextFile(standard_ + L"\\readme.txt", "Orvane Software V9\r\n"));
-        ASSERT_TRUE(::CreateDirectoryW((standard_ + L"\\Plugins").c_str(), nullptr));
-        ASSERT_TRUE(WriteTextFile(standard_ + L"\\Plugins\\inside.txt", "not listed"));
-        ASSERT_TRUE(::CreateDirectoryW(shared_.c_str(), nullptr));
-        ASSERT_TRUE(WriteTextFile(shared_ + L"\\settings.ini", "[System]\r\n"));
-        ASSERT_TRUE(::CreateDirectoryW(batch_.c_str(), nullptr));
-        ASSERT_TRUE(WriteTextFile(batch_ + L"\\nightly.cmd", "@echo off\r\n"));
+        RemoveSuite(folders_);
+        TempDirectory::RemoveTree(elsewhere_);
     }
 
     static std::vector<Expected> StandardEntries() {
@@ -137,36 +77,6 @@ protected:
     }
     static std::vector<Expected> BatchEntries() {
         return Sorted({{L".", L"", true}, {L"..", L"", true}, {L"nightly.cmd", L""}});
-    }
-
-    w32::ScopedRegKey CreateSuiteKey(REGSAM view = 0) {
-        w32::ScopedRegKey key;
-        EXPECT_EQ(::RegCreateKeyExW(HKEY_LOCAL_MACHINE, kSuiteKey, 0, nullptr, 0, view | KEY_ALL_ACCESS, nullptr,
-                                    key.Put(), nullptr),
-                  ERROR_SUCCESS);
-        return key;
-    }
-    static void SetBytes(HKEY key, const wchar_t* name, DWORD type, const std::vector<BYTE>& data) {
-        ASSERT_EQ(::RegSetValueExW(key, name, 0, type, data.data(), static_cast<DWORD>(data.size())), ERROR_SUCCESS);
-    }
-    static void SetString(HKEY key, const wchar_t* name, const std::wstring& text) {
-        SetBytes(key, name, REG_SZ, StringBytes(text));
-    }
-    static void SetDword(HKEY key, const wchar_t* name, DWORD value) {
-        const auto* bytes = reinterpret_cast<const BYTE*>(&value);
-        SetBytes(key, name, REG_DWORD, {bytes, bytes + sizeof(value)});
-    }
-
-    // The data an installer leaves: VersionMinor written as a string,
-    // VersionBuild not written at all.
-    void InstallRegistryData(const std::wstring& location) {
-        const w32::ScopedRegKey key = CreateSuiteKey();
-        SetString(key.Get(), L"InstalledComponents", L"Core;Runner");  // written first, reported last
-        SetString(key.Get(), L"InstallLocation", location);
-        SetDword(key.Get(), L"VersionMajor", 9);
-        SetString(key.Get(), L"VersionMinor", L"3");
-        SetDword(key.Get(), L"VersionRevision", 1);
-        SetDword(key.Get(), L"VersionBuildReleaseRevision", 1042);
     }
 
     RecordingSink WriteSection() const {
@@ -209,8 +119,8 @@ protected:
     // A second listing of the standard directory under the registry's own
     // heading, for a location that names it in another spelling.
     void ExpectListedAgain(const std::wstring& location) {
-        InstallFiles();
-        InstallRegistryData(location);
+        InstallSuiteFiles(folders_);
+        InstallSuiteRegistryData(location);
         const RecordingSink sink = WriteSection();
         PieceCursor cursor(sink.Pieces());
         ExpectOpening(cursor, StandardEntries());
@@ -221,11 +131,12 @@ protected:
     }
 
     const std::wstring programDirectory_ = TestProgramDirectory();
-    const std::wstring programFiles_ = EnvironmentValue(L"ProgramFiles");
-    const std::wstring commonAppData_ = EnvironmentValue(L"ProgramData");
-    const std::wstring standard_ = programFiles_ + L"\\Orvane Software V9";
-    const std::wstring shared_ = commonAppData_ + L"\\Orvane Software";
-    const std::wstring batch_ = shared_ + L"\\Runner";
+    const SuiteFolders folders_ = MachineSuiteFolders();
+    const std::wstring& programFiles_ = folders_.programFiles;
+    const std::wstring& commonAppData_ = folders_.commonAppData;
+    const std::wstring& standard_ = folders_.standard;
+    const std::wstring& shared_ = folders_.shared;
+    const std::wstring& batch_ = folders_.batch;
     std::wstring elsewhere_;
     bool owned_ = false;
 };
@@ -240,8 +151,8 @@ TEST_F(SuiteInstallation, MachineWithoutTheSuiteShowsHeadingsAndTheProgramDirect
 }
 
 TEST_F(SuiteInstallation, EveryDirectoryAndValueInOrder) {
-    InstallFiles();
-    InstallRegistryData(standard_);
+    InstallSuiteFiles(folders_);
+    InstallSuiteRegistryData(standard_);
     const RecordingSink sink = WriteSection();
     PieceCursor cursor(sink.Pieces());
     ExpectOpening(cursor, StandardEntries());
@@ -261,8 +172,8 @@ TEST_F(SuiteInstallation, LocationDifferingByLetterCaseIsListedAgain) {
 TEST_F(SuiteInstallation, LocationWithATrailingBackslashIsListedAgain) { ExpectListedAgain(standard_ + L"\\"); }
 
 TEST_F(SuiteInstallation, LocationEqualToTheProgramDirectoryIsNotListedTwice) {
-    InstallFiles();
-    InstallRegistryData(programDirectory_);
+    InstallSuiteFiles(folders_);
+    InstallSuiteRegistryData(programDirectory_);
     const RecordingSink sink = WriteSection();
     PieceCursor cursor(sink.Pieces());
     ExpectOpening(cursor, StandardEntries());
@@ -273,10 +184,9 @@ TEST_F(SuiteInstallation, LocationEqualToTheProgramDirectoryIsNotListedTwice) {
 TEST_F(SuiteInstallation, LocationElsewhereIsListedUnderItsHeading) {
     elsewhere_ = L"C:\\Orvane Elsewhere";
     ASSERT_TRUE(::CreateDirectoryW(elsewhere_.c_str(), nullptr));
-    ASSERT_TRUE(::CopyFileW((TestProgramDirectory() + L"\\fixture_version_english.dll").c_str(),
-                            (elsewhere_ + L"\\Tools.dll").c_str(), FALSE));
-    InstallFiles();
-    InstallRegistryData(elsewhere_);
+    ASSERT_TRUE(::CopyFileW(VersionFixturePath(L"english").c_str(), (elsewhere_ + L"\\Tools.dll").c_str(), FALSE));
+    InstallSuiteFiles(folders_);
+    InstallSuiteRegistryData(elsewhere_);
     const RecordingSink sink = WriteSection();
     PieceCursor cursor(sink.Pieces());
     ExpectOpening(cursor, StandardEntries());
@@ -288,7 +198,7 @@ TEST_F(SuiteInstallation, LocationElsewhereIsListedUnderItsHeading) {
 }
 
 TEST_F(SuiteInstallation, LocationThatDoesNotExistShowsItsHeadingAlone) {
-    InstallRegistryData(L"D:\\Gone");
+    InstallSuiteRegistryData(L"D:\\Gone");
     const RecordingSink sink = WriteSection();
     PieceCursor cursor(sink.Pieces());
     ExpectOpening(cursor, {});
@@ -300,8 +210,8 @@ TEST_F(SuiteInstallation, LocationThatDoesNotExistShowsItsHeadingAlone) {
 
 TEST_F(SuiteInstallation, EmptyLocationIsPrintedButNotListed) {
     const w32::ScopedRegKey key = CreateSuiteKey();
-    SetString(key.Get(), L"InstallLocation", L"");
-    SetString(key.Get(), L"VersionBuild", L"1042");
+    SetValueString(key.Get(), L"InstallLocation", L"");
+    SetValueString(key.Get(), L"VersionBuild", L"1042");
     const RecordingSink sink = WriteSection();
     PieceCursor cursor(sink.Pieces());
     ExpectOpening(cursor, {});
@@ -321,7 +231,7 @@ TEST_F(SuiteInstallation, KeyWithoutValuesShowsTheHeadingAlone) {
 TEST_F(SuiteInstallation, KeyInThe32BitViewOnlyIsNotRead) {
     {
         const w32::ScopedRegKey key = CreateSuiteKey(KEY_WOW64_32KEY);
-        SetDword(key.Get(), L"VersionMajor", 9);
+        SetValueDword(key.Get(), L"VersionMajor", 9);
     }
     ASSERT_FALSE(SuiteKeyExists(KEY_WOW64_64KEY)) << "this registry has no separate 32-bit view";
     const RecordingSink sink = WriteSection();
@@ -332,12 +242,12 @@ TEST_F(SuiteInstallation, KeyInThe32BitViewOnlyIsNotRead) {
 
 TEST_F(SuiteInstallation, TypesAreNotCheckedAndShortNumbersAreZeroFilled) {
     const w32::ScopedRegKey key = CreateSuiteKey();
-    SetString(key.Get(), L"VersionMajor", L"12");                     // 31 00 32 00
-    SetBytes(key.Get(), L"VersionMinor", REG_BINARY, {0x07});         // one byte only
-    SetBytes(key.Get(), L"VersionRevision", REG_NONE, {});            // no data at all
-    SetDword(key.Get(), L"VersionBuildReleaseRevision", 0xFFFFFFFF);  // signed
-    SetDword(key.Get(), L"VersionBuild", 0x00420041);                 // "AB" as text
-    SetBytes(key.Get(), L"InstalledComponents", REG_MULTI_SZ, StringBytes(std::wstring(L"Core\0Runner\0", 12)));
+    SetValueString(key.Get(), L"VersionMajor", L"12");                     // 31 00 32 00
+    SetValueBytes(key.Get(), L"VersionMinor", REG_BINARY, {0x07});          // one byte only
+    SetValueBytes(key.Get(), L"VersionRevision", REG_NONE, {});             // no data at all
+    SetValueDword(key.Get(), L"VersionBuildReleaseRevision", 0xFFFFFFFF);   // signed
+    SetValueDword(key.Get(), L"VersionBuild", 0x00420041);                  // "AB" as text
+    SetValueBytes(key.Get(), L"InstalledComponents", REG_MULTI_SZ, StringBytes(std::wstring(L"Core\0Runner\0", 12)));
     const RecordingSink sink = WriteSection();
     PieceCursor cursor(sink.Pieces());
     ExpectOpening(cursor, {});
@@ -352,8 +262,8 @@ TEST_F(SuiteInstallation, TypesAreNotCheckedAndShortNumbersAreZeroFilled) {
 
 TEST_F(SuiteInstallation, ValueLargerThanTheBufferGivesNoLine) {
     const w32::ScopedRegKey key = CreateSuiteKey();
-    SetString(key.Get(), L"InstalledComponents", std::wstring(2048, L'c'));  // 4098 bytes with its terminator
-    SetString(key.Get(), L"VersionBuild", L"1042");
+    SetValueString(key.Get(), L"InstalledComponents", std::wstring(2048, L'c'));  // 4098 bytes with its terminator
+    SetValueString(key.Get(), L"VersionBuild", L"1042");
     const RecordingSink sink = WriteSection();
     PieceCursor cursor(sink.Pieces());
     ExpectOpening(cursor, {});
@@ -372,8 +282,8 @@ TEST_F(SuiteInstallation, StringFillingTheBufferWithoutTerminatorIsReadWhole) {
 }
 
 TEST_F(SuiteInstallation, WholeReportEndsWithTheSectionForItsOwnFolders) {
-    InstallFiles();
-    InstallRegistryData(standard_);
+    InstallSuiteFiles(folders_);
+    InstallSuiteRegistryData(standard_);
     RecordingSink report;
     ASSERT_TRUE(WriteSystemReport(report));
     PieceCursor cursor(report.Pieces());

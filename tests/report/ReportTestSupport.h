@@ -88,6 +88,9 @@ std::vector<std::wstring> WmicValues(const std::wstring& alias, const std::wstri
 // The limited token linked to this (elevated) process's token, or null.
 HANDLE OpenLinkedToken();
 
+// Where Windows keeps its product id (HKLM).
+inline constexpr wchar_t kWindowsCurrentVersion[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion";
+
 // Remembers one registry value and puts it back (or removes it again) when
 // destroyed, whatever the test did to it.
 class SavedRegistryValue {

@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr wchar_t kWindowsCurrentVersion[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion";
 constexpr wchar_t kNtCurrentVersion[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 constexpr char kPerProgramVersion[] = "the Windows version is chosen per program in HKCU\\Software\\Wine\\AppDefaults";
 constexpr char kChangesWindowsOwnKeys[] = "changes Windows's own registry, which only a throwaway prefix may lose";
