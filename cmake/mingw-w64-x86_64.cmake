@@ -21,5 +21,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
 # Test executables run under Wine; ctest and gtest_discover_tests use this.
+# scripts/wine-run.sh starts a program again when Wine ended it before it
+# ran (see there).
 find_program(WINE_PROGRAM NAMES wine wine64 REQUIRED)
-set(CMAKE_CROSSCOMPILING_EMULATOR ${WINE_PROGRAM})
+find_program(BASH_PROGRAM NAMES bash REQUIRED)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${BASH_PROGRAM} ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run.sh ${WINE_PROGRAM})
