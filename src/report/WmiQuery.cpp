@@ -4,6 +4,7 @@
 #include <wbemidl.h>
 
 #include <exception>
+#include <functional>
 #include <thread>
 #include <utility>
 
@@ -129,15 +130,15 @@ bool ThreadIsInSingleThreadedApartment() {
 }
 }  // namespace
 
-std::wstring QueryWmiPropertyFromAnyThread(std::wstring className, std::wstring propertyName) {
-    if (!ThreadIsInSingleThreadedApartment()) return QueryWmiProperty(std::move(className), std::move(propertyName));
+std::wstring CallInMultithreadedApartment(const std::function<std::wstring()>& call) {
+    if (!ThreadIsInSingleThreadedApartment()) return call();
     std::wstring value;
     std::exception_ptr failure;
     // The thread's entry is a barrier: its exception is carried back to the
     // caller's thread, whose own barriers log it.
     std::thread worker([&] {
         try {
-            value = QueryWmiProperty(std::move(className), std::move(propertyName));
+            value = call();
         } catch (...) {
             failure = std::current_exception();
         }
@@ -145,4 +146,9 @@ std::wstring QueryWmiPropertyFromAnyThread(std::wstring className, std::wstring 
     worker.join();
     if (failure) std::rethrow_exception(failure);
     return value;
+}
+
+std::wstring QueryWmiPropertyFromAnyThread(std::wstring className, std::wstring propertyName) {
+    return CallInMultithreadedApartment(
+        [&] { return QueryWmiProperty(std::move(className), std::move(propertyName)); });
 }

@@ -6,10 +6,12 @@
 
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "report/WmiQuery.h"
 #include "resource.h"
 #include "w32/Application.h"
 #include "w32/ComError.h"
@@ -123,4 +125,42 @@ TEST_F(ExceptionBarrierTest, StartUpExceptionEndsTheRunWithItsStatusAfterExitIns
     // Nobody waits at start-up: no box, the status says it.
     EXPECT_TRUE(notices_.empty());
     EXPECT_EQ(w32::CurrentApp(), previous);
+}
+
+// The WMI query's worker thread: an exception thrown there (out of memory
+// while making a COM string) reaches the thread that asked, as the same
+// exception, where that thread's own barrier takes it; it never unwinds out
+// of the worker's entry, which would end the process.
+TEST_F(ExceptionBarrierTest, WorkerThreadExceptionReachesTheCallingThread) {
+    HRESULT caught = S_OK;
+    DWORD callerThread = 0;
+    DWORD callThread = 0;
+    std::thread caller([&] {
+        ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        callerThread = ::GetCurrentThreadId();
+        try {
+            CallInMultithreadedApartment([&]() -> std::wstring {
+                callThread = ::GetCurrentThreadId();
+                throw w32::ComError(E_OUTOFMEMORY);
+            });
+        } catch (const w32::ComError& error) {
+            caught = error.Code();
+        }
+        ::CoUninitialize();
+    });
+    caller.join();
+    EXPECT_EQ(caught, E_OUTOFMEMORY);
+    EXPECT_NE(callThread, 0u);
+    EXPECT_NE(callThread, callerThread);  // it did run on a worker
+}
+
+TEST_F(ExceptionBarrierTest, OutsideASingleThreadedApartmentTheCallRunsInPlace) {
+    const DWORD here = ::GetCurrentThreadId();
+    DWORD callThread = 0;
+    EXPECT_EQ(CallInMultithreadedApartment([&] {
+                  callThread = ::GetCurrentThreadId();
+                  return std::wstring(L"value");
+              }),
+              L"value");
+    EXPECT_EQ(callThread, here);
 }
