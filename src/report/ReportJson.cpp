@@ -62,6 +62,16 @@ void MemberIf(JsonWriter& json, std::string_view key, bool present, const T& val
 }
 
 // Sections end with where their heading stood.
+// `key`, then the object `fill` writes of the value, or null without one.
+template <typename T, typename Fill>
+void ObjectOrNull(JsonWriter& json, std::string_view key, const std::optional<T>& value, Fill fill) {
+    json.Key(key);
+    if (!value) return json.Null();
+    json.Open('{');
+    fill(*value);
+    json.Close('}');
+}
+
 void CloseSection(JsonWriter& json, const Heading& heading) {
     Member(json, "blankLineBefore", heading.blankLineBefore);
     json.Close('}');
@@ -107,50 +117,30 @@ void PutHardware(JsonWriter& json, const HardwareSection& h) {
     Member(json, "bios", h.bios);
     Member(json, "board", h.board);
     Member(json, "processorCount", h.processorCount);
-    json.Key("processor");
-    if (const auto& p = h.processor) {
-        json.Open('{');
-        Member(json, "architecture", p->architecture);
-        Member(json, "level", p->level);
-        Member(json, "revision", p->revision);
-        json.Close('}');
-    } else {
-        json.Null();
-    }
+    ObjectOrNull(json, "processor", h.processor, [&](const auto& p) {
+        Member(json, "architecture", p.architecture);
+        Member(json, "level", p.level);
+        Member(json, "revision", p.revision);
+    });
     Member(json, "activeProcessorMask", h.activeProcessorMask);
     Member(json, "pageSize", h.pageSize);
-    json.Key("applicationAddresses");
-    if (const auto& a = h.applicationAddresses) {
-        json.Open('{');
-        Member(json, "lowest", a->lowest);
-        Member(json, "highest", a->highest);
-        json.Close('}');
-    } else {
-        json.Null();
-    }
-    json.Key("memory");
-    if (const auto& m = h.memory) {
-        json.Open('{');
-        Member(json, "physicalK", m->physicalK);
-        Member(json, "virtualK", m->virtualK);
-        Member(json, "pagingK", m->pagingK);
-        json.Close('}');
-    } else {
-        json.Null();
-    }
-    json.Key("volumeC");
-    if (const auto& v = h.volume) {
-        json.Open('{');
-        Member(json, "serial", v->serial);
-        Member(json, "flags", v->flags);
-        Member(json, "fileSystem", v->fileSystem);
-        Member(json, "totalK", v->totalK);
-        Member(json, "freeK", v->freeK);
-        Member(json, "userK", v->userK);
-        json.Close('}');
-    } else {
-        json.Null();
-    }
+    ObjectOrNull(json, "applicationAddresses", h.applicationAddresses, [&](const auto& a) {
+        Member(json, "lowest", a.lowest);
+        Member(json, "highest", a.highest);
+    });
+    ObjectOrNull(json, "memory", h.memory, [&](const auto& m) {
+        Member(json, "physicalK", m.physicalK);
+        Member(json, "virtualK", m.virtualK);
+        Member(json, "pagingK", m.pagingK);
+    });
+    ObjectOrNull(json, "volumeC", h.volume, [&](const auto& v) {
+        Member(json, "serial", v.serial);
+        Member(json, "flags", v.flags);
+        Member(json, "fileSystem", v.fileSystem);
+        Member(json, "totalK", v.totalK);
+        Member(json, "freeK", v.freeK);
+        Member(json, "userK", v.userK);
+    });
     CloseSection(json, h.heading);
 }
 
