@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <random>
 #include <sstream>
 #include <string>
@@ -124,11 +125,21 @@ protected:
         startup.hStdError = errFile;
         PROCESS_INFORMATION process{};
         const std::wstring folder = (root_ / "files").wstring();
-        const BOOL started = ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW,
-                                              nullptr, folder.c_str(), &startup, &process);
+        // Wine has been seen to refuse a start now and then among thousands
+        // (a test program's own start, and once this one): the checker is
+        // what is tested here, not the platform's start, so a refused start
+        // is tried again, and each refusal is said.
+        BOOL started = FALSE;
+        for (int attempt = 1; attempt <= 3 && !started; ++attempt) {
+            started = ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW,
+                                       nullptr, folder.c_str(), &startup, &process);
+            if (!started)
+                std::cerr << "start " << attempt << " of " << CheckerPath().string() << " refused: error "
+                          << ::GetLastError() << "\n";
+        }
         ::CloseHandle(outFile);
         ::CloseHandle(errFile);
-        EXPECT_TRUE(started) << "cannot start " << CheckerPath().string() << ": " << ::GetLastError();
+        EXPECT_TRUE(started) << "cannot start " << CheckerPath().string();
         if (!started) return outcome;
         ::WaitForSingleObject(process.hProcess, 60 * 1000);
         DWORD code = 0;
