@@ -362,16 +362,6 @@ int ListingParts(const std::wstring& directory, int runs) {
 
 // ---------------------------------------------------------------- filling the view
 
-// Keeps every piece appended, to hand the same pieces to the view again.
-class RecordingSink final : public ReportSink {
-public:
-    void Append(std::wstring_view text) override { pieces_.emplace_back(text); }
-    const std::vector<std::wstring>& Pieces() const { return pieces_; }
-
-private:
-    std::vector<std::wstring> pieces_;
-};
-
 // Ways of giving the control a report's pieces, each by raw messages so that
 // the ways the view used before stay measurable whatever ReportView does now.
 enum class Fill { eachPiece, redrawOff, quiet, quietPieces4k, quietPieces64k, reportView };

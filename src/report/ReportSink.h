@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 class ReportSink {
 public:
@@ -20,4 +21,20 @@ public:
 
 private:
     std::wstring text_;
+};
+
+// Keeps each Append as a piece of its own, so that whoever reads it sees how
+// the report was cut as well as what it says.
+class RecordingSink final : public ReportSink {
+public:
+    void Append(std::wstring_view text) override { pieces_.emplace_back(text); }
+    const std::vector<std::wstring>& Pieces() const { return pieces_; }
+    std::wstring Text() const {
+        std::wstring text;
+        for (const std::wstring& piece : pieces_) text += piece;
+        return text;
+    }
+
+private:
+    std::vector<std::wstring> pieces_;
 };

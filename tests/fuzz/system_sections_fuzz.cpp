@@ -20,12 +20,6 @@
 
 namespace {
 
-class PieceSink final : public ReportSink {
-public:
-    void Append(std::wstring_view text) override { pieces.emplace_back(text); }
-    std::vector<std::wstring> pieces;
-};
-
 std::wstring WideText(FuzzedDataProvider& input, std::size_t maxLength) {
     std::wstring text;
     const std::size_t length = input.ConsumeIntegralInRange<std::size_t>(0, maxLength);
@@ -47,23 +41,23 @@ void CheckProgram(FuzzedDataProvider& input) {
     facts.productVersion = WideText(input, 16);
     facts.directory = WideText(input, 32);
     facts.elevated = input.ConsumeBool();
-    PieceSink sink;
+    RecordingSink sink;
     RenderProgramSection(facts, sink);
-    FUZZ_CHECK(sink.pieces.size() == (facts.elevated ? 4u : 3u));
-    FUZZ_CHECK(sink.pieces[0] == kProgramHeading);
-    FUZZ_CHECK(sink.pieces[1] == facts.applicationName + L" " + facts.productVersion + L"\n");
-    CheckLine(sink.pieces[2], L"in ", facts.directory);
-    if (facts.elevated) FUZZ_CHECK(sink.pieces[3] == kAdministratorLine);
+    FUZZ_CHECK(sink.Pieces().size() == (facts.elevated ? 4u : 3u));
+    FUZZ_CHECK(sink.Pieces()[0] == kProgramHeading);
+    FUZZ_CHECK(sink.Pieces()[1] == facts.applicationName + L" " + facts.productVersion + L"\n");
+    CheckLine(sink.Pieces()[2], L"in ", facts.directory);
+    if (facts.elevated) FUZZ_CHECK(sink.Pieces()[3] == kAdministratorLine);
 }
 
 void CheckHost(FuzzedDataProvider& input) {
     HostFacts facts{WideText(input, 16), WideText(input, 16), WideText(input, 16), WideText(input, 16)};
-    PieceSink sink;
+    RecordingSink sink;
     RenderHostSection(facts, sink);
-    FUZZ_CHECK(sink.pieces.size() == 3u);
-    FUZZ_CHECK(sink.pieces[0] == kHostHeading);
-    CheckLine(sink.pieces[1], L"\tname: ", facts.netbiosName + L" (" + facts.wmiDomain + L"\\" + facts.wmiName + L")");
-    CheckLine(sink.pieces[2], L"\tuser: ", facts.userName);
+    FUZZ_CHECK(sink.Pieces().size() == 3u);
+    FUZZ_CHECK(sink.Pieces()[0] == kHostHeading);
+    CheckLine(sink.Pieces()[1], L"\tname: ", facts.netbiosName + L" (" + facts.wmiDomain + L"\\" + facts.wmiName + L")");
+    CheckLine(sink.Pieces()[2], L"\tuser: ", facts.userName);
 }
 
 void CheckWindows(FuzzedDataProvider& input) {
@@ -78,19 +72,19 @@ void CheckWindows(FuzzedDataProvider& input) {
     facts.systemPath = WideText(input, 32);
     facts.programFiles = WideText(input, 32);
     facts.commonAppData = WideText(input, 32);
-    PieceSink sink;
+    RecordingSink sink;
     RenderWindowsSection(facts, sink);
     const std::size_t id = facts.productId ? 1 : 0;
-    FUZZ_CHECK(sink.pieces.size() == 6u + id);
-    FUZZ_CHECK(sink.pieces[0] == kWindowsHeading);
-    CheckLine(sink.pieces[1], L"\tversion reported: ", facts.versionLabel + L" (" + facts.editionLabel + L")");
-    CheckLine(sink.pieces[2], L"\treal version: ", facts.realVersion);
+    FUZZ_CHECK(sink.Pieces().size() == 6u + id);
+    FUZZ_CHECK(sink.Pieces()[0] == kWindowsHeading);
+    CheckLine(sink.Pieces()[1], L"\tversion reported: ", facts.versionLabel + L" (" + facts.editionLabel + L")");
+    CheckLine(sink.Pieces()[2], L"\treal version: ", facts.realVersion);
     if (facts.productId) {
-        FUZZ_CHECK(sink.pieces[3].rfind(L"\tid: ", 0) == 0 && EndsWithLineFeed(sink.pieces[3]));
+        FUZZ_CHECK(sink.Pieces()[3].rfind(L"\tid: ", 0) == 0 && EndsWithLineFeed(sink.Pieces()[3]));
     }
-    CheckLine(sink.pieces[3 + id], L"\tsystem path: ", facts.systemPath);
-    CheckLine(sink.pieces[4 + id], L"\tprogram file path: ", facts.programFiles);
-    CheckLine(sink.pieces[5 + id], L"\tapplication common shared path: ", facts.commonAppData);
+    CheckLine(sink.Pieces()[3 + id], L"\tsystem path: ", facts.systemPath);
+    CheckLine(sink.Pieces()[4 + id], L"\tprogram file path: ", facts.programFiles);
+    CheckLine(sink.Pieces()[5 + id], L"\tapplication common shared path: ", facts.commonAppData);
 }
 
 void CheckHardware(FuzzedDataProvider& input) {
@@ -118,27 +112,27 @@ void CheckHardware(FuzzedDataProvider& input) {
         volume.fileSystemName = WideText(input, 8);
         facts.volumeC = volume;
     }
-    PieceSink sink;
+    RecordingSink sink;
     RenderHardwareSection(facts, sink);
-    FUZZ_CHECK(sink.pieces.size() == (facts.volumeC ? 11u : 10u));
-    FUZZ_CHECK(sink.pieces[0] == kHardwareHeading);
-    FUZZ_CHECK(sink.pieces[1] == kSystemBitsLine);
-    CheckLine(sink.pieces[2], L"\tbios: ", facts.biosName);
-    CheckLine(sink.pieces[3], L"\tboard: ", facts.boardManufacturer);
-    CheckLine(sink.pieces[4], L"\tnumber of processors: ", std::to_wstring(facts.processorCount));
-    CheckLine(sink.pieces[5], L"\tprocessor : ",
+    FUZZ_CHECK(sink.Pieces().size() == (facts.volumeC ? 11u : 10u));
+    FUZZ_CHECK(sink.Pieces()[0] == kHardwareHeading);
+    FUZZ_CHECK(sink.Pieces()[1] == kSystemBitsLine);
+    CheckLine(sink.Pieces()[2], L"\tbios: ", facts.biosName);
+    CheckLine(sink.Pieces()[3], L"\tboard: ", facts.boardManufacturer);
+    CheckLine(sink.Pieces()[4], L"\tnumber of processors: ", std::to_wstring(facts.processorCount));
+    CheckLine(sink.Pieces()[5], L"\tprocessor : ",
               std::to_wstring(facts.processorArchitecture) + L" (" + std::to_wstring(facts.processorLevel) + L"." +
                   std::to_wstring(facts.processorRevision) + L")");
-    CheckLine(sink.pieces[6], L"\tactive processor mask: ",
+    CheckLine(sink.Pieces()[6], L"\tactive processor mask: ",
               std::to_wstring(static_cast<std::uint32_t>(facts.activeProcessorMask)));
-    CheckLine(sink.pieces[7], L"\tpage size: ", std::to_wstring(facts.pageSize));
+    CheckLine(sink.Pieces()[7], L"\tpage size: ", std::to_wstring(facts.pageSize));
     // The numeric lines hold no other line break than their last character.
-    for (std::size_t i = 8; i < sink.pieces.size(); ++i) {
-        FUZZ_CHECK(EndsWithLineFeed(sink.pieces[i]));
-        if (i < 10) FUZZ_CHECK(sink.pieces[i].find(L'\n') == sink.pieces[i].size() - 1);
+    for (std::size_t i = 8; i < sink.Pieces().size(); ++i) {
+        FUZZ_CHECK(EndsWithLineFeed(sink.Pieces()[i]));
+        if (i < 10) FUZZ_CHECK(sink.Pieces()[i].find(L'\n') == sink.Pieces()[i].size() - 1);
     }
     if (facts.volumeC) {
-        const std::wstring& line = sink.pieces[10];
+        const std::wstring& line = sink.Pieces()[10];
         FUZZ_CHECK(line.rfind(L"\tC volume: 0x", 0) == 0);
         FUZZ_CHECK(line.find(L" " + facts.volumeC->fileSystemName + L" total ") != std::wstring::npos);
     }
@@ -289,7 +283,7 @@ void CheckInstallation(FuzzedDataProvider& input) {
         for (std::size_t i = 0; i < count; ++i) listed.push_back(AnyEntry(input));
     }
 
-    PieceSink sink;
+    RecordingSink sink;
     RenderInstallationSection(record, entries, sink);
     std::vector<std::wstring> expected{L"\nOrvane Software installation:\n"};
     const auto listing = [&](const std::wstring& heading, const std::wstring& directory) {
@@ -310,7 +304,7 @@ void CheckInstallation(FuzzedDataProvider& input) {
     if (listsLocation) listing(L"* Registry installation directory:\n", location);
     listing(L"* Shared parameters directory (" + parameters + L"):\n", parameters);
     listing(L"* Shared Batch directory (" + batch + L"):\n", batch);
-    FUZZ_CHECK(sink.pieces == expected);
+    FUZZ_CHECK(sink.Pieces() == expected);
 }
 
 }  // namespace

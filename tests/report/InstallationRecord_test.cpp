@@ -11,12 +11,6 @@
 
 namespace {
 
-class PieceSink final : public ReportSink {
-public:
-    void Append(std::wstring_view text) override { pieces.emplace_back(text); }
-    std::vector<std::wstring> pieces;
-};
-
 using Pieces = std::vector<std::wstring>;
 using Bytes = std::vector<std::uint8_t>;
 
@@ -68,9 +62,9 @@ RegistryValueRecord Value(std::wstring_view name, Bytes data) {
 }
 
 Pieces Rendered(const InstallationRecord& record, CollectedEntries& entries) {
-    PieceSink sink;
+    RecordingSink sink;
     RenderInstallationSection(record, entries, sink);
-    return sink.pieces;
+    return sink.Pieces();
 }
 
 }  // namespace
@@ -107,9 +101,9 @@ TEST(EntryRecord, ZeroedTimesShowZeroedFields) {
 }
 
 TEST(EntryRecord, LineIsOnePieceWithTabAndLineFeed) {
-    PieceSink sink;
+    RecordingSink sink;
     RenderEntryLine(Entry(L"a.txt"), sink);
-    EXPECT_EQ(sink.pieces, (Pieces{std::wstring(L"\t") + kDefaultHead + L"a.txt\t\n"}));
+    EXPECT_EQ(sink.Pieces(), (Pieces{std::wstring(L"\t") + kDefaultHead + L"a.txt\t\n"}));
 }
 
 // --- Access lists
@@ -184,9 +178,9 @@ TEST(EntryRecord, AccessListComesBeforeTheContent) {
     DirectoryEntryRecord entry = Entry(L"locked");
     entry.accessList = AccessListRecord{AccessListState::kSecurityUnreadable, 32, {}};
     entry.content = ContentExcerptRecord{false, L""};
-    PieceSink sink;
+    RecordingSink sink;
     RenderEntryLine(entry, sink);
-    EXPECT_EQ(sink.pieces, (Pieces{std::wstring(L"\t") + kDefaultHead +
+    EXPECT_EQ(sink.Pieces(), (Pieces{std::wstring(L"\t") + kDefaultHead +
                                    L"locked\t ACL: failed GetFileSecurity (32)\n\t\t\t\tContent:\"!!!unable to open "
                                    L"file!!!\"\n"}));
 }

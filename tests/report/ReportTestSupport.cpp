@@ -41,12 +41,6 @@ std::wstring TemporaryFilePath() { return NewScratchFolder(L"output") + L"\\outp
 
 }  // namespace
 
-std::wstring RecordingSink::Text() const {
-    std::wstring text;
-    for (const std::wstring& piece : pieces_) text += piece;
-    return text;
-}
-
 std::wstring PieceCursor::Next() { return AtEnd() ? L"<end of report>" : pieces_[next_++]; }
 
 std::wstring PieceCursor::Peek() const { return AtEnd() ? L"<end of report>" : pieces_[next_]; }

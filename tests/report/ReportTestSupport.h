@@ -13,18 +13,6 @@
 
 #include "report/ReportSink.h"
 
-// Keeps each Append as a piece of its own, so a test sees how the report was
-// cut as well as what it says.
-class RecordingSink final : public ReportSink {
-public:
-    void Append(std::wstring_view text) override { pieces_.emplace_back(text); }
-    const std::vector<std::wstring>& Pieces() const { return pieces_; }
-    std::wstring Text() const;
-
-private:
-    std::vector<std::wstring> pieces_;
-};
-
 // Walks the pieces of a report in order.
 class PieceCursor {
 public:

@@ -8,20 +8,13 @@
 #include <gtest/gtest.h>
 
 namespace {
-// A sink that keeps the pieces apart, since every line is one append.
-class PieceSink final : public ReportSink {
-public:
-    void Append(std::wstring_view text) override { pieces.emplace_back(text); }
-    std::vector<std::wstring> pieces;
-};
-
 using Pieces = std::vector<std::wstring>;
 
 template <class Facts, class Render>
 Pieces Rendered(const Facts& facts, Render render) {
-    PieceSink sink;
+    RecordingSink sink;
     render(facts, sink);
-    return sink.pieces;
+    return sink.Pieces();
 }
 
 WindowsFacts SampleWindows() {
