@@ -18,10 +18,10 @@
 #include <string_view>
 #include <vector>
 
-#include "report/ReportDiff.h"
-#include "report/ReportJson.h"
-#include "report/ReportModel.h"
-#include "report/ReportVerdict.h"
+#include "format/ReportVerdict.h"
+#include "reader/ReportDiff.h"
+#include "reader/ReportJson.h"
+#include "reader/ReportModel.h"
 
 #if defined(_WIN32)
 #include <fcntl.h>
