@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -718,5 +719,132 @@ TEST_F(ReportCheck, CollectedReportsLoadIntoSqlite) {
                                 "other-versions.sql' | sqlite3 fleet.db >answer.txt 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "answer.txt");
     EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC3|tool.dll|9.2.0.7\n");
+}
+#endif
+
+// --- findings, collect --db, rules ------------------------------------------
+
+namespace {
+
+const fs::path kFixtures = fs::path(REPORTCHECK_SOURCE_DIR) / "tests/findings/fixtures";
+
+// A rule file whose query is `query`.
+std::string RuleFile(const std::string& id, const std::string& query) {
+    return "-- id: " + id +
+           "\n-- severity: error\n-- title: T\n-- title.fr: T\n-- remedy: R\n-- remedy.fr: R\n" + query + "\n";
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, RulesListsTheBuiltInRules) {
+    const Outcome outcome = Check({"rules"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out.substr(0, outcome.out.find('\n') + 1),
+              "error   report.altered                  The report was changed after it was saved\n");
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 15);
+}
+
+TEST_F(ReportCheck, RulesDocumentationIsCurrent) {
+    const Outcome outcome = Check({"rules", "--markdown"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, ReadFile(fs::path(REPORTCHECK_SOURCE_DIR) / "docs/rules.md"))
+        << "make docs/rules.md again: reportcheck rules --markdown > docs/rules.md";
+}
+
+TEST_F(ReportCheck, AFolderOfRulesAddsAndReplaces) {
+    fs::create_directories(root_ / "files" / "team");
+    Write("team/altered.sql", "-- id: report.altered\n-- severity: info\n-- title: Changed\n-- title.fr: Changé\n"
+                              "-- remedy: Ask again\n-- remedy.fr: Redemander\n"
+                              "SELECT report, NULL, verdict FROM reports WHERE verdict = 'altered'\n");
+    Write("team/users.sql", RuleFile("team.root-user", "SELECT report, NULL, host_user FROM reports WHERE host_user = 'root'"));
+    const Outcome listed = Check({"rules", "--rules", "team"});
+    EXPECT_EQ(listed.status, 0) << listed.err;
+    EXPECT_NE(listed.out.find("error   team.root-user                  T  (team/users.sql)\n"), std::string::npos)
+        << listed.out;
+    EXPECT_NE(listed.out.find("info    report.altered                  Changed  (team/altered.sql)\n"),
+              std::string::npos)
+        << listed.out;
+}
+
+TEST_F(ReportCheck, BadRuleFilesAreNamedAndNothingIsWritten) {
+    fs::copy_file(kFixtures / "healthy.txt", root_ / "files" / "healthy.txt");
+    const Outcome first = Check({"collect", "--db", "fleet.db", "healthy.txt"});
+    ASSERT_EQ(first.status, 0) << first.err;
+    const std::string before = ReadFile(root_ / "files" / "fleet.db");
+    struct Case {
+        const char* query;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"SELEC report, line, 'x' FROM entries", "near \"SELEC\": syntax error"},
+        {"SELECT report, line, 'x' FROM no_such_table", "no such table: no_such_table"},
+        {"DROP TABLE reports", "not authorized"},
+        {"ATTACH 'other.db' AS other", "not authorized"},
+        {"PRAGMA writable_schema = 1", "not authorized"},
+        {"SELECT report, line FROM entries", "the query gives 2 columns; a rule gives three: report, line, detail"},
+        {"SELECT 1, 2, 3; DELETE FROM reports", "more than one statement; a rule is one query"},
+        {"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i, i, i FROM n",
+         "stopped after running longer than 1 seconds (a query that never ends?)"},
+    };
+    int index = 0;
+    for (const Case& c : cases) {
+        const std::string folder = "bad" + std::to_string(++index);
+        fs::create_directories(root_ / "files" / folder);
+        Write(folder + "/rule.sql", RuleFile("team.bad", c.query));
+        const std::string named = "reportcheck: rule team.bad (" + folder + "/rule.sql): " + c.message + "\n";
+        const Outcome collected =
+            Check({"collect", "--db", "fleet.db", "--rules", folder, "--time-limit", "1", "healthy.txt"});
+        EXPECT_EQ(collected.err, named + "reportcheck: fleet.db: nothing written\n");
+        EXPECT_EQ(collected.status, 2);
+        EXPECT_EQ(collected.out, "");
+        EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == before) << c.query;
+        const Outcome found = Check({"findings", "--rules", folder, "--time-limit", "1", "fleet.db"});
+        EXPECT_EQ(found.err, named);
+        EXPECT_EQ(found.status, 2);
+        EXPECT_EQ(found.out, "");
+        EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == before) << c.query;
+    }
+}
+
+TEST_F(ReportCheck, RuleHeadersAreChecked) {
+    fs::create_directories(root_ / "files" / "team");
+    Write("team/rule.sql", "-- id: Team Rule\n-- severity: fatal\nSELECT 1, 2, 3\n");
+    Write("healthy.txt", ReadFile(kFixtures / "healthy.txt"));
+    const Outcome outcome = Check({"findings", "--rules", "team", "healthy.txt"});
+    EXPECT_EQ(outcome.err, "reportcheck: team/rule.sql: line 1: no \"title\" in the header\n");
+    EXPECT_EQ(outcome.status, 2);
+    Write("team/rule.sql", "-- id: team.rule\n-- colour: red\nSELECT 1, 2, 3\n");
+    EXPECT_EQ(Check({"findings", "--rules", "team", "healthy.txt"}).err,
+              "reportcheck: team/rule.sql: line 2: unknown key \"colour\"\n");
+}
+
+TEST_F(ReportCheck, ForeignDatabasesAreLeftAlone) {
+    Write("notes.db", "SQLite format 3 is what this text is not\n");
+    Write("healthy.txt", ReadFile(kFixtures / "healthy.txt"));
+    const Outcome outcome = Check({"collect", "--db", "notes.db", "healthy.txt"});
+    EXPECT_EQ(outcome.err, "reportcheck: notes.db: file is not a database; nothing written\n");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(ReadFile(root_ / "files" / "notes.db"), "SQLite format 3 is what this text is not\n");
+}
+
+#if !defined(_WIN32)
+TEST_F(ReportCheck, DatabasesOfOthersOrOtherVersionsAreRefused) {
+    Write("healthy.txt", ReadFile(kFixtures / "healthy.txt"));
+    const std::string folder = (root_ / "files").string();
+    ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 other.db 'CREATE TABLE t(x); INSERT INTO t VALUES (1);'").c_str()), 0);
+    const std::string other = ReadFile(root_ / "files" / "other.db");
+    const Outcome foreign = Check({"collect", "--db", "other.db", "healthy.txt"});
+    EXPECT_EQ(foreign.err, "reportcheck: other.db: not a database of reportcheck collect --db; nothing written\n");
+    EXPECT_EQ(foreign.status, 2);
+    EXPECT_TRUE(ReadFile(root_ / "files" / "other.db") == other);
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 0);
+    ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 fleet.db 'PRAGMA user_version = 2;'").c_str()), 0);
+    const std::string fleet = ReadFile(root_ / "files" / "fleet.db");
+    const Outcome newer = Check({"findings", "fleet.db"});
+    EXPECT_EQ(newer.err,
+              "reportcheck: fleet.db: tables of schema version 2, this reportcheck reads version 1\n");
+    EXPECT_EQ(newer.status, 2);
+    EXPECT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 2);
+    EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
 }
 #endif
