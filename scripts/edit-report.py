@@ -28,8 +28,11 @@ def write_report(path: Path, body: str, stored=None) -> None:
     path.write_bytes(b"\xff\xfe" + (body + trailer).encode("utf-16-le"))
 
 
-def volume(body: str, free_k: int) -> str:
-    return re.sub(r"free \d+K \(user \d+K\)", "free %dK (user %dK)" % (free_k, free_k), body)
+def volume(body: str, below_threshold: bool) -> str:
+    """The free space on C: just under 5 % of the volume, or at it."""
+    total = int(re.search(r"total (\d+)K free", body).group(1))
+    free = (total + 19) // 20 - (1 if below_threshold else 0)
+    return re.sub(r"free \d+K \(user \d+K\)", "free %dK (user %dK)" % (free, free), body)
 
 
 def main() -> None:
@@ -37,8 +40,8 @@ def main() -> None:
     healthy = read_body(folder / "healthy.txt")
     assert "launched as administrator\r\n" in healthy
     write_report(folder / "not-elevated-edited.txt", healthy.replace("launched as administrator\r\n", ""))
-    write_report(folder / "low-disk-space-edited.txt", volume(healthy, 2097151))
-    write_report(folder / "low-disk-space-near-edited.txt", volume(healthy, 2097152))
+    write_report(folder / "low-disk-space-edited.txt", volume(healthy, True))
+    write_report(folder / "low-disk-space-near-edited.txt", volume(healthy, False))
     # Every adapter down but loopback.
     write_report(folder / "no-adapter-up-edited.txt",
                  re.sub(r"(IfType: (?!24\r)\d+\r\n\tOperStatus: )1\r", "\\g<1>2\r", healthy))

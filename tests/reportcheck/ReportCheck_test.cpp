@@ -3,6 +3,7 @@
 // and the Windows one under Wine.
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -845,3 +846,140 @@ TEST_F(ReportCheck, DatabasesOfOthersOrOtherVersionsAreRefused) {
     EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
 }
 #endif
+
+namespace {
+
+// Each rule's fixtures (tests/findings/fixtures, made by
+// scripts/make-findings-fixtures.sh) with every finding and "not checked"
+// that findings --json gives for it, as "rule line: detail".
+struct FixtureFindings {
+    const char* file;
+    std::vector<std::string> expected;
+};
+
+const FixtureFindings kFixtureFindings[] = {
+    {"healthy.txt", {}},
+    {"altered-edited.txt", {"report.altered -: trailer says 24565148, body gives 04565168"}},
+    {"unrecognised-line-edited.txt", {"report.edited 11: a line the program does not write here"}},
+    {"not-elevated-edited.txt", {"program.not-elevated 5: no \"launched as administrator\" line"}},
+    {"not-installed.txt",
+     {"suite.not-installed 112: no installation data in the registry and nothing in C:\\Program Files\\Orvane "
+      "Software V9",
+      "not checked suite.install-location-empty: registry data", "not checked suite.registry-version: registry data",
+      "not checked suite.install-location-twice: registry data",
+      "not checked suite.registry-number-as-text: registry data"}},
+    // The uninstaller's data left behind: installed for the registry, with
+    // nothing where InstallLocation points.
+    {"not-installed-near.txt",
+     {"suite.install-location-empty 116: C:\\Program Files\\Orvane Software V9 is listed with nothing in it",
+      "program.outside-installation 6: C:\\tools is not the suite's directory"}},
+    {"mixed-versions.txt",
+     {"suite.mixed-versions 123: Runner.dll carries 3.2.1.0 where 2 of the suite's 3 versioned files carry "
+      "9.3.1.1042"}},
+    {"registry-version.txt",
+     {"suite.registry-version 126: the registry gives 9.2.1.1042, the suite's files carry 9.3.1.1042"}},
+    {"registry-version-near.txt", {}},
+    {"registry-number-as-text.txt",
+     {"suite.registry-version 126: the registry gives 9.51.1.1042, the suite's files carry 9.3.1.1042",
+      "suite.registry-number-as-text 127: VersionMinor: 51 is the text \"3\" read as a number"}},
+    {"install-location-empty.txt", {"suite.install-location-empty 125: C:\\Orvane is listed with nothing in it"}},
+    {"install-location-twice.txt",
+     {"suite.install-location-twice 125: c:\\program files\\orvane software v9\\ is C:\\Program Files\\Orvane "
+      "Software V9 written differently"}},
+    {"outside-installation.txt", {"program.outside-installation 6: C:\\tools is not the suite's directory"}},
+    {"empty-file.txt", {"suite.empty-file 119: Core.dll in the standard directory has size 0"}},
+    {"unversioned-file.txt",
+     {"suite.unversioned-file 122: Legacy.dll has no product version where 3 of its neighbours have one"}},
+    {"low-disk-space-edited.txt",
+     {"system.low-disk-space 31: 13210604K free for the user of 264212084K (5.0 %)"}},
+    {"low-disk-space-near-edited.txt", {}},
+    {"no-adapter-up-edited.txt",
+     {"network.no-adapter-up 33: 4 adapters listed, none up with an address other than loopback"}},
+    {"shared-directory-missing.txt",
+     {"suite.shared-directory-missing 135: C:\\ProgramData\\Orvane Software\\Runner is listed with no entries"}},
+};
+
+std::vector<std::string> FindingLines(const std::string& json) {
+    std::vector<std::string> lines;
+    const auto document = nlohmann::json::parse(json);
+    for (const auto& report : document["reports"]) {
+        for (const auto& f : report["findings"])
+            lines.push_back(f["rule"].get<std::string>() + " " +
+                            (f["line"].is_null() ? std::string("-") : std::to_string(f["line"].get<int>())) + ": " +
+                            f["detail"].get<std::string>());
+        for (const auto& u : report["notChecked"])
+            lines.push_back("not checked " + u["rule"].get<std::string>() + ": " + u["missing"].get<std::string>());
+    }
+    return lines;
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, EachRuleOnItsFixtures) {
+    for (const FixtureFindings& fixture : kFixtureFindings) {
+        fs::copy_file(kFixtures / fixture.file, root_ / "files" / fixture.file);
+        const Outcome outcome = Check({"findings", "--json", fixture.file});
+        EXPECT_EQ(outcome.err, "") << fixture.file;
+        EXPECT_EQ(outcome.status, fixture.expected.empty() ? 0 : 1) << fixture.file;
+        EXPECT_EQ(FindingLines(outcome.out), fixture.expected) << fixture.file;
+    }
+}
+
+TEST_F(ReportCheck, FindingsForAPerson) {
+    fs::create_directories(root_ / "files" / "fleet");
+    for (const char* name : {"empty-file.txt", "healthy.txt", "not-elevated-edited.txt"})
+        fs::copy_file(kFixtures / name, root_ / "files" / "fleet" / name);
+    Write("fleet/notes.txt", "not a report");
+    const Outcome outcome = Check({"findings", "fleet"});
+    EXPECT_EQ(outcome.err, "reportcheck: fleet/notes.txt: not a report (no UTF-16 byte-order mark)\n");
+    EXPECT_EQ(outcome.out,
+              "fleet/empty-file.txt: intact (checksum 3a50575c)\n"
+              "  error suite.empty-file: A library or program of the suite is empty\n"
+              "    line 119: \t00000020          0\t23/11/2026  20:41:07\t23/11/2026  20:41:07\tCore.dll\t\n"
+              "    Core.dll in the standard directory has size 0\n"
+              "    remedy: Repair or reinstall the suite; check the disk and the antivirus's quarantine.\n"
+              "fleet/healthy.txt: intact (checksum 24565148)\n"
+              "fleet/not-elevated-edited.txt: intact (checksum 6262627b)\n"
+              "  info program.not-elevated: The report was made without administrator rights\n"
+              "    line 5: OrvaneDiagnostics 9.3.1.1042\n"
+              "    no \"launched as administrator\" line\n"
+              "    remedy: For a complete picture, ask for a report made with \"Run as administrator\".\n"
+              "fleet/notes.txt: not a report (no UTF-16 byte-order mark)\n"
+              "4 reports: 1 error, 0 warnings, 1 info\n");
+    const Outcome errorsOnly = Check({"findings", "--min-severity", "error", "fleet/not-elevated-edited.txt"});
+    EXPECT_EQ(errorsOnly.out,
+              "fleet/not-elevated-edited.txt: intact (checksum 6262627b)\n1 report: 0 errors, 0 warnings, 0 info\n");
+    EXPECT_EQ(errorsOnly.status, 0);
+    EXPECT_EQ(outcome.status, 2);
+}
+
+// collect --db brings the database to the folder's state, reading only what
+// changed; findings on the database give what findings on the files give.
+TEST_F(ReportCheck, CollectDatabaseIsIncremental) {
+    fs::create_directories(root_ / "files" / "fleet");
+    for (const char* name : {"healthy.txt", "empty-file.txt", "mixed-versions.txt"})
+        fs::copy_file(kFixtures / name, root_ / "files" / "fleet" / name);
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 0);
+    const Outcome fromFiles = Check({"findings", "fleet"});
+    const Outcome fromDatabase = Check({"findings", "fleet.db"});
+    EXPECT_EQ(fromDatabase.out, fromFiles.out);
+    EXPECT_EQ(fromDatabase.status, 1);
+    // One report replaced by another state, one removed, one added.
+    fs::copy_file(kFixtures / "shared-directory-missing.txt", root_ / "files" / "fleet" / "healthy.txt",
+                  fs::copy_options::overwrite_existing);
+    fs::last_write_time(root_ / "files" / "fleet" / "healthy.txt", fs::file_time_type::clock::now() + std::chrono::hours(1));
+    fs::remove(root_ / "files" / "fleet" / "mixed-versions.txt");
+    fs::copy_file(kFixtures / "registry-version.txt", root_ / "files" / "fleet" / "registry.txt");
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 0);
+    EXPECT_EQ(Check({"findings", "fleet.db"}).out, Check({"findings", "fleet"}).out);
+#if !defined(_WIN32)
+    const std::string command = "cd '" + (root_ / "files").string() +
+                                "' && sqlite3 fleet.db 'SELECT path, rule, line FROM findings JOIN reports USING "
+                                "(report) ORDER BY path, rule' >answer.txt 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"),
+              "fleet/empty-file.txt|suite.empty-file|119\n"
+              "fleet/healthy.txt|suite.shared-directory-missing|135\n"
+              "fleet/registry.txt|suite.registry-version|126\n");
+#endif
+}
