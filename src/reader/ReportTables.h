@@ -12,8 +12,8 @@
 #include <string_view>
 
 #include "reader/Sqlite.h"
-#include "report/ReportModel.h"
-#include "report/ReportVerdict.h"
+#include "reader/ReportModel.h"
+#include "format/ReportVerdict.h"
 
 namespace report_tables {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "reader/ReportTables.h"
-#include "report/ReportJson.h"
+#include "reader/ReportJson.h"
 #include "reportcheck/FindingsCommands.h"
 #include "reportcheck/ReportDatabase.h"
 

@@ -17,10 +17,10 @@
 #include <string>
 #include <string_view>
 
-#include "report/ReportDiff.h"
-#include "report/ReportJson.h"
-#include "report/ReportModel.h"
-#include "report/ReportVerdict.h"
+#include "format/ReportVerdict.h"
+#include "reader/ReportDiff.h"
+#include "reader/ReportJson.h"
+#include "reader/ReportModel.h"
 #include "reportcheck/FindingsCommands.h"
 #include "reportcheck/ReportFiles.h"
 
