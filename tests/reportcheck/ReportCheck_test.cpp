@@ -726,6 +726,26 @@ namespace {
 
 const fs::path kFixtures = fs::path(REPORTCHECK_SOURCE_DIR) / "tests/findings/fixtures";
 
+// Text as the checker writes it on standard error (text mode), with paths it
+// made by walking folders in the system's own separator.
+std::string Said(std::string text) {
+#if defined(_WIN32)
+    std::string made;
+    for (char c : text) made += c == '/' ? std::string("\\") : c == '\n' ? std::string("\r\n") : std::string(1, c);
+    return made;
+#else
+    return text;
+#endif
+}
+
+// The same on standard output (binary): the separators only.
+std::string Printed(std::string text) {
+#if defined(_WIN32)
+    std::replace(text.begin(), text.end(), '/', '\\');
+#endif
+    return text;
+}
+
 // A rule file whose query is `query`.
 std::string RuleFile(const std::string& id, const std::string& query) {
     return "-- id: " + id +
@@ -757,9 +777,9 @@ TEST_F(ReportCheck, AFolderOfRulesAddsAndReplaces) {
     Write("team/users.sql", RuleFile("team.root-user", "SELECT report, NULL, host_user FROM reports WHERE host_user = 'root'"));
     const Outcome listed = Check({"rules", "--rules", "team"});
     EXPECT_EQ(listed.status, 0) << listed.err;
-    EXPECT_NE(listed.out.find("error   team.root-user                  T  (team/users.sql)\n"), std::string::npos)
+    EXPECT_NE(listed.out.find(Printed("error   team.root-user                  T  (team/users.sql)\n")), std::string::npos)
         << listed.out;
-    EXPECT_NE(listed.out.find("info    report.altered                  Changed  (team/altered.sql)\n"),
+    EXPECT_NE(listed.out.find(Printed("info    report.altered                  Changed  (team/altered.sql)\n")),
               std::string::npos)
         << listed.out;
 }
@@ -792,12 +812,12 @@ TEST_F(ReportCheck, BadRuleFilesAreNamedAndNothingIsWritten) {
         const std::string named = "reportcheck: rule team.bad (" + folder + "/rule.sql): " + c.message + "\n";
         const Outcome collected =
             Check({"collect", "--db", "fleet.db", "--rules", folder, "--time-limit", "1", "healthy.txt"});
-        EXPECT_EQ(collected.err, named + "reportcheck: fleet.db: nothing written\n");
+        EXPECT_EQ(collected.err, Said(named + "reportcheck: fleet.db: nothing written\n"));
         EXPECT_EQ(collected.status, 2);
         EXPECT_EQ(collected.out, "");
         EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == before) << c.query;
         const Outcome found = Check({"findings", "--rules", folder, "--time-limit", "1", "fleet.db"});
-        EXPECT_EQ(found.err, named);
+        EXPECT_EQ(found.err, Said(named));
         EXPECT_EQ(found.status, 2);
         EXPECT_EQ(found.out, "");
         EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == before) << c.query;
@@ -809,18 +829,18 @@ TEST_F(ReportCheck, RuleHeadersAreChecked) {
     Write("team/rule.sql", "-- id: Team Rule\n-- severity: fatal\nSELECT 1, 2, 3\n");
     Write("healthy.txt", ReadFile(kFixtures / "healthy.txt"));
     const Outcome outcome = Check({"findings", "--rules", "team", "healthy.txt"});
-    EXPECT_EQ(outcome.err, "reportcheck: team/rule.sql: line 1: no \"title\" in the header\n");
+    EXPECT_EQ(outcome.err, Said("reportcheck: team/rule.sql: line 1: no \"title\" in the header\n"));
     EXPECT_EQ(outcome.status, 2);
     Write("team/rule.sql", "-- id: team.rule\n-- colour: red\nSELECT 1, 2, 3\n");
     EXPECT_EQ(Check({"findings", "--rules", "team", "healthy.txt"}).err,
-              "reportcheck: team/rule.sql: line 2: unknown key \"colour\"\n");
+              Said("reportcheck: team/rule.sql: line 2: unknown key \"colour\"\n"));
 }
 
 TEST_F(ReportCheck, ForeignDatabasesAreLeftAlone) {
     Write("notes.db", "SQLite format 3 is what this text is not\n");
     Write("healthy.txt", ReadFile(kFixtures / "healthy.txt"));
     const Outcome outcome = Check({"collect", "--db", "notes.db", "healthy.txt"});
-    EXPECT_EQ(outcome.err, "reportcheck: notes.db: file is not a database; nothing written\n");
+    EXPECT_EQ(outcome.err, Said("reportcheck: notes.db: file is not a database; nothing written\n"));
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(ReadFile(root_ / "files" / "notes.db"), "SQLite format 3 is what this text is not\n");
 }
@@ -931,20 +951,20 @@ TEST_F(ReportCheck, FindingsForAPerson) {
         fs::copy_file(kFixtures / name, root_ / "files" / "fleet" / name);
     Write("fleet/notes.txt", "not a report");
     const Outcome outcome = Check({"findings", "fleet"});
-    EXPECT_EQ(outcome.err, "reportcheck: fleet/notes.txt: not a report (no UTF-16 byte-order mark)\n");
+    EXPECT_EQ(outcome.err, Said("reportcheck: fleet/notes.txt: not a report (no UTF-16 byte-order mark)\n"));
     EXPECT_EQ(outcome.out,
-              "fleet/empty-file.txt: intact (checksum 3a50575c)\n"
+              Printed("fleet/empty-file.txt") + ": intact (checksum 3a50575c)\n"
               "  error suite.empty-file: A library or program of the suite is empty\n"
               "    line 119: \t00000020          0\t23/11/2026  20:41:07\t23/11/2026  20:41:07\tCore.dll\t\n"
               "    Core.dll in the standard directory has size 0\n"
-              "    remedy: Repair or reinstall the suite; check the disk and the antivirus's quarantine.\n"
-              "fleet/healthy.txt: intact (checksum 24565148)\n"
-              "fleet/not-elevated-edited.txt: intact (checksum 6262627b)\n"
+              "    remedy: Repair or reinstall the suite; check the disk and the antivirus's quarantine.\n" +
+              Printed("fleet/healthy.txt") + ": intact (checksum 24565148)\n" +
+              Printed("fleet/not-elevated-edited.txt") + ": intact (checksum 6262627b)\n"
               "  info program.not-elevated: The report was made without administrator rights\n"
               "    line 5: OrvaneDiagnostics 9.3.1.1042\n"
               "    no \"launched as administrator\" line\n"
-              "    remedy: For a complete picture, ask for a report made with \"Run as administrator\".\n"
-              "fleet/notes.txt: not a report (no UTF-16 byte-order mark)\n"
+              "    remedy: For a complete picture, ask for a report made with \"Run as administrator\".\n" +
+              Printed("fleet/notes.txt") + ": not a report (no UTF-16 byte-order mark)\n"
               "4 reports: 1 error, 0 warnings, 1 info\n");
     const Outcome errorsOnly = Check({"findings", "--min-severity", "error", "fleet/not-elevated-edited.txt"});
     EXPECT_EQ(errorsOnly.out,
