@@ -1,29 +1,20 @@
 // reportcheck collect --db FILE PATH...: the report tables and the findings
 // of every report under PATH, in a SQLite file that anything reading SQLite
-// opens. A second run reads only new and changed reports.
+// opens. A second run reads only new and changed reports. The collect
+// command (CollectCommand.cpp) hands on to it when given --db.
 #include <algorithm>
 #include <stdexcept>
 #include <vector>
 
 #include "reader/ReportTables.h"
-#include "reportcheck/FindingsCommands.h"
+#include "reportcheck/Commands.h"
+#include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
 #include "reportcheck/ReportDatabase.h"
 
 namespace reportcheck {
 
 namespace {
-
-constexpr const char kCollectDbUsage[] =
-    "usage: reportcheck collect --db FILE [--rules DIR] [--time-limit SECONDS] PATH...\n"
-    "Writes every report under PATH (files, and folders searched recursively)\n"
-    "into the SQLite database FILE, created when missing: the report tables\n"
-    "(docs/report-tables.md) and the findings of the rules in force. Run again\n"
-    "over the same PATHs, it reads only new and changed reports (by size and\n"
-    "time), and drops those that are gone. A file that is not a report gets\n"
-    "its row and verdict all the same, and a message on standard error.\n"
-    "Nothing is written when FILE is not a database of ours, or a rule fails.\n"
-    "Exit status: 0 all intact, 1 one altered, 2 one not a report or\n"
-    "unreadable, a bad FILE or rule, or bad arguments.\n";
 
 // The rules table as the rules in force have it. Whether it changed tells
 // whether the findings of unchanged reports must be made again.
@@ -104,24 +95,12 @@ int Collect(const std::string& file, const std::vector<std::filesystem::path>& r
 
 }  // namespace
 
-int CollectDatabase(int argc, NativeChar* argv[]) {
-    // argv: reportcheck collect --db FILE [options] PATH...
-    if (argc == 4 && IsHelpOption(ToUtf8(argv[3]))) {
-        Print(stdout, kCollectDbUsage);
-        return kAllIntact;
-    }
+int CollectDatabase(const Arguments& arguments) {
     RuleOptions options;
+    if (auto problem = ReadRuleOptions(arguments, options)) return UsageError(kCollectCommand, *problem);
     std::vector<std::filesystem::path> roots;
-    try {
-        if (argc < 5) throw std::invalid_argument("");
-        for (int i = 4; i < argc; ++i)
-            if (!TakeRuleOption(argc, argv, i, options)) roots.emplace_back(argv[i]);
-        if (roots.empty()) throw std::invalid_argument("");
-    } catch (const std::invalid_argument& bad) {
-        Print(stderr, std::string(*bad.what() ? std::string("reportcheck: ") + bad.what() + "\n" : "") + kCollectDbUsage);
-        return kSomeNotAReport;
-    }
-    const std::string file = ToUtf8(argv[3]);
+    for (const NativeString& path : arguments.Operands()) roots.emplace_back(path);
+    const std::string file = ToUtf8(*arguments.Value(kDbOption));
     try {
         return Collect(file, roots, options);
     } catch (const rules::RuleError& failure) {

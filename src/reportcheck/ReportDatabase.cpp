@@ -4,6 +4,9 @@
 #include <stdexcept>
 
 #include "reader/ReportTables.h"
+#include "reportcheck/FileWalk.h"
+#include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
 
 namespace reportcheck {
 
@@ -39,7 +42,7 @@ FileFacts FactsOf(const std::filesystem::path& path) {
     return facts;
 }
 
-FileVerdict VerdictOf(const Loaded& loaded) {
+FileVerdict VerdictOf(const LoadedReport& loaded) {
     switch (loaded.state) {
         case LoadState::Report:
             return loaded.verdict.state == ReportState::Intact ? FileVerdict::Intact : FileVerdict::Altered;
@@ -63,7 +66,7 @@ public:
     int File(const std::filesystem::path& path) {
         const FileFacts facts = FactsOf(path);
         if (incremental_ && Unchanged(facts)) return kAllIntact;
-        const Loaded loaded = Load(path.c_str());
+        const LoadedReport loaded = LoadReport(path.c_str());
         if (loaded.state != LoadState::Report) Complain(facts.path, loaded.problem);
         const std::string body = loaded.state == LoadState::Report ? report_model::Utf8FromUtf16(loaded.body) : "";
         const std::int64_t id =
@@ -148,15 +151,11 @@ void RemoveGone(const sqlite::Connection& db, const std::filesystem::path& root)
 
 }  // namespace
 
-bool TakeRuleOption(int argc, NativeChar* argv[], int& i, RuleOptions& options) {
-    const std::string option = ToUtf8(argv[i]);
-    if (option != "--rules" && option != "--time-limit") return false;
-    if (i + 1 >= argc) throw std::invalid_argument(option + " needs a value");
-    const std::string value = ToUtf8(argv[++i]);
-    if (option == "--rules") {
-        options.rulesFolder = value;
-        return true;
-    }
+std::optional<std::string> ReadRuleOptions(const Arguments& arguments, RuleOptions& options) {
+    if (const NativeString* folder = arguments.Value(kRulesOption)) options.rulesFolder = ToUtf8(*folder);
+    const NativeString* limit = arguments.Value(kTimeLimitOption);
+    if (!limit) return std::nullopt;
+    const std::string value = ToUtf8(*limit);
     std::size_t used = 0;
     int seconds = 0;
     try {
@@ -165,9 +164,9 @@ bool TakeRuleOption(int argc, NativeChar* argv[], int& i, RuleOptions& options) 
         used = 0;
     }
     if (used != value.size() || seconds < 1 || seconds > 3600)
-        throw std::invalid_argument("--time-limit takes whole seconds from 1 to 3600");
+        return std::string("--time-limit takes whole seconds from 1 to 3600");
     options.timeLimit = std::chrono::seconds(seconds);
-    return true;
+    return std::nullopt;
 }
 
 bool LooksLikeDatabase(const std::filesystem::path& path) {
