@@ -16,6 +16,7 @@
 
 #include "../reader/SampleReport.h"
 #include "format/ReportChecksum.h"
+#include "reader/ReportTables.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -1119,4 +1120,12 @@ TEST_F(ReportCheck, CollectDatabaseIsIncremental) {
               "fleet/healthy.txt|suite.shared-directory-missing|135\n"
               "fleet/registry.txt|suite.registry-version|126\n");
 #endif
+}
+
+TEST_F(ReportCheck, TablesAreAsDocumented) {
+    const std::string page = ReadFile(fs::path(REPORTCHECK_SOURCE_DIR) / "docs/report-tables.md");
+    EXPECT_NE(page.find("```sql\n" + std::string(report_tables::TablesSchema()) + "```\n"), std::string::npos)
+        << "docs/report-tables.md must show the CREATE statements of src/reader/ReportTables.cpp";
+    EXPECT_NE(page.find("# Report tables (schema version " + std::to_string(report_tables::kTablesSchemaVersion) + ")"),
+              std::string::npos);
 }
