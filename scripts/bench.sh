@@ -12,7 +12,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [[ "${1:-}" == "collect" ]]; then
-  exec bench/collect-bench.sh
+  bench/collect-bench.sh
+  exec bench/findings-bench.sh
 fi
 source scripts/wine-env.sh
 
@@ -256,3 +257,4 @@ step "Results written to $results"
 
 # The report checker's part (native, no Wine).
 bench/collect-bench.sh
+bench/findings-bench.sh

@@ -96,12 +96,15 @@ public:
         }
         for (; i < lines_.size(); ++i) {
             const std::string_view line = lines_[i];
+            lineNumber_ = i + 1;
             if (line.empty()) {
                 if (CloseAdapter()) continue;
+                lineNumber_ = i + 2;
                 if (i + 1 < lines_.size() && TakeHeading(lines_[i + 1], true)) {
                     ++i;
                     continue;
                 }
+                lineNumber_ = i + 1;
                 Unrecognised(i);
                 continue;
             }
@@ -134,6 +137,7 @@ private:
             if (c.section <= section_ || line != c.word) continue;
             c.heading->present = true;
             c.heading->blankLineBefore = blankBefore;
+            c.heading->line = lineNumber_;
             section_ = c.section;
             stage_ = 0;
             openAdapter_ = false;
@@ -167,13 +171,20 @@ private:
 
     bool TakeProgram(std::string_view line) {
         ProgramSection& p = report_.program;
-        if (auto dir = After(line, kProgramDirectory.Narrow())) return Field(2, true, [&] { p.directory = *dir; });
-        if (line == kAdministratorLine.Narrow()) return Field(3, true, [&] { p.elevated = true; });
+        if (auto dir = After(line, kProgramDirectory.Narrow())) return Field(2, true, [&] {
+                p.directory = *dir;
+                p.directoryLine = lineNumber_;
+            });
+        if (line == kAdministratorLine.Narrow()) return Field(3, true, [&] {
+                p.elevated = true;
+                p.elevatedLine = lineNumber_;
+            });
         const std::size_t blank = line.rfind(' ');
         if (line[0] == '\t' || blank == std::string::npos) return false;
         return Field(1, true, [&] {
             p.name = line.substr(0, blank);
             p.version = line.substr(blank + 1);
+            p.nameLine = lineNumber_;
         });
     }
 
@@ -303,7 +314,10 @@ private:
         vol.totalK = *t;
         vol.freeK = *f;
         vol.userK = *u;
-        return Field(10, VolumeLineText(vol) == line, [&] { report_.hardware.volume = vol; });
+        return Field(10, VolumeLineText(vol) == line, [&] {
+            report_.hardware.volume = vol;
+            report_.hardware.volumeLine = lineNumber_;
+        });
     }
 
     // --- Network ---------------------------------------------------------
@@ -330,6 +344,7 @@ private:
             Adapter adapter;
             adapter.name = *v;
             adapter.closingBlankLine = false;
+            adapter.line = lineNumber_;
             n.adapters.push_back(std::move(adapter));
             openAdapter_ = true;
             adapterStage_ = 0;
@@ -427,6 +442,7 @@ private:
         for (const DirectoryForm& form : forms) {
             Directory d;
             d.kind = form.kind;
+            d.line = lineNumber_;
             if (form.kind != DirectoryKind::Registry) {
                 // "* <title> (<path>):"
                 auto rest = After(line, kDirectoryLead.Narrow());
@@ -448,6 +464,7 @@ private:
         if (line == kRegistryDataHeading.Narrow())
             return Field(3, true, [&] {
                 inst.registryDataHeading = true;
+                inst.registryDataLine = lineNumber_;
                 openDirectory_ = false;
             });
         if (!inst.registryDataHeading || stage_ < 3 || stage_ > 10) return false;
@@ -459,6 +476,7 @@ private:
             if (!v) continue;
             RegistryValue value;
             value.name = Narrow(known.name);
+            value.line = lineNumber_;
             if (known.format == RegistryValueFormat::kNumber) {
                 const auto n = ParseSigned(*v, kI32Min, kI32Max);
                 if (!n) return false;
@@ -516,6 +534,7 @@ private:
             rest = rest.substr(0, aclAt);
         }
         e.version = rest;
+        e.line = lineNumber_;
         if (EntryLine(e) != line) return false;
         dir.entries.push_back(std::move(e));
         lastWasEntry_ = true;
@@ -523,6 +542,7 @@ private:
     }
 
     const std::vector<std::string_view>& lines_;
+    std::size_t lineNumber_ = 0;  // 1-based, of the line being read
     Report report_;
     Section section_ = kNone;
     int stage_ = 0;

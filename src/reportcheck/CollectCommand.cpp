@@ -1,14 +1,14 @@
 // reportcheck collect PATH...: one JSON line per report file (JSON Lines),
 // folders searched recursively.
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <vector>
 
 #include "reader/ReportJson.h"
 #include "reportcheck/Commands.h"
+#include "reportcheck/FileWalk.h"
 #include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
+#include "reportcheck/ReportDatabase.h"
 
 namespace {
 
@@ -67,46 +67,28 @@ int CollectProblem(const fs::path& path, const std::string& problem) {
     return kSomeNotAReport;
 }
 
-// A folder's files in name order, then its folders', one level at a time;
-// only one folder's names are held at once.
-int CollectPath(const fs::path& path) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (fs::is_regular_file(status)) return CollectFile(path);
-    if (!fs::is_directory(status)) {
-        // A pipe or a device would block the reading; a broken link has nothing to read.
-        return CollectProblem(path, fs::exists(status) ? "cannot be read (not a regular file)" : CannotBeRead(ENOENT));
-    }
-    std::vector<fs::path> names;
-    fs::directory_iterator it(path, error), end;
-    if (error) return CollectProblem(path, "cannot be read (" + error.message() + ")");
-    for (; it != end; it.increment(error)) {
-        if (error) break;
-        names.push_back(it->path());
-    }
-    if (error) return CollectProblem(path, "cannot be read (" + error.message() + ")");
-    std::sort(names.begin(), names.end());
-    int worst = kAllIntact;
-    for (const fs::path& name : names) worst = std::max(worst, CollectPath(name));
-    return worst;
-}
-
 int RunCollect(const Arguments& arguments) {
+    if (arguments.Value(kDbOption)) return reportcheck::CollectDatabase(arguments);
+    if (arguments.Has(kRulesOption) || arguments.Has(kTimeLimitOption))
+        return UsageError(kCollectCommand, "--rules and --time-limit go with --db");
     BinaryOutput();
     // Room for a whole line, so that each leaves in one write when flushed
     // (glibc keeps its own size when not given the buffer).
     static char lineRoom[64 * 1024];
     std::setvbuf(stdout, lineRoom, _IOFBF, sizeof lineRoom);
     int status = kAllIntact;
-    for (const NativeString& path : arguments.Operands()) status = std::max(status, CollectPath(fs::path(path)));
+    for (const NativeString& path : arguments.Operands())
+        status = std::max(status, ForEachFile(fs::path(path), CollectFile, CollectProblem));
     return status;
 }
+
+constexpr const Option* kCollectOptions[] = {&kDbOption, &kRulesOption, &kTimeLimitOption};
 
 }  // namespace
 
 extern const Command kCollectCommand{
     .name = "collect",
-    .synopsis = "collect PATH...",
+    .synopsis = "collect [--db FILE [--rules DIR] [--time-limit SECONDS]] PATH...",
     .summary = "one JSON line per report (folders searched recursively)",
     .help = "Prints one JSON object per line (JSON Lines) for every file named, and\n"
             "for every file under a folder named (searched recursively, in name\n"
@@ -114,9 +96,15 @@ extern const Command kCollectCommand{
             "intact, altered, not a report or unreadable, and report the document\n"
             "that show --json prints (null unless intact or altered). A bad file gets\n"
             "its line all the same, and a message on standard error.\n"
+            "With --db FILE: the report tables and the findings of every report\n"
+            "instead, into the SQLite database FILE (created when missing; see\n"
+            "docs/report-tables.md). Run again over the same PATHs, it reads only new\n"
+            "and changed reports (by size and time) and drops those that are gone.\n"
+            "Nothing is written when FILE is not a database of ours or a rule fails\n"
+            "(status 2).\n"
             "Exit status: 0 all intact, 1 one altered, 2 one not a report or\n"
             "unreadable.\n",
-    .options = {},
+    .options = kCollectOptions,
     .minOperands = 1,
     .run = RunCollect,
 };

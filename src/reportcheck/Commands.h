@@ -9,6 +9,8 @@ extern const Command kCheckCommand;
 extern const Command kShowCommand;
 extern const Command kDiffCommand;
 extern const Command kCollectCommand;
+extern const Command kFindingsCommand;
+extern const Command kRulesCommand;
 
 // In the order reportcheck --help lists them. The first is the default:
 // "reportcheck FILE..." is "reportcheck check FILE...".
@@ -17,4 +19,6 @@ inline const Command* const kCommands[] = {
     &kShowCommand,
     &kDiffCommand,
     &kCollectCommand,
+    &kFindingsCommand,
+    &kRulesCommand,
 };

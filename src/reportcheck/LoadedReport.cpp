@@ -17,7 +17,8 @@ LoadedReport LoadReport(const NativeChar* path) {
         return loaded;
     }
     loaded.state = LoadState::Report;
-    loaded.report = report_model::ParseReportBody(ReportBodyOf(bytes));
+    loaded.body = ReportBodyOf(bytes);
+    loaded.report = report_model::ParseReportBody(loaded.body);
     return loaded;
 }
 

@@ -24,6 +24,7 @@ struct LoadedReport {
     ReportVerdict verdict;
     std::string problem;  // why it is not a report, or cannot be read
     report_model::Report report;
+    std::u16string body;  // the body as it is, for whoever quotes its lines
 };
 
 LoadedReport LoadReport(const NativeChar* path);
