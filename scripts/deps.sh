@@ -10,6 +10,7 @@ packages=(
   wine wine64
   xvfb xauth x11-utils xdotool imagemagick
   fonts-wine fonts-liberation
+  chromium nodejs
 )
 
 missing=()

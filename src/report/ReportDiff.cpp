@@ -10,6 +10,17 @@
 
 namespace report_model {
 
+std::string DirectoryTitle(DirectoryKind kind) {
+    switch (kind) {
+        case DirectoryKind::Current: return "Current directory";
+        case DirectoryKind::Standard: return "Standard installation directory";
+        case DirectoryKind::Registry: return "Registry installation directory";
+        case DirectoryKind::SharedParameters: return "Shared parameters directory";
+        case DirectoryKind::SharedBatch: return "Shared Batch directory";
+    }
+    return {};
+}
+
 namespace {
 
 // One comparable value. A subject's own item (field "") stands for the whole
@@ -155,21 +166,10 @@ private:
         }
     }
 
-    static std::string DirectoryName(DirectoryKind kind) {
-        switch (kind) {
-            case DirectoryKind::Current: return "Current directory";
-            case DirectoryKind::Standard: return "Standard installation directory";
-            case DirectoryKind::Registry: return "Registry installation directory";
-            case DirectoryKind::SharedParameters: return "Shared parameters directory";
-            case DirectoryKind::SharedBatch: return "Shared Batch directory";
-        }
-        return {};
-    }
-
     void Installation(const InstallationSection& inst) {
         const std::string s = "Orvane Software installation";
         for (const Directory& d : inst.directories) {
-            const std::string dir = AddSubject(s, DirectoryName(d.kind), d.path.value_or(""));
+            const std::string dir = AddSubject(s, DirectoryTitle(d.kind), d.path.value_or(""));
             Add(s, dir, "path", d.path);
             for (const DirectoryEntry& e : d.entries) {
                 std::string summary = "size " + SignedText(e.size);

@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "reportcheck/Common.h"
 #include "report/ReportDiff.h"
 #include "report/ReportJson.h"
 #include "report/ReportModel.h"
@@ -29,15 +30,15 @@
 #include <windows.h>
 #endif
 
-namespace {
-
-enum ExitStatus { kAllIntact = 0, kSomeAltered = 1, kSomeNotAReport = 2 };
+// The helpers that the commands share are declared in reportcheck/Common.h.
+namespace reportcheck {
 
 constexpr const char kUsage[] =
     "usage: reportcheck FILE...\n"
     "       reportcheck show --json FILE\n"
     "       reportcheck diff [--json] OLD NEW\n"
     "       reportcheck collect PATH...\n"
+    "       reportcheck page [--against OLD] [--lang en|fr] [-o FILE] REPORT|FOLDER\n"
     "(reportcheck COMMAND --help tells more of each command.)\n"
     "\n"
     "Checks that each FILE is a report saved by Orvane Diagnostics whose\n"
@@ -52,8 +53,6 @@ constexpr const char kUsage[] =
     "purpose can recompute it.\n";
 
 #if defined(_WIN32)
-using NativeChar = wchar_t;
-
 std::FILE* OpenForReading(const wchar_t* path) {
     return _wfopen(path, L"rb");
 }
@@ -85,8 +84,6 @@ void Print(std::FILE* stream, const std::string& utf8) {
     std::fputs(utf8.c_str(), stream);
 }
 #else
-using NativeChar = char;
-
 std::FILE* OpenForReading(const char* path) {
     return std::fopen(path, "rb");
 }
@@ -186,15 +183,6 @@ constexpr const char kCollectUsage[] =
     "Exit status: 0 all intact, 1 one altered, 2 one not a report or\n"
     "unreadable, or no PATH.\n";
 
-enum class LoadState { Report, NotAReport, Unreadable };
-
-struct Loaded {
-    LoadState state = LoadState::Unreadable;
-    ReportVerdict verdict;
-    std::string problem;  // why it is not a report, or cannot be read
-    report_model::Report report;
-};
-
 std::u16string BodyOf(std::string_view bytes) {
     constexpr std::size_t kBom = 2, kTrailer = 30;
     const std::string_view raw = bytes.substr(kBom, bytes.size() - kBom - kTrailer);
@@ -221,7 +209,8 @@ Loaded Load(const NativeChar* path) {
         return loaded;
     }
     loaded.state = LoadState::Report;
-    loaded.report = report_model::ParseReportBody(BodyOf(bytes));
+    loaded.body = BodyOf(bytes);
+    loaded.report = report_model::ParseReportBody(loaded.body);
     return loaded;
 }
 
@@ -434,12 +423,15 @@ int Dispatch(int argc, NativeChar* argv[]) {
     if (command == "show") return Show(argc, argv);
     if (command == "diff") return Diff(argc, argv);
     if (command == "collect") return Collect(argc, argv);
+    if (command == "page") return Page(argc, argv);
     int status = kAllIntact;
     for (int i = 1; i < argc; ++i) status = std::max(status, CheckFile(argv[i]));
     return status;
 }
 
-}  // namespace
+}  // namespace reportcheck
+
+using reportcheck::Run;
 
 #if defined(_WIN32)
 // wmain: names arrive as UTF-16 whatever the code page, so any file opens.
