@@ -290,7 +290,7 @@ private:
             Member(json, "title", report_model::DirectoryTitle(d.kind));
             MemberOrNull(json, "path", d.path);
             LineMember(json, "line", placed.line);
-            json.Key("entries");
+            json.Key("entries");  // each an array: line, contentLine, attributes, size, created, written, name, version, acl, content
             json.Open('[');
             for (std::size_t k = 0; k < d.entries.size(); ++k) WriteEntry(json, d.entries[k], placed.entries[k]);
             json.Close(']');
@@ -307,22 +307,31 @@ private:
         std::vector<PlacedEntry> entries;
     };
 
+    // An entry as an array, its members in the order of kEntryMembers: a
+    // report of 10,000 entries would otherwise carry their names 10,000 times.
     static void WriteEntry(JsonWriter& json, const report_model::DirectoryEntry& e, const PlacedEntry& placed) {
-        json.Open('{');
-        LineMember(json, "line", placed.line);
-        LineMember(json, "contentLine", placed.contentLine);
-        Member(json, "attributes", report_model::ChecksumText(e.attributes));
-        json.Key("size");
+        json.Open('[');
+        json.Unsigned(placed.line);
+        if (placed.contentLine)
+            json.Unsigned(placed.contentLine);
+        else
+            json.Null();
+        json.String(report_model::ChecksumText(e.attributes));
         json.Signed(e.size);
-        Member(json, "created", e.created.printed);
-        Member(json, "createdIso", e.created.iso);
-        Member(json, "written", e.written.printed);
-        Member(json, "writtenIso", e.written.iso);
-        Member(json, "name", e.name);
-        Member(json, "version", e.version);
-        MemberOrNull(json, "acl", e.accessList);
-        MemberOrNull(json, "content", e.content);
-        json.Close('}');
+        json.String(e.created.printed);
+        json.String(e.written.printed);
+        json.String(e.name);
+        json.String(e.version);
+        OptionalString(json, e.accessList);
+        OptionalString(json, e.content);
+        json.Close(']');
+    }
+
+    static void OptionalString(JsonWriter& json, const std::optional<std::string>& text) {
+        if (text)
+            json.String(*text);
+        else
+            json.Null();
     }
 
     void WriteRegistry(JsonWriter& json) const {

@@ -6,6 +6,9 @@
 // line ranges of its sections, and the parts that the page shows as tables
 // (directory entries, registry values, adapters), each with the number of the
 // line it stands on, so that findings and changes can point at their line.
+// A directory entry is an array (line, contentLine, attributes, size,
+// created, written, name, version, acl, content), so that a report of
+// 10,000 entries does not carry each member's name 10,000 times.
 #pragma once
 
 #include <string>

@@ -10,8 +10,10 @@ const s = require('./support');
 
 const AXE = fs.readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
 
-// The page's texts of its report lines, in page order: [number, text].
-function pageLines(page) {
+// The page's texts of its report lines, in page order: [number, text],
+// once every section and every directory's lines as written are open.
+async function pageLines(page) {
+  await page.getByRole('button', { name: /^(Open every section|Ouvrir toutes les sections)$/ }).click();
   return page.$$eval('.line', (nodes) => nodes.map((n) => [Number(n.dataset.line), n.querySelector('.text').textContent]));
 }
 
@@ -232,9 +234,12 @@ test.describe('comparison page', () => {
     await expect(page.locator('#L108 ~ .note.removed')).toHaveText('removed Current directory: setup.log: size 5');
     expectEveryLineOnce(await pageLines(page), s.readBody(path.join(s.DATA, 'wine-after.txt')));
 
+    await page.getByRole('button', { name: 'Close every section' }).click();
+    await page.getByRole('button', { name: 'Open every section' }).click();
     await page.getByLabel('Show changes only').check();
-    const visible = await page.$$eval('.line', (nodes) => nodes.filter((n) => n.offsetParent !== null).map((n) => Number(n.dataset.line)));
-    expect(visible).toEqual([16, 31, 108, 109, 110, 111, 114, 119]);
+    const shown = (selector) => page.$$eval(selector, (nodes) => nodes.filter((n) => n.checkVisibility()).map((n) => Number(n.dataset.line)));
+    expect(await shown('.line')).toEqual([16, 31, 108, 109, 110, 111, 114, 119]);
+    expect(await shown('tr[data-line]')).toEqual([109, 110, 111, 114, 119]);
     await expect(page.locator('details.section', { hasText: 'Host' })).toBeHidden();
     await page.getByLabel('Show changes only').uncheck();
     await expect(page.locator('#L10')).toBeVisible();

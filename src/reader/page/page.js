@@ -89,6 +89,18 @@
   const SEVERITY_ORDER = { error: 0, warning: 1, info: 2 };
   const SEVERITY_ICON = { error: '\u26D4', warning: '\u26A0', info: '\u2139' };
   const PAGE_ROWS = 100;
+  const ENTRY_ROWS = 200;
+  const ENTRY_MEMBERS = ['line', 'contentLine', 'attributes', 'size', 'created', 'written', 'name', 'version', 'acl', 'content'];
+  // Entries come as arrays (the page of a large report stays small).
+  if (data.report) {
+    for (const dir of data.report.directories)
+      dir.entries = dir.entries.map((values) => Object.fromEntries(ENTRY_MEMBERS.map((key, i) => [key, values[i]])));
+  }
+  // "22/11/2026  14:32:01" sorts as "2026/11/22 14:32:01"; another form as it is.
+  function timeKey(printed) {
+    const m = /^(\d\d)\/(\d\d)\/(\d{4}) +(.*)$/.exec(printed);
+    return m ? m[3] + '/' + m[2] + '/' + m[1] + ' ' + m[4] : printed;
+  }
 
   // --- building the page without HTML ------------------------------------
 
@@ -152,12 +164,12 @@
   function goToLine(number) {
     for (const node of lastTarget) node.classList.remove('target');
     lastTarget = [];
+    for (const raw of document.querySelectorAll('details.raw')) {
+      if (number >= Number(raw.dataset.first) && number <= Number(raw.dataset.last)) raw.fill();
+    }
+    for (const block of document.querySelectorAll('.table-block')) if (block.reveal) block.reveal(number);
     const line = document.getElementById('L' + number);
     const row = document.querySelector('tr[data-line="' + number + '"]');
-    if (row && row.hidden) {
-      const wrap = row.closest('.table-block');
-      if (wrap && wrap.resetFilter) wrap.resetFilter();
-    }
     const shown = row || line;
     if (!shown) return;
     for (const node of [line, row]) if (node) { openAncestors(node); node.classList.add('target'); lastTarget.push(node); }
@@ -219,6 +231,7 @@
       if (options.pageRows) {
         tbody.replaceChildren(...wanted.map(rowOf));
         const pages = Math.max(1, Math.ceil(visible.length / options.pageRows));
+        pager.hidden = pages === 1 && !options.alwaysPager;
         pager.replaceChildren(
           el('button', { type: 'button', disabled: page === 0, onclick: () => { page--; draw(); } }, [T.previous]),
           el('span', { text: T.page(page + 1, pages) }),
@@ -252,7 +265,14 @@
       applyFilter();
     }
     input.addEventListener('input', applyFilter);
-    block.resetFilter = () => { input.value = ''; applyFilter(); };
+    // Shows the row of a report line, wherever the filter and the pages hid it.
+    block.reveal = (line) => {
+      const at = order.findIndex((item) => item.row.line === line);
+      if (at < 0) return;
+      if (input.value) { input.value = ''; visible = order; }
+      if (options.pageRows) page = Math.floor(at / options.pageRows);
+      draw();
+    };
     block.append(controls, el('div', { class: 'table-wrap', tabindex: '0', role: 'region', 'aria-label': caption }, [table]));
     if (pager) block.append(pager);
     draw();
@@ -304,32 +324,37 @@
       { key: 'line', label: T.cols.line, number: true, cell: (r) => el('td', { class: 'number' }, [lineLink(r.line, String(r.line))]) },
       { key: 'attributes', label: T.cols.attributes, cell: (r) => textCell(r.attributes) },
       { key: 'size', label: T.cols.size, number: true, cell: (r) => textCell(String(r.size), 'number') },
-      { key: 'created', label: T.cols.created, sort: (r) => r.createdIso || r.created, cell: (r) => textCell(r.created) },
-      { key: 'written', label: T.cols.written, sort: (r) => r.writtenIso || r.written, cell: (r) => textCell(r.written) },
+      { key: 'created', label: T.cols.created, sort: (r) => timeKey(r.created), cell: (r) => textCell(r.created) },
+      { key: 'written', label: T.cols.written, sort: (r) => timeKey(r.written), cell: (r) => textCell(r.written) },
       { key: 'name', label: T.cols.name, cell: (r) => textCell(r.name) },
       { key: 'version', label: T.cols.version, cell: (r) => textCell(r.version, outliers.has(r.line) ? 'outlier' : null) }
     ];
     if (dir.entries.some((e) => e.acl !== null)) cols.push({ key: 'acl', label: T.cols.acl, cell: (r) => textCell(r.acl) });
     if (dir.entries.some((e) => e.content !== null)) cols.push({ key: 'content', label: T.cols.content, cell: (r) => textCell(r.content) });
     return dataTable(dir.title + (dir.path ? ' (' + dir.path + ')' : ''), cols, dir.entries, {
-      decorate: (r, tr) => {
-        if (marks.flagged.has(r.line)) tr.classList.add('flagged');
-        const change = marks.changeByLine.get(r.line);
-        if (change) tr.classList.add('chg-' + change);
-        else if (marks.comparing) tr.classList.add('unchanged');
-      }
+      pageRows: ENTRY_ROWS, decorate: markRow(marks)
     });
   }
 
-  function registryTable(values) {
+  // A table row as its line: flagged by a finding, changed, or not.
+  function markRow(marks) {
+    return (r, tr) => {
+      if (marks.flagged.has(r.line)) tr.classList.add('flagged');
+      const change = marks.changeByLine.get(r.line);
+      if (change) tr.classList.add('chg-' + change);
+      else if (marks.comparing) tr.classList.add('unchanged');
+    };
+  }
+
+  function registryTable(values, marks) {
     return dataTable(T.registry, [
       { key: 'line', label: T.cols.line, number: true, cell: (r) => el('td', { class: 'number' }, [lineLink(r.line, String(r.line))]) },
       { key: 'name', label: T.cols.name, cell: (r) => textCell(r.name) },
       { key: 'value', label: T.cols.value, cell: (r) => textCell(r.value) }
-    ], values);
+    ], values, { decorate: markRow(marks) });
   }
 
-  function adapterTable(adapters) {
+  function adapterTable(adapters, marks) {
     const num = (key) => ({ key, label: T.cols[key === 'operStatus' ? 'status' : key === 'ifType' ? 'type' : key === 'unicastCount' ? 'unicast' : 'mtu'],
       number: true, cell: (r) => textCell(r[key] === null ? '' : String(r[key]), 'number') });
     return dataTable(T.adapters, [
@@ -339,7 +364,7 @@
       { key: 'physicalAddress', label: T.cols.mac, cell: (r) => textCell(r.physicalAddress) },
       num('operStatus'), num('ifType'), num('mtu'), num('unicastCount'),
       { key: 'name', label: T.cols.adapter, cell: (r) => textCell(r.name) }
-    ], adapters);
+    ], adapters, { decorate: markRow(marks) });
   }
 
   // The lines of one section, with the tables in their places: a directory's
@@ -351,10 +376,10 @@
     body.append(lines);
     const dirByLine = new Map(report.directories.filter((d) => d.line).map((d) => [d.line, d]));
     const registryFirst = report.registry.length ? report.registry[0].line : 0;
-    if (section.name === 'Network' && report.adapters.length) lines.before(adapterTable(report.adapters));
+    if (section.name === 'Network' && report.adapters.length) lines.before(adapterTable(report.adapters, marks));
     let target = lines;
     for (let n = section.first; n <= section.last; n++) {
-      if (n === registryFirst) { target.append(registryTable(report.registry)); }
+      if (n === registryFirst) { target.append(registryTable(report.registry, marks)); }
       const dir = dirByLine.get(n);
       target.append(lineNode(report, n, marks));
       noteChanges(target, n, marks);
@@ -363,10 +388,17 @@
         const first = n + 1;
         let last = n;
         for (const e of dir.entries) last = Math.max(last, e.contentLine || e.line || last);
-        const raw = el('details', { class: 'raw' }, [el('summary', { text: T.rawLines(first, last) })]);
-        const rawLines = el('div', { class: 'lines' });
-        raw.append(rawLines);
-        for (n = first; n <= last; n++) { rawLines.append(lineNode(report, n, marks)); noteChanges(rawLines, n, marks); }
+        // The lines as written are drawn when first opened: a directory of
+        // 10,000 entries would otherwise draw each twice before the page answers.
+        const raw = el('details', { class: 'raw', 'data-first': first, 'data-last': last },
+          [el('summary', { text: T.rawLines(first, last) })]);
+        raw.fill = () => {
+          if (raw.querySelector('.lines')) return;
+          const rawLines = el('div', { class: 'lines' });
+          for (let k = first; k <= last; k++) { rawLines.append(lineNode(report, k, marks)); noteChanges(rawLines, k, marks); }
+          raw.append(rawLines);
+        };
+        raw.addEventListener('toggle', () => { if (raw.open) raw.fill(); });
         n = last;
         target.append(raw);
         if (marks.comparing && !dir.entries.some((e) => marks.changeByLine.has(e.line))) raw.classList.add('unchanged');
@@ -436,7 +468,9 @@
     return wrap;
   }
 
+  // Open: every section and every directory's lines as written (printing too).
   function toggleAll(open) {
+    if (open) for (const raw of document.querySelectorAll('details.raw')) { raw.fill(); raw.open = true; }
     for (const d of document.querySelectorAll('#report-sections details.section')) d.open = open;
   }
 
@@ -563,7 +597,7 @@
   let closed = [];
   window.addEventListener('beforeprint', () => {
     closed = [...document.querySelectorAll('details:not([open])')];
-    for (const d of closed) d.open = true;
+    for (const d of closed) { if (d.fill) d.fill(); d.open = true; }
   });
   window.addEventListener('afterprint', () => { for (const d of closed) d.open = false; closed = []; });
 
