@@ -120,7 +120,7 @@ test.describe('report page', () => {
     const dir = s.tempDir('findings');
     const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
     const seen = await s.openPage(page, withFindings(made.file, FINDINGS));
-    await expect(page.locator('.findings li .sev')).toHaveText(['\u26D4 Error', '\u26A0 Warning', '\u2139 Information']);
+    await expect(page.locator('.findings li .sev')).toHaveText(['\u2716 Error', '\u26A0 Warning', '\u2139 Information']);
     await expect(page.locator('.findings li .title')).toHaveText(
       ['The report was altered', 'The suite carries more than one version', 'Little free space on C:']);
     await expect(page.locator('.findings li').nth(1)).toContainText('What to do: Install the suite again.');
@@ -275,7 +275,7 @@ test.describe('fleet page', () => {
     await expect(table.locator('tbody tr').first().locator('td').first()).toHaveText('PC10000');
     await table.getByLabel('Filter').fill('not a report');
     await expect(table.locator('tbody tr')).toHaveCount(1);
-    await expect(table.locator('tbody tr td').nth(3)).toHaveText('\u26D4 not a report');
+    await expect(table.locator('tbody tr td').nth(3)).toHaveText('\u2716 not a report');
     await table.getByLabel('Filter').fill('pc0999');
     await expect(table.locator('.count')).toHaveText('10 of 10001 shown');
 

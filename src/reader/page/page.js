@@ -87,7 +87,7 @@
   const lang = data.lang === 'fr' ? 'fr' : 'en';
   const T = TEXTS[lang];
   const SEVERITY_ORDER = { error: 0, warning: 1, info: 2 };
-  const SEVERITY_ICON = { error: '\u26D4', warning: '\u26A0', info: '\u2139' };
+  const SEVERITY_ICON = { error: '\u2716', warning: '\u26A0', info: '\u2139' };
   const PAGE_ROWS = 100;
   const ENTRY_ROWS = 200;
   const ENTRY_MEMBERS = ['line', 'contentLine', 'attributes', 'size', 'created', 'written', 'name', 'version', 'acl', 'content'];
@@ -284,7 +284,7 @@
   function verdictBox(report, label) {
     const intact = report.verdict === 'intact';
     const box = el('div', { class: 'verdict ' + report.verdict, role: intact ? null : 'alert' }, [
-      el('span', { class: 'icon', 'aria-hidden': 'true', text: intact ? '\u2714' : '\u26D4' }),
+      el('span', { class: 'icon', 'aria-hidden': 'true', text: intact ? '\u2714' : '\u2716' }),
       el('div', null, [
         el('p', null, [el('strong', { text: (label ? label + T.colon : '') + (intact ? T.intact : T.altered) })]),
         el('p', { text: intact ? T.intactText(report.bodyChecksum) : T.alteredText(report.storedChecksum, report.bodyChecksum) })
@@ -549,7 +549,7 @@
     main.append(el('h2', { id: 'reports', text: T.reports }));
     const verdictCell = (r) => {
       const cell = textCell(T.verdictNames[r.verdict] || r.verdict);
-      if (r.verdict !== 'intact') { cell.prepend(el('span', { 'aria-hidden': 'true', text: '\u26D4 ' })); cell.className = 'outlier'; }
+      if (r.verdict !== 'intact') { cell.prepend(el('span', { 'aria-hidden': 'true', text: '\u2716 ' })); cell.className = 'bad'; }
       if (r.reason) cell.title = r.reason;
       return cell;
     };
