@@ -3,11 +3,11 @@
 #include <windows.h>
 
 #include "app/ExitStatus.h"
+#include "collect/ReportFile.h"
+#include "collect/SystemReport.h"
+#include "format/ReportSink.h"
+#include "format/ViewText.h"
 #include "lang/Language.h"
-#include "report/ReportFile.h"
-#include "report/ReportSink.h"
-#include "report/SystemReport.h"
-#include "report/ViewText.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
 

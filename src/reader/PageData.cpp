@@ -4,11 +4,11 @@
 #include <map>
 #include <set>
 
-#include "report/InstallationText.h"
-#include "report/ReportJson.h"
-#include "report/ReportModelText.h"
-#include "report/ReportRender.h"
-#include "report/ReportText.h"
+#include "format/InstallationText.h"
+#include "reader/ReportJson.h"
+#include "reader/ReportModelText.h"
+#include "reader/ReportRender.h"
+#include "format/ReportText.h"
 
 namespace report_page {
 

@@ -15,9 +15,9 @@
 #include <string_view>
 #include <vector>
 
-#include "report/ReportDiff.h"
-#include "report/ReportModel.h"
-#include "report/ReportVerdict.h"
+#include "reader/ReportDiff.h"
+#include "reader/ReportModel.h"
+#include "format/ReportVerdict.h"
 
 namespace report_page {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "report/ReportModel.h"
-#include "report/ReportVerdict.h"
+#include "reader/ReportModel.h"
+#include "format/ReportVerdict.h"
 
 namespace reportcheck {
 

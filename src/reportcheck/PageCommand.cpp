@@ -14,7 +14,7 @@
 #include "lang/Language.h"
 #include "reader/PageData.h"
 #include "reader/ReportPage.h"
-#include "report/ReportDiff.h"
+#include "reader/ReportDiff.h"
 #include "reportcheck/Common.h"
 
 #if defined(_WIN32)

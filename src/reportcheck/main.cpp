@@ -18,11 +18,11 @@
 #include <string_view>
 #include <vector>
 
+#include "format/ReportVerdict.h"
+#include "reader/ReportDiff.h"
+#include "reader/ReportJson.h"
+#include "reader/ReportModel.h"
 #include "reportcheck/Common.h"
-#include "report/ReportDiff.h"
-#include "report/ReportJson.h"
-#include "report/ReportModel.h"
-#include "report/ReportVerdict.h"
 
 #if defined(_WIN32)
 #include <fcntl.h>

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "report/ReportChecksum.h"
-#include "../report/SampleReport.h"
+#include "../reader/SampleReport.h"
+#include "format/ReportChecksum.h"
 
 #if defined(_WIN32)
 #include <windows.h>
