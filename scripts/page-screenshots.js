@@ -18,7 +18,8 @@ fs.mkdirSync(fleet);
 for (let i = 1; i <= 8; i++) {
   const machine = 'PC' + String(i).padStart(3, '0');
   const body = s.makeBody({ machine, user: 'user' + i, when: '11/' + (10 + i) + '/2026 9:' + (10 + i) + ':00 AM',
-    entries: [{ name: 'tool.dll', version: i === 3 ? '9.2.0.7' : '9.3.1.1042' }, { name: 'Runner.exe', version: '9.3.1.1042' }] });
+    entries: [{ name: 'Base.dll', version: '9.3.1.1042' }, { name: 'tool.dll', version: i === 3 ? '9.2.0.7' : '9.3.1.1042' },
+      { name: 'Runner.exe', version: '9.3.1.1042' }] });
   s.writeReport(path.join(fleet, machine + '.txt'), body, i === 6 ? '0badf00d' : undefined);
 }
 

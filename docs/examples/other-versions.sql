@@ -1,22 +1,13 @@
 -- Every machine whose standard installation directory holds a file in
--- another version than most machines have.
-WITH files AS (
-  SELECT json_extract(r.doc, '$.report.host.netbiosName') AS machine,
-         json_extract(e.value, '$.name') AS name,
-         json_extract(e.value, '$.version') AS version
-  FROM reports r,
-       json_each(r.doc, '$.report.installation.directories') d,
-       json_each(d.value, '$.entries') e
-  WHERE json_extract(d.value, '$.kind') = 'standard'
-),
-counted AS (
-  SELECT name, version, count(*) AS machines FROM files GROUP BY name, version
-),
-usual AS (
-  SELECT name, version FROM counted c
-  WHERE machines = (SELECT max(machines) FROM counted m WHERE m.name = c.name)
+-- another version than most machines have. Run on a database made by
+-- reportcheck collect --db: sqlite3 fleet.db < other-versions.sql
+WITH counted AS (
+  SELECT name, version, count(*) AS machines
+  FROM entries WHERE directory = 'standard' GROUP BY name, version
 )
-SELECT f.machine, f.name, f.version
-FROM files f
-WHERE f.version NOT IN (SELECT version FROM usual u WHERE u.name = f.name)
-ORDER BY f.machine, f.name;
+SELECT r.host_name, e.name, e.version
+FROM entries e JOIN reports r USING (report)
+WHERE e.directory = 'standard'
+  AND e.version NOT IN (SELECT version FROM counted c WHERE c.name = e.name AND c.machines =
+                          (SELECT max(machines) FROM counted m WHERE m.name = e.name))
+ORDER BY r.host_name, e.name;

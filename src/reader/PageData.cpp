@@ -4,24 +4,18 @@
 #include <map>
 #include <set>
 
-#include "format/InstallationText.h"
 #include "reader/ReportJson.h"
 #include "reader/ReportModelText.h"
-#include "reader/ReportRender.h"
-#include "format/ReportText.h"
 
 namespace report_page {
 
 using report_model::JsonWriter;
 using report_model::Report;
 
-std::string_view SeverityName(Severity severity) {
-    switch (severity) {
-        case Severity::Error: return "error";
-        case Severity::Warning: return "warning";
-        case Severity::Info: return "info";
-    }
-    return "info";
+Finding PageFinding(const rules::Finding& f) {
+    const rules::Rule& rule = *f.rule;
+    return {rule.id, rule.severity, rule.title, rule.titleFr, rule.remedy, rule.remedyFr,
+            static_cast<std::size_t>(f.line.value_or(0)), f.detail};
 }
 
 std::vector<std::string> BodyLines(std::u16string_view body) {
@@ -41,48 +35,10 @@ std::vector<std::string> BodyLines(std::u16string_view body) {
 
 namespace {
 
-// The body line numbers of the recognised lines. The reader puts every
-// recognised line in the report's order; the unrecognised ones keep their
-// own numbers, so the recognised ones take the numbers left over, in order.
-// Each part of the report is then found by its line, from a cursor that only
-// moves forward, as RecognisedLines() makes them in the report's order.
-class LinePlaces {
-public:
-    explicit LinePlaces(const Report& report) : recognised_(report_model::RecognisedLines(report)) {
-        std::set<std::size_t> unrecognised;
-        for (const auto& u : report.unrecognised) unrecognised.insert(u.line);
-        std::size_t number = 1;
-        for (std::size_t i = 0; i < recognised_.size(); ++i, ++number) {
-            while (unrecognised.count(number)) ++number;
-            numbers_.push_back(number);
-        }
-    }
-
-    // The body line of the next recognised line that reads `text`, from
-    // `cursor` on (which moves past it); 0 when there is none.
-    std::size_t Next(std::string_view text, std::size_t& cursor) const {
-        for (std::size_t i = cursor; i < recognised_.size(); ++i) {
-            if (recognised_[i] != text) continue;
-            cursor = i + 1;
-            return numbers_[i];
-        }
-        return 0;
-    }
-
-private:
-    std::vector<std::string> recognised_;
-    std::vector<std::size_t> numbers_;
-};
-
 struct SectionPlace {
     const char* name;
-    std::wstring_view heading;
-    bool present;
+    const report_model::Heading& heading;
 };
-
-std::string HeadingText(std::wstring_view heading) {
-    return report_model::Narrow(heading.substr(1, heading.size() - 2));
-}
 
 void Member(JsonWriter& json, std::string_view key, std::string_view text) {
     json.Key(key);
@@ -125,7 +81,7 @@ void WriteFindings(JsonWriter& json, const std::vector<Finding>& findings) {
     for (const Finding& f : findings) {
         json.Open('{');
         Member(json, "rule", f.rule);
-        Member(json, "severity", SeverityName(f.severity));
+        Member(json, "severity", rules::SeverityName(f.severity));
         json.Key("title");
         json.Open('{');
         Member(json, "en", f.titleEn);
@@ -146,7 +102,7 @@ void WriteFindings(JsonWriter& json, const std::vector<Finding>& findings) {
 // Where each part of one report stands, and its JSON for the page.
 class ReportLayout {
 public:
-    explicit ReportLayout(const Report& report) : report_(report), places_(report) { Place(); }
+    explicit ReportLayout(const Report& report) : report_(report) { Place(); }
 
     void WriteJson(JsonWriter& json, const std::vector<std::string>& lines) const {
         json.Key("lines");
@@ -185,59 +141,29 @@ public:
     }
 
 private:
+    // Where each part stands, from the line numbers the reader keeps.
     void Place() {
         const SectionPlace sections[] = {
-            {"Program", kProgramHeading, report_.program.heading.present},
-            {"Host", kHostHeading, report_.host.heading.present},
-            {"Windows", kWindowsHeading, report_.windows.heading.present},
-            {"Hardware", kHardwareHeading, report_.hardware.heading.present},
-            {"Network", kNetworkHeading, report_.network.heading.present},
-            {"Orvane Software installation", kInstallationHeading,
-             report_.installation.heading.present},
+            {"Program", report_.program.heading},
+            {"Host", report_.host.heading},
+            {"Windows", report_.windows.heading},
+            {"Hardware", report_.hardware.heading},
+            {"Network", report_.network.heading},
+            {"Orvane Software installation", report_.installation.heading},
         };
-        std::size_t cursor = 0;
         for (const SectionPlace& s : sections) {
-            if (!s.present) continue;
-            if (const std::size_t line = places_.Next(HeadingText(s.heading), cursor)) {
-                headings_.push_back({s.name, line});
-                sectionLines_[s.name] = line;
-            }
+            if (!s.heading.present || !s.heading.line) continue;
+            headings_.push_back({s.name, s.heading.line});
+            sectionLines_[s.name] = s.heading.line;
         }
-        PlaceAdapters();
-        PlaceInstallation();
-    }
-
-    void PlaceAdapters() {
-        std::size_t cursor = 0;
-        for (const auto& a : report_.network.adapters) {
-            const std::size_t line = places_.Next("\tAdapter name: " + a.name, cursor);
-            adapterLines_.push_back(line);
-            subjects_.emplace("Network\x1f" "adapter " + a.name, line);
-        }
-    }
-
-    void PlaceInstallation() {
+        for (const auto& a : report_.network.adapters) subjects_.emplace("Network\x1f" "adapter " + a.name, a.line);
         const std::string section = "Orvane Software installation";
-        std::size_t cursor = 0;
         for (const auto& d : report_.installation.directories) {
-            PlacedDirectory placed;
-            placed.line = places_.Next(report_model::DirectoryHeadingLine(d), cursor);
             const std::string title = report_model::DirectoryTitle(d.kind);
-            subjects_.emplace(section + '\x1f' + title, placed.line);
-            for (const auto& e : d.entries) {
-                const std::size_t line = places_.Next(report_model::EntryLine(e), cursor);
-                const std::size_t content = e.content ? places_.Next(report_model::ContentLine(*e.content), cursor) : 0;
-                placed.entries.push_back({line, content});
-                subjects_.emplace(section + '\x1f' + title + ": " + e.name, line);
-            }
-            directories_.push_back(std::move(placed));
+            subjects_.emplace(section + '\x1f' + title, d.line);
+            for (const auto& e : d.entries) subjects_.emplace(section + '\x1f' + title + ": " + e.name, e.line);
         }
-        cursor = 0;
-        for (const auto& v : report_.installation.registryValues) {
-            const std::size_t line = places_.Next(report_model::RegistryValueLine(v), cursor);
-            registryLines_.push_back(line);
-            registryByName_.emplace(v.name, line);
-        }
+        for (const auto& v : report_.installation.registryValues) registryByName_.emplace(v.name, v.line);
     }
 
     // A section's own value by its label: the first line of the section
@@ -282,38 +208,28 @@ private:
     void WriteDirectories(JsonWriter& json) const {
         json.Key("directories");
         json.Open('[');
-        for (std::size_t i = 0; i < directories_.size(); ++i) {
-            const auto& d = report_.installation.directories[i];
-            const PlacedDirectory& placed = directories_[i];
+        for (const auto& d : report_.installation.directories) {
             json.Open('{');
             Member(json, "kind", report_model::DirectoryKindName(d.kind));
             Member(json, "title", report_model::DirectoryTitle(d.kind));
             MemberOrNull(json, "path", d.path);
-            LineMember(json, "line", placed.line);
+            LineMember(json, "line", d.line);
             json.Key("entries");  // each an array: line, contentLine, attributes, size, created, written, name, version, acl, content
             json.Open('[');
-            for (std::size_t k = 0; k < d.entries.size(); ++k) WriteEntry(json, d.entries[k], placed.entries[k]);
+            for (const auto& e : d.entries) WriteEntry(json, e);
             json.Close(']');
             json.Close('}');
         }
         json.Close(']');
     }
 
-    struct PlacedEntry {
-        std::size_t line, contentLine;
-    };
-    struct PlacedDirectory {
-        std::size_t line = 0;
-        std::vector<PlacedEntry> entries;
-    };
-
     // An entry as an array, its members in the order of kEntryMembers: a
     // report of 10,000 entries would otherwise carry their names 10,000 times.
-    static void WriteEntry(JsonWriter& json, const report_model::DirectoryEntry& e, const PlacedEntry& placed) {
+    static void WriteEntry(JsonWriter& json, const report_model::DirectoryEntry& e) {
         json.Open('[');
-        json.Unsigned(placed.line);
-        if (placed.contentLine)
-            json.Unsigned(placed.contentLine);
+        json.Unsigned(e.line);
+        if (e.content)
+            json.Unsigned(e.line + 1);  // the content line follows its entry's
         else
             json.Null();
         json.String(report_model::ChecksumText(e.attributes));
@@ -337,13 +253,11 @@ private:
     void WriteRegistry(JsonWriter& json) const {
         json.Key("registry");
         json.Open('[');
-        const auto& values = report_.installation.registryValues;
-        for (std::size_t i = 0; i < values.size(); ++i) {
+        for (const auto& v : report_.installation.registryValues) {
             json.Open('{');
-            LineMember(json, "line", registryLines_[i]);
-            Member(json, "name", values[i].name);
-            Member(json, "value", values[i].number ? report_model::SignedText(*values[i].number)
-                                                   : values[i].text.value_or(""));
+            LineMember(json, "line", v.line);
+            Member(json, "name", v.name);
+            Member(json, "value", v.number ? report_model::SignedText(*v.number) : v.text.value_or(""));
             json.Close('}');
         }
         json.Close(']');
@@ -352,11 +266,9 @@ private:
     void WriteAdapters(JsonWriter& json) const {
         json.Key("adapters");
         json.Open('[');
-        const auto& adapters = report_.network.adapters;
-        for (std::size_t i = 0; i < adapters.size(); ++i) {
-            const auto& a = adapters[i];
+        for (const auto& a : report_.network.adapters) {
             json.Open('{');
-            LineMember(json, "line", adapterLines_[i]);
+            LineMember(json, "line", a.line);
             Member(json, "name", a.name);
             MemberOrNull(json, "friendlyName", a.friendlyName);
             MemberOrNull(json, "description", a.description);
@@ -377,14 +289,10 @@ public:
 
 private:
     const Report& report_;
-    LinePlaces places_;
     std::vector<std::pair<std::string, std::size_t>> headings_;
     std::map<std::string, std::size_t> sectionLines_;
     std::map<std::string, std::size_t> subjects_;
     std::map<std::string, std::size_t> registryByName_;
-    std::vector<PlacedDirectory> directories_;
-    std::vector<std::size_t> registryLines_;
-    std::vector<std::size_t> adapterLines_;
 };
 
 void WriteReport(JsonWriter& json, const PageReport& page, const ReportLayout& layout,
@@ -465,62 +373,71 @@ std::string ComparisonPageJson(const PageReport& oldPage, const PageReport& newP
 namespace {
 constexpr std::string_view kHeaderLead = "Orvane Software system report on ";
 
+void AddRows(const sqlite::Connection& db, FleetSummary& fleet, std::map<std::int64_t, std::size_t>& index) {
+    sqlite::Statement rows(db,
+                           "SELECT report, path, verdict, coalesce(reason, ''), coalesce(host_name, ''), "
+                           "coalesce(host_user, ''), coalesce(header, '') FROM main.reports ORDER BY report");
+    while (rows.Step()) {
+        FleetSummary::Row row;
+        row.path = rows.Text(1);
+        row.verdict = rows.Text(2);
+        row.reason = rows.Text(3);
+        row.machine = rows.Text(4);
+        row.user = rows.Text(5);
+        const std::string header = rows.Text(6);
+        if (header.rfind(kHeaderLead, 0) == 0) row.when = header.substr(kHeaderLead.size());
+        index[rows.Integer(0)] = fleet.rows.size();
+        fleet.rows.push_back(std::move(row));
+    }
+}
+
+void AddFindings(const rules::Outcome& outcome, FleetSummary& fleet, const std::map<std::int64_t, std::size_t>& index) {
+    std::map<std::string, std::size_t> byRule;
+    for (const rules::Finding& f : outcome.findings) {
+        const auto at = index.find(f.report);
+        if (at == index.end()) continue;
+        const std::size_t row = at->second;
+        ++fleet.rows[row].counts[static_cast<int>(f.rule->severity)];
+        auto [seen, added] = byRule.emplace(f.rule->id, fleet.rules.size());
+        if (added) fleet.rules.push_back({f.rule->id, f.rule->title, f.rule->titleFr, f.rule->severity, {}});
+        std::vector<std::size_t>& rows = fleet.rules[seen->second].rows;
+        if (rows.empty() || rows.back() != row) rows.push_back(row);
+    }
+}
+
 // The suite's own files: what its standard and registry directories list,
-// folders and the "." and ".." entries left out.
-bool IsSuiteFile(const report_model::Directory& d, const report_model::DirectoryEntry& e) {
-    constexpr std::uint32_t kDirectoryAttribute = 0x10;
-    return (d.kind == report_model::DirectoryKind::Standard || d.kind == report_model::DirectoryKind::Registry) &&
-           !(e.attributes & kDirectoryAttribute);
-}
-}  // namespace
-
-void FleetSummary::Add(const FleetMember& member) {
-    const std::size_t index = rows_.size();
-    Row row;
-    row.path = member.path;
-    row.reason = member.problem;
-    if (!member.report) {
-        row.verdict = member.unreadable ? "unreadable" : "not a report";
-        rows_.push_back(std::move(row));
-        return;
+// folders (attribute 0x10) left out, each name and version once a report.
+void AddVersions(const sqlite::Connection& db, FleetSummary& fleet, const std::map<std::int64_t, std::size_t>& index) {
+    sqlite::Statement files(db,
+                            "SELECT DISTINCT report, name, version FROM main.entries "
+                            "WHERE directory IN ('standard', 'registry') AND (attributes & 16) = 0 "
+                            "ORDER BY name, version, report");
+    while (files.Step()) {
+        const auto at = index.find(files.Integer(0));
+        if (at == index.end()) continue;
+        std::string name = files.Text(1), version = files.Text(2);
+        if (fleet.versions.empty() || fleet.versions.back().file != name || fleet.versions.back().version != version)
+            fleet.versions.push_back({std::move(name), std::move(version), {}});
+        fleet.versions.back().rows.push_back(at->second);
     }
-    const Report& r = *member.report;
-    row.verdict = member.verdict.state == ReportState::Intact ? "intact" : "altered";
-    if (r.host.hasNameLine) row.machine = r.host.netbiosName;
-    row.user = r.host.user.value_or("");
-    if (r.header.present && r.header.text.rfind(kHeaderLead, 0) == 0) row.when = r.header.text.substr(kHeaderLead.size());
-    for (const Finding& f : member.findings) {
-        ++row.counts[static_cast<int>(f.severity)];
-        auto rule = std::find_if(rules_.begin(), rules_.end(), [&](const RuleSeen& s) { return s.rule == f.rule; });
-        if (rule == rules_.end()) rule = rules_.insert(rules_.end(), {f.rule, f.titleEn, f.titleFr, f.severity, {}});
-        if (rule->rows.empty() || rule->rows.back() != index) rule->rows.push_back(index);
-    }
-    std::set<std::pair<std::string, std::string>> seen;
-    for (const auto& d : r.installation.directories)
-        for (const auto& e : d.entries) {
-            if (!IsSuiteFile(d, e) || !seen.insert({e.name, e.version}).second) continue;
-            auto version = std::find_if(versions_.begin(), versions_.end(), [&](const VersionSeen& v) {
-                return v.file == e.name && v.version == e.version;
-            });
-            if (version == versions_.end()) version = versions_.insert(versions_.end(), {e.name, e.version, {}});
-            version->rows.push_back(index);
-        }
-    rows_.push_back(std::move(row));
+    std::stable_sort(fleet.versions.begin(), fleet.versions.end(),
+                     [](const FleetSummary::VersionSeen& a, const FleetSummary::VersionSeen& b) {
+                         if (a.file != b.file) return a.file < b.file;
+                         return a.rows.size() > b.rows.size();
+                     });
 }
 
-namespace {
 void WriteIndices(JsonWriter& json, const std::vector<std::size_t>& rows) {
     json.Key("reports");
     json.Open('[');
     for (std::size_t row : rows) json.Unsigned(row);
     json.Close(']');
 }
-}  // namespace
 
-void FleetSummary::WriteJson(JsonWriter& json) const {
+void WriteFleet(JsonWriter& json, const FleetSummary& fleet) {
     json.Key("reports");
     json.Open('[');
-    for (const Row& row : rows_) {
+    for (const auto& row : fleet.rows) {
         json.Open('{');
         Member(json, "path", row.path);
         Member(json, "machine", row.machine);
@@ -528,18 +445,18 @@ void FleetSummary::WriteJson(JsonWriter& json) const {
         Member(json, "when", row.when);
         Member(json, "verdict", row.verdict);
         Member(json, "reason", row.reason);
-        Member(json, "errors", row.counts[0]);
-        Member(json, "warnings", row.counts[1]);
-        Member(json, "infos", row.counts[2]);
+        Member(json, "errors", row.counts[static_cast<int>(rules::Severity::Error)]);
+        Member(json, "warnings", row.counts[static_cast<int>(rules::Severity::Warning)]);
+        Member(json, "infos", row.counts[static_cast<int>(rules::Severity::Info)]);
         json.Close('}');
     }
     json.Close(']');
     json.Key("findings");
     json.Open('[');
-    for (const RuleSeen& rule : rules_) {
+    for (const auto& rule : fleet.rules) {
         json.Open('{');
         Member(json, "rule", rule.rule);
-        Member(json, "severity", SeverityName(rule.severity));
+        Member(json, "severity", rules::SeverityName(rule.severity));
         json.Key("title");
         json.Open('{');
         Member(json, "en", rule.titleEn);
@@ -549,31 +466,34 @@ void FleetSummary::WriteJson(JsonWriter& json) const {
         json.Close('}');
     }
     json.Close(']');
-    // Files by name, then versions by how many reports carry them.
-    std::vector<const VersionSeen*> sorted;
-    for (const VersionSeen& v : versions_) sorted.push_back(&v);
-    std::stable_sort(sorted.begin(), sorted.end(), [](const VersionSeen* a, const VersionSeen* b) {
-        if (a->file != b->file) return a->file < b->file;
-        return a->rows.size() > b->rows.size();
-    });
     json.Key("files");
     json.Open('[');
-    for (std::size_t i = 0; i < sorted.size();) {
+    for (std::size_t i = 0; i < fleet.versions.size();) {
         json.Open('{');
-        Member(json, "name", sorted[i]->file);
+        const std::string& file = fleet.versions[i].file;
+        Member(json, "name", file);
         json.Key("versions");
         json.Open('[');
-        const std::string& file = sorted[i]->file;
-        for (; i < sorted.size() && sorted[i]->file == file; ++i) {
+        for (; i < fleet.versions.size() && fleet.versions[i].file == file; ++i) {
             json.Open('{');
-            Member(json, "version", sorted[i]->version);
-            WriteIndices(json, sorted[i]->rows);
+            Member(json, "version", fleet.versions[i].version);
+            WriteIndices(json, fleet.versions[i].rows);
             json.Close('}');
         }
         json.Close(']');
         json.Close('}');
     }
     json.Close(']');
+}
+}  // namespace
+
+FleetSummary SummariseFleet(const sqlite::Connection& db, const rules::Outcome& outcome) {
+    FleetSummary fleet;
+    std::map<std::int64_t, std::size_t> index;
+    AddRows(db, fleet, index);
+    AddFindings(outcome, fleet, index);
+    AddVersions(db, fleet, index);
+    return fleet;
 }
 
 std::string FleetPageJson(const std::string& source, const FleetSummary& fleet, std::string_view lang) {
@@ -583,7 +503,7 @@ std::string FleetPageJson(const std::string& source, const FleetSummary& fleet, 
     json.Key("fleet");
     json.Open('{');
     Member(json, "source", source);
-    fleet.WriteJson(json);
+    WriteFleet(json, fleet);
     json.Close('}');
     json.Close('}');
     return text;

@@ -16,24 +16,24 @@
 #include <vector>
 
 #include "reader/ReportDiff.h"
+#include "reader/Rules.h"
+#include "reader/Sqlite.h"
 #include "reader/ReportModel.h"
 #include "format/ReportVerdict.h"
 
 namespace report_page {
 
-enum class Severity { Error, Warning, Info };
-std::string_view SeverityName(Severity severity);  // "error", "warning", "info"
-
-// A finding as the rules give it: which rule, how grave, what it means and
-// what to do (in both languages), the report line that shows it, one line
-// of detail.
+// A finding as the rules give it (reader/Rules.h): which rule, how grave,
+// what it means and what to do (in both languages), the report line that
+// shows it, one line of detail.
 struct Finding {
     std::string rule;  // "suite.mixed-versions"
-    Severity severity = Severity::Info;
+    rules::Severity severity = rules::Severity::Info;
     std::string titleEn, titleFr, remedyEn, remedyFr;
     std::size_t line = 0;  // 1-based body line; 0 when the finding has none
     std::string detail;
 };
+Finding PageFinding(const rules::Finding& finding);
 
 // One report as the page shows it.
 struct PageReport {
@@ -44,41 +44,28 @@ struct PageReport {
     std::vector<Finding> findings;
 };
 
-// One file of a fleet; `report` is null when the file is not a report.
-struct FleetMember {
-    std::string path;
-    ReportVerdict verdict;
-    bool unreadable = false;  // else, without a report, not a report
-    std::string problem;      // why it is not a report, or cannot be read
-    const report_model::Report* report = nullptr;
-    std::vector<Finding> findings;
-};
-
-// A fleet summed up report by report as they come, so that memory holds
-// only the summary and never every report at once.
-class FleetSummary {
-public:
-    void Add(const FleetMember& member);
-    void WriteJson(report_model::JsonWriter& json) const;
-
-private:
+// A fleet as the report tables hold it (reader/ReportTables.h), with what
+// the rules found: a row per file, the findings by rule, and the versions
+// of the suite's files (its standard and registry directories' files).
+struct FleetSummary {
     struct Row {
         std::string path, machine, user, when, verdict, reason;
-        std::size_t counts[3] = {0, 0, 0};  // by severity
+        std::size_t counts[3] = {0, 0, 0};  // by rules::Severity
     };
     struct RuleSeen {
         std::string rule, titleEn, titleFr;
-        Severity severity = Severity::Info;
+        rules::Severity severity = rules::Severity::Info;
         std::vector<std::size_t> rows;
     };
     struct VersionSeen {
         std::string file, version;
         std::vector<std::size_t> rows;
     };
-    std::vector<Row> rows_;
-    std::vector<RuleSeen> rules_;
-    std::vector<VersionSeen> versions_;
+    std::vector<Row> rows;
+    std::vector<RuleSeen> rules;
+    std::vector<VersionSeen> versions;  // by file name, then most rows first
 };
+FleetSummary SummariseFleet(const sqlite::Connection& db, const rules::Outcome& outcome);
 
 // The page's JSON documents; `lang` is "en" or "fr".
 std::string ReportPageJson(const PageReport& page, std::string_view lang);

@@ -16,7 +16,10 @@
 // else stays as text in `unrecognised`; nothing is dropped.
 //
 // The section types are plain structs, one per part of the report, so that
-// they read like the report itself.
+// they read like the report itself. Where a value is evidence a support
+// engineer points at (a directory entry, an adapter, a registry value, a
+// heading, the lines the findings rules cite), its 1-based body line number
+// is kept beside it; 0 means the line is not there.
 #pragma once
 
 #include <cstdint>
@@ -34,6 +37,7 @@ struct Heading {
     // The empty line can be missing (after the network listing's one-letter
     // error text, which ends without a line feed).
     bool blankLineBefore = true;
+    std::size_t line = 0;  // the heading word's line
 };
 
 struct LineBreaks {
@@ -58,6 +62,7 @@ struct ProgramSection {
     std::optional<std::string> version;  // set together with name (may be empty)
     std::optional<std::string> directory;
     bool elevated = false;
+    std::size_t nameLine = 0, directoryLine = 0, elevatedLine = 0;
 };
 
 // "\tname: <netbios> (<domain>\<wmiName>)", "\tuser: <user>"
@@ -110,6 +115,7 @@ struct HardwareSection {
     std::optional<AddressRange> applicationAddresses;
     std::optional<MemoryLine> memory;
     std::optional<VolumeLine> volume;
+    std::size_t volumeLine = 0;
 };
 
 // One adapter's block, every field optional because an edited block may lack
@@ -127,6 +133,7 @@ struct Adapter {
     std::optional<std::vector<std::uint32_t>> zoneIndices;  // "%lx " each
     std::optional<std::uint64_t> prefixCount;
     bool closingBlankLine = true;
+    std::size_t line = 0;  // the "Adapter name" line
 };
 
 struct NetworkSection {
@@ -158,6 +165,7 @@ struct DirectoryEntry {
     std::string version;
     std::optional<std::string> accessList;  // after " ACL:", leading blank kept
     std::optional<std::string> content;     // between the quotes
+    std::size_t line = 0;
 };
 
 struct Directory {
@@ -166,12 +174,14 @@ struct Directory {
     // its path is the InstallLocation value of the registry data.
     std::optional<std::string> path;
     std::vector<DirectoryEntry> entries;
+    std::size_t line = 0;  // its heading
 };
 
 struct RegistryValue {
     std::string name;                   // "VersionMajor"
     std::optional<std::string> text;    // "%s" values
     std::optional<std::int32_t> number; // "%d" values
+    std::size_t line = 0;
 };
 
 struct InstallationSection {
@@ -180,6 +190,7 @@ struct InstallationSection {
     // standard and the registry directories.
     std::vector<Directory> directories;
     bool registryDataHeading = false;
+    std::size_t registryDataLine = 0;
     std::vector<RegistryValue> registryValues;
 };
 

@@ -65,12 +65,15 @@ public:
         }
         for (; i < lines_.size(); ++i) {
             const std::string_view line = lines_[i];
+            lineNumber_ = i + 1;
             if (line.empty()) {
                 if (CloseAdapter()) continue;
+                lineNumber_ = i + 2;
                 if (i + 1 < lines_.size() && TakeHeading(lines_[i + 1], true)) {
                     ++i;
                     continue;
                 }
+                lineNumber_ = i + 1;
                 Unrecognised(i);
                 continue;
             }
@@ -103,6 +106,7 @@ private:
             if (c.section <= section_ || !IsHeadingWord(line, c.text)) continue;
             c.heading->present = true;
             c.heading->blankLineBefore = blankBefore;
+            c.heading->line = lineNumber_;
             section_ = c.section;
             stage_ = 0;
             openAdapter_ = false;
@@ -136,13 +140,20 @@ private:
 
     bool TakeProgram(std::string_view line) {
         ProgramSection& p = report_.program;
-        if (auto dir = After(line, "in ")) return Field(2, true, [&] { p.directory = *dir; });
-        if (line == "launched as administrator") return Field(3, true, [&] { p.elevated = true; });
+        if (auto dir = After(line, "in ")) return Field(2, true, [&] {
+                p.directory = *dir;
+                p.directoryLine = lineNumber_;
+            });
+        if (line == "launched as administrator") return Field(3, true, [&] {
+                p.elevated = true;
+                p.elevatedLine = lineNumber_;
+            });
         const std::size_t blank = line.rfind(' ');
         if (line[0] == '\t' || blank == std::string::npos) return false;
         return Field(1, true, [&] {
             p.name = line.substr(0, blank);
             p.version = line.substr(blank + 1);
+            p.nameLine = lineNumber_;
         });
     }
 
@@ -276,7 +287,10 @@ private:
         vol.totalK = *t;
         vol.freeK = *f;
         vol.userK = *u;
-        return Field(10, VolumeLineText(vol) == line, [&] { report_.hardware.volume = vol; });
+        return Field(10, VolumeLineText(vol) == line, [&] {
+            report_.hardware.volume = vol;
+            report_.hardware.volumeLine = lineNumber_;
+        });
     }
 
     // --- Network ---------------------------------------------------------
@@ -306,6 +320,7 @@ private:
             Adapter adapter;
             adapter.name = *v;
             adapter.closingBlankLine = false;
+            adapter.line = lineNumber_;
             n.adapters.push_back(std::move(adapter));
             openAdapter_ = true;
             adapterStage_ = 0;
@@ -411,6 +426,7 @@ private:
         for (const DirectoryForm& form : forms) {
             Directory d;
             d.kind = form.kind;
+            d.line = lineNumber_;
             if (!form.prefix.empty()) {
                 if (!StartsWith(line, form.prefix) || !EndsWith(line, "):") ||
                     line.size() < form.prefix.size() + 2)
@@ -430,6 +446,7 @@ private:
         if (line == Narrow(kRegistryDataHeading.substr(0, kRegistryDataHeading.size() - 1)))
             return Field(3, true, [&] {
                 inst.registryDataHeading = true;
+                inst.registryDataLine = lineNumber_;
                 openDirectory_ = false;
             });
         if (!inst.registryDataHeading || stage_ < 3 || stage_ > 10) return false;
@@ -441,6 +458,7 @@ private:
             if (!v) continue;
             RegistryValue value;
             value.name = Narrow(known.name);
+            value.line = lineNumber_;
             if (known.format == RegistryValueFormat::kNumber) {
                 const auto n = ParseSigned(*v, kI32Min, kI32Max);
                 if (!n) return false;
@@ -499,6 +517,7 @@ private:
             rest = rest.substr(0, aclAt);
         }
         e.version = rest;
+        e.line = lineNumber_;
         if (EntryLine(e) != line) return false;
         dir.entries.push_back(std::move(e));
         lastWasEntry_ = true;
@@ -506,6 +525,7 @@ private:
     }
 
     const std::vector<std::string_view>& lines_;
+    std::size_t lineNumber_ = 0;  // 1-based, of the line being read
     Report report_;
     Section section_ = kNone;
     int stage_ = 0;

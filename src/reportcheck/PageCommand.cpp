@@ -13,9 +13,11 @@
 
 #include "lang/Language.h"
 #include "reader/PageData.h"
-#include "reader/ReportPage.h"
 #include "reader/ReportDiff.h"
-#include "reportcheck/Common.h"
+#include "reader/ReportPage.h"
+#include "reader/ReportTables.h"
+#include "reportcheck/PageCommand.h"
+#include "reportcheck/ReportDatabase.h"
 
 #if defined(_WIN32)
 #include <process.h>
@@ -29,14 +31,16 @@ namespace {
 
 constexpr const char kPageUsage[] =
     "usage: reportcheck page [--against OLD] [--lang en|fr] [-o FILE] REPORT\n"
-    "       reportcheck page [--lang en|fr] [-o FILE] FOLDER\n"
+    "       reportcheck page [--lang en|fr] [-o FILE] FOLDER|DATABASE\n"
+    "       (and --rules DIR, --time-limit SECONDS as for findings)\n"
     "Writes one HTML page that any current browser opens from disk, with no\n"
     "network: for a REPORT, its integrity, its findings and the report itself,\n"
     "section by section, its directories as tables that sort and filter; with\n"
     "--against OLD, each change from OLD marked where it stands; for a FOLDER\n"
-    "(searched recursively, as collect does), one row per report, the findings\n"
-    "across them and the versions of each file of the suite. The page runs no\n"
-    "code but its own and shows every text of a report as text.\n"
+    "(searched recursively, as collect does) or a DATABASE made by collect\n"
+    "--db, one row per report, the findings across them and the versions of\n"
+    "each file of the suite. The page runs no code but its own and shows\n"
+    "every text of a report as text.\n"
     "--lang chooses the page's language (else the user's locale: French when\n"
     "it is French, English otherwise). -o writes FILE, whole or not at all;\n"
     "without it the page goes to standard output.\n"
@@ -50,6 +54,7 @@ struct PageOptions {
     const NativeChar* output = nullptr;
     const NativeChar* path = nullptr;
     std::string lang;  // "en", "fr", or empty for the user's locale
+    RuleOptions rules;
 };
 
 // The options, or nothing when the command line is not one of the usage.
@@ -58,6 +63,7 @@ std::optional<PageOptions> ReadOptions(int argc, NativeChar* argv[]) {
     for (int i = 2; i < argc; ++i) {
         const std::string argument = ToUtf8(argv[i]);
         const bool hasValue = i + 1 < argc;
+        if (TakeRuleOption(argc, argv, i, options.rules)) continue;
         if (argument == "--against" && hasValue && !options.against) {
             options.against = argv[++i];
         } else if (argument == "-o" && hasValue && !options.output) {
@@ -129,6 +135,24 @@ bool WritePage(const std::string& page, const NativeChar* output) {
     return true;
 }
 
+// What the rules find in the reports of `db`. The rules are read once a run
+// and kept: the findings point at them.
+rules::Outcome RunRulesOn(const sqlite::Connection& db, const RuleOptions& options) {
+    static const std::map<std::string, rules::Rule> inForce = rules::RulesInForce(options.rulesFolder);
+    return rules::RunRules(db, rules::InSeverityOrder(inForce), options.timeLimit);
+}
+
+// One report's findings, read into a database of the moment as the findings
+// command reads files.
+std::vector<report_page::Finding> FindingsOf(const NativeChar* path, const RuleOptions& options) {
+    const sqlite::Connection db("", sqlite::OpenMode::Memory);
+    report_tables::CreateTables(db);
+    AddReportFiles(db, {std::filesystem::path(path)}, false);
+    std::vector<report_page::Finding> findings;
+    for (const rules::Finding& f : RunRulesOn(db, options).findings) findings.push_back(report_page::PageFinding(f));
+    return findings;
+}
+
 report_page::PageReport PageOf(const NativeChar* path, const Loaded& loaded) {
     report_page::PageReport page;
     page.file = ToUtf8(path);
@@ -151,61 +175,48 @@ int ReportPage(const PageOptions& options, const std::string& lang) {
     if (options.against) old = Load(options.against);
     const bool usable = Usable(options.path, loaded);
     if (!(old ? Usable(options.against, *old) : true) || !usable) return kSomeNotAReport;
+    report_page::PageReport page = PageOf(options.path, loaded);
+    page.findings = FindingsOf(options.path, options.rules);
     std::string json;
     if (old) {
         const auto changes = report_model::DiffReports(old->report, loaded.report);
-        json = report_page::ComparisonPageJson(PageOf(options.against, *old), PageOf(options.path, loaded), changes,
-                                               lang);
+        json = report_page::ComparisonPageJson(PageOf(options.against, *old), page, changes, lang);
     } else {
-        json = report_page::ReportPageJson(PageOf(options.path, loaded), lang);
+        json = report_page::ReportPageJson(page, lang);
     }
     if (!WritePage(report_page::BuildPageHtml(json, lang), options.output)) return kSomeNotAReport;
     return std::max(StatusOf(loaded), old ? StatusOf(*old) : kAllIntact);
 }
 
-// Every file under `folder`, each folder's names in order, read one at a
-// time into the summary; returns the worst status, as collect does.
-int AddFolder(const std::filesystem::path& path, report_page::FleetSummary& fleet) {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    report_page::FleetMember member;
-    member.path = PathText(path);
-    if (fs::is_directory(status)) {
-        std::vector<fs::path> names;
-        for (fs::directory_iterator it(path, error), end; !error && it != end; it.increment(error))
-            names.push_back(it->path());
-        if (!error) {
-            std::sort(names.begin(), names.end());
-            int worst = kAllIntact;
-            for (const fs::path& name : names) worst = std::max(worst, AddFolder(name, fleet));
-            return worst;
-        }
-        member.problem = "cannot be read (" + error.message() + ")";
-    } else if (!fs::is_regular_file(status)) {
-        member.problem = "cannot be read (not a regular file)";
-    } else {
-        const Loaded loaded = Load(path.c_str());
-        member.verdict = loaded.verdict;
-        member.problem = loaded.problem;
-        member.unreadable = loaded.state == LoadState::Unreadable;
-        if (loaded.state == LoadState::Report) member.report = &loaded.report;
-        if (!member.report) Complain(member.path, member.problem);
-        fleet.Add(member);
-        return StatusOf(loaded);
-    }
-    Complain(member.path, member.problem);
-    member.unreadable = true;
-    fleet.Add(member);
-    return kSomeNotAReport;
+// The worst verdict of a database's files, as collect would have said it.
+int StatusOfFleet(const report_page::FleetSummary& fleet) {
+    int status = kAllIntact;
+    for (const auto& row : fleet.rows)
+        status = std::max<int>(status, row.verdict == "intact" ? kAllIntact : row.verdict == "altered" ? kSomeAltered
+                                                                                                 : kSomeNotAReport);
+    return status;
 }
 
-int FleetPage(const PageOptions& options, const std::string& lang) {
-    report_page::FleetSummary fleet;
-    const int status = AddFolder(std::filesystem::path(options.path), fleet);
-    const std::string json = report_page::FleetPageJson(ToUtf8(options.path), fleet, lang);
+int FleetPage(const PageOptions& options, const std::string& lang, bool database) {
+    const std::string source = ToUtf8(options.path);
+    std::optional<sqlite::Connection> memory;
+    OpenedDatabase opened;
+    if (database) {
+        opened = OpenDatabase(source, sqlite::OpenMode::ReadOnly);
+        if (!opened.db) {
+            Complain(source, opened.problem);
+            return kSomeNotAReport;
+        }
+    } else {
+        memory.emplace("", sqlite::OpenMode::Memory);
+        report_tables::CreateTables(*memory);
+        AddReportFiles(*memory, {std::filesystem::path(options.path)}, false);
+    }
+    const sqlite::Connection& db = database ? *opened.db : *memory;
+    const report_page::FleetSummary fleet = report_page::SummariseFleet(db, RunRulesOn(db, options.rules));
+    const std::string json = report_page::FleetPageJson(source, fleet, lang);
     if (!WritePage(report_page::BuildPageHtml(json, lang), options.output)) return kSomeNotAReport;
-    return status;
+    return StatusOfFleet(fleet);
 }
 
 }  // namespace
@@ -215,21 +226,33 @@ int Page(int argc, NativeChar* argv[]) {
         Print(stdout, kPageUsage);
         return kAllIntact;
     }
-    const std::optional<PageOptions> options = ReadOptions(argc, argv);
+    std::optional<PageOptions> options;
+    try {
+        options = ReadOptions(argc, argv);
+    } catch (const std::invalid_argument& bad) {
+        Print(stderr, std::string("reportcheck: ") + bad.what() + "\n");
+    }
     if (!options) {
         Print(stderr, kPageUsage);
         return kSomeNotAReport;
     }
     const std::string lang = !options->lang.empty() ? options->lang : UserLocaleIsFrench() ? "fr" : "en";
+    const std::filesystem::path path(options->path);
     std::error_code error;
-    if (std::filesystem::is_directory(std::filesystem::path(options->path), error)) {
-        if (options->against) {
-            Print(stderr, kPageUsage);
-            return kSomeNotAReport;
-        }
-        return FleetPage(*options, lang);
+    const bool folder = std::filesystem::is_directory(path, error);
+    const bool database = !folder && LooksLikeDatabase(path);
+    if ((folder || database) && options->against) {
+        Print(stderr, kPageUsage);
+        return kSomeNotAReport;
     }
-    return ReportPage(*options, lang);
+    try {
+        return folder || database ? FleetPage(*options, lang, database) : ReportPage(*options, lang);
+    } catch (const rules::RuleError& failure) {
+        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+    } catch (const sqlite::Error& failure) {
+        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+    }
+    return kSomeNotAReport;
 }
 
 }  // namespace reportcheck

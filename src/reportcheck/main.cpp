@@ -5,40 +5,43 @@
 //   reportcheck show --json FILE       the whole report as one JSON document
 //   reportcheck diff [--json] OLD NEW  what changed from OLD to NEW
 //   reportcheck collect PATH...        one JSON line per report (JSON Lines)
+//   reportcheck collect --db FILE PATH...  the report tables in SQLite
+//   reportcheck findings ... PATH...   what is wrong, by the findings rules
+//   reportcheck rules [--rules DIR]    the rules in force
 // Output is made whole before it is written, so a failure never leaves half
 // a JSON document on standard output.
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <new>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "format/ReportVerdict.h"
 #include "reader/ReportDiff.h"
 #include "reader/ReportJson.h"
 #include "reader/ReportModel.h"
-#include "reportcheck/Common.h"
+#include "reportcheck/FindingsCommands.h"
+#include "reportcheck/PageCommand.h"
+#include "reportcheck/ReportFiles.h"
 
 #if defined(_WIN32)
-#include <fcntl.h>
-#include <io.h>
 #include <windows.h>
 #endif
 
-// The helpers that the commands share are declared in reportcheck/Common.h.
-namespace reportcheck {
+namespace {
+
+using namespace reportcheck;
 
 constexpr const char kUsage[] =
     "usage: reportcheck FILE...\n"
     "       reportcheck show --json FILE\n"
     "       reportcheck diff [--json] OLD NEW\n"
     "       reportcheck collect PATH...\n"
-    "       reportcheck page [--against OLD] [--lang en|fr] [-o FILE] REPORT|FOLDER\n"
+    "       reportcheck collect --db FILE PATH...\n"
+    "       reportcheck findings [--json] [--rules DIR] [--min-severity LEVEL] PATH...\n"
+    "       reportcheck rules [--rules DIR]\n"
+    "       reportcheck page [--against OLD] [--lang en|fr] [-o FILE] REPORT|FOLDER|DATABASE\n"
     "(reportcheck COMMAND --help tells more of each command.)\n"
     "\n"
     "Checks that each FILE is a report saved by Orvane Diagnostics whose\n"
@@ -51,81 +54,6 @@ constexpr const char kUsage[] =
     "2 when one is not a report or cannot be read, or when no FILE is given.\n"
     "The checksum catches accidental damage only: whoever edits a report on\n"
     "purpose can recompute it.\n";
-
-#if defined(_WIN32)
-std::FILE* OpenForReading(const wchar_t* path) {
-    return _wfopen(path, L"rb");
-}
-
-std::string ToUtf8(std::wstring_view text) {
-    if (text.empty()) return {};
-    const int size = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0,
-                                           nullptr, nullptr);
-    std::string utf8(static_cast<std::size_t>(size), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), utf8.data(), size, nullptr,
-                          nullptr);
-    return utf8;
-}
-
-// A console shows any name through the wide API, whatever its code page;
-// a pipe or a file gets UTF-8.
-void Print(std::FILE* stream, const std::string& utf8) {
-    const HANDLE handle = ::GetStdHandle(stream == stderr ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
-    DWORD mode = 0;
-    if (handle != INVALID_HANDLE_VALUE && ::GetConsoleMode(handle, &mode)) {
-        std::wstring wide(utf8.size(), L'\0');
-        wide.resize(static_cast<std::size_t>(::MultiByteToWideChar(
-            CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(), static_cast<int>(wide.size()))));
-        std::fflush(stream);
-        DWORD written = 0;
-        ::WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
-        return;
-    }
-    std::fputs(utf8.c_str(), stream);
-}
-#else
-std::FILE* OpenForReading(const char* path) {
-    return std::fopen(path, "rb");
-}
-
-// File names are bytes here; they are printed as they were given.
-std::string ToUtf8(std::string_view text) {
-    return std::string(text);
-}
-
-void Print(std::FILE* stream, const std::string& text) {
-    std::fputs(text.c_str(), stream);
-}
-#endif
-
-// The whole file, or the errno value that stopped the reading. Reports are
-// small; a file too large for memory is simply one that cannot be read.
-bool ReadWholeFile(const NativeChar* path, std::string& bytes, int& error) {
-    std::FILE* file = OpenForReading(path);
-    if (!file) {
-        error = errno;
-        return false;
-    }
-    std::setvbuf(file, nullptr, _IONBF, 0);  // straight into the buffer below, no stdio one between
-    bool ok = true;
-    try {
-        char buffer[64 * 1024];
-        std::size_t count;
-        while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) {
-            bytes.append(buffer, count);
-            if (count < sizeof buffer) break;  // the end, or an error: no need to ask again
-        }
-        if (std::ferror(file)) {
-            ok = false;
-            error = errno;
-        }
-    } catch (const std::bad_alloc&) {
-        ok = false;
-        error = ENOMEM;
-    }
-    std::fclose(file);
-    return ok;
-}
 
 int CheckFile(const NativeChar* path) {
     const std::string name = ToUtf8(path);
@@ -143,10 +71,6 @@ int CheckFile(const NativeChar* path) {
         case ReportState::NotAReport: break;
     }
     return kSomeNotAReport;
-}
-
-bool IsHelpOption(std::string_view argument) {
-    return argument == "-h" || argument == "--help" || argument == "/?";
 }
 
 // --- show, diff, collect ------------------------------------------------------
@@ -174,6 +98,7 @@ constexpr const char kDiffUsage[] =
 
 constexpr const char kCollectUsage[] =
     "usage: reportcheck collect PATH...\n"
+    "       reportcheck collect --db FILE PATH...   (see collect --db --help)\n"
     "Prints one JSON object per line (JSON Lines) for every file named, and\n"
     "for every file under a folder named (searched recursively, in name\n"
     "order): {\"path\", \"verdict\", \"reason\", \"report\"}, where verdict is\n"
@@ -182,54 +107,6 @@ constexpr const char kCollectUsage[] =
     "its line all the same, and a message on standard error.\n"
     "Exit status: 0 all intact, 1 one altered, 2 one not a report or\n"
     "unreadable, or no PATH.\n";
-
-std::u16string BodyOf(std::string_view bytes) {
-    constexpr std::size_t kBom = 2, kTrailer = 30;
-    const std::string_view raw = bytes.substr(kBom, bytes.size() - kBom - kTrailer);
-    std::u16string body(raw.size() / 2, u'\0');
-    char16_t* units = body.data();
-    for (std::size_t i = 0; i < body.size(); ++i)
-        units[i] = static_cast<char16_t>(static_cast<unsigned char>(raw[2 * i]) |
-                                         static_cast<unsigned char>(raw[2 * i + 1]) << 8);
-    return body;
-}
-
-Loaded Load(const NativeChar* path) {
-    Loaded loaded;
-    std::string bytes;
-    int error = 0;
-    if (!ReadWholeFile(path, bytes, error)) {
-        loaded.problem = std::string("cannot be read (") + std::strerror(error) + ")";
-        return loaded;
-    }
-    loaded.verdict = CheckReportBytes(bytes);
-    if (loaded.verdict.state == ReportState::NotAReport) {
-        loaded.state = LoadState::NotAReport;
-        loaded.problem = DescribeReportVerdict(loaded.verdict);
-        return loaded;
-    }
-    loaded.state = LoadState::Report;
-    loaded.body = BodyOf(bytes);
-    loaded.report = report_model::ParseReportBody(loaded.body);
-    return loaded;
-}
-
-int StatusOf(const Loaded& loaded) {
-    if (loaded.state != LoadState::Report) return kSomeNotAReport;
-    return loaded.verdict.state == ReportState::Intact ? kAllIntact : kSomeAltered;
-}
-
-void Complain(const std::string& name, const std::string& problem) {
-    Print(stderr, "reportcheck: " + name + ": " + problem + "\n");
-}
-
-// The same bytes on every system: no CR LF translation of standard output.
-void BinaryOutput() {
-#if defined(_WIN32)
-    std::fflush(stdout);
-    _setmode(_fileno(stdout), _O_BINARY);
-#endif
-}
 
 int Show(int argc, NativeChar* argv[]) {
     if (argc == 3 && IsHelpOption(ToUtf8(argv[2]))) {
@@ -287,14 +164,6 @@ int Diff(int argc, NativeChar* argv[]) {
     return differ ? 1 : 0;
 }
 
-std::string PathText(const std::filesystem::path& path) {
-#if defined(_WIN32)
-    return ToUtf8(path.native());
-#else
-    return path.native();
-#endif
-}
-
 // One line of collect's output: {"path", "verdict", "reason", "report"},
 // written straight as text, in a buffer kept from line to line (a report's
 // line is some 20 kB); a tree of the JSON first took most of collect's time.
@@ -348,30 +217,8 @@ int CollectProblem(const std::filesystem::path& path, const std::string& problem
     return kSomeNotAReport;
 }
 
-// A folder's files in name order, then its folders', one level at a time;
-// only one folder's names are held at once.
 int CollectPath(const std::filesystem::path& path) {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (fs::is_regular_file(status)) return CollectFile(path);
-    if (!fs::is_directory(status)) {
-        // A pipe or a device would block the reading; a broken link has nothing to read.
-        return CollectProblem(path, fs::exists(status) ? "cannot be read (not a regular file)"
-                                                       : "cannot be read (" + std::string(std::strerror(ENOENT)) + ")");
-    }
-    std::vector<fs::path> names;
-    fs::directory_iterator it(path, error), end;
-    if (error) return CollectProblem(path, "cannot be read (" + error.message() + ")");
-    for (; it != end; it.increment(error)) {
-        if (error) break;
-        names.push_back(it->path());
-    }
-    if (error) return CollectProblem(path, "cannot be read (" + error.message() + ")");
-    std::sort(names.begin(), names.end());
-    int worst = kAllIntact;
-    for (const fs::path& name : names) worst = std::max(worst, CollectPath(name));
-    return worst;
+    return ForEachFile(path, CollectFile, CollectProblem);
 }
 
 int Collect(int argc, NativeChar* argv[]) {
@@ -383,6 +230,7 @@ int Collect(int argc, NativeChar* argv[]) {
         Print(stderr, kCollectUsage);
         return kSomeNotAReport;
     }
+    if (ToUtf8(argv[2]) == "--db") return CollectDatabase(argc, argv);
     BinaryOutput();
     // Room for a whole line, so that each leaves in one write when flushed
     // (glibc keeps its own size when not given the buffer).
@@ -423,15 +271,15 @@ int Dispatch(int argc, NativeChar* argv[]) {
     if (command == "show") return Show(argc, argv);
     if (command == "diff") return Diff(argc, argv);
     if (command == "collect") return Collect(argc, argv);
+    if (command == "findings") return Findings(argc, argv);
+    if (command == "rules") return ListRules(argc, argv);
     if (command == "page") return Page(argc, argv);
     int status = kAllIntact;
     for (int i = 1; i < argc; ++i) status = std::max(status, CheckFile(argv[i]));
     return status;
 }
 
-}  // namespace reportcheck
-
-using reportcheck::Run;
+}  // namespace
 
 #if defined(_WIN32)
 // wmain: names arrive as UTF-16 whatever the code page, so any file opens.

@@ -62,7 +62,13 @@ test.describe('report page', () => {
     const seen = await s.openPage(page, made.url);
     await expect(page.locator('h1')).toHaveText('Report: ' + path.join(s.DATA, 'wine-report.txt'));
     await expect(page.locator('.verdict.intact')).toHaveText(/Intact.*The checksum 500e534b matches the text/);
-    await expect(page.locator('#findings + p')).toHaveText('No findings.');
+    // The findings rules' own, on a report whose suite is not installed.
+    await expect(page.locator('.findings li')).toHaveCount(1);
+    await expect(page.locator('.findings li .title')).toHaveText('The suite is not installed');
+    await expect(page.locator('.findings li .sev')).toHaveText('\u26A0 Warning');
+    await page.getByRole('link', { name: 'Evidence: line 128' }).click();
+    await expect(page.locator('#L128')).toHaveClass(/target/);
+    await expect(page.locator('#L128 .text')).toHaveText('* Standard installation directory (C:\\Program Files\\Orvane Software V9):');
     expectEveryLineOnce(await pageLines(page), s.readBody(path.join(s.DATA, 'wine-report.txt')));
     await expect(page.locator('details.section > summary h3')).toHaveText(
       ['Header', 'Program', 'Host', 'Windows', 'Hardware', 'Network', 'Orvane Software installation']);
@@ -107,6 +113,8 @@ test.describe('report page', () => {
     await expect(page.locator('#L10')).toBeVisible();
     // From the keyboard: the first stop is the first control, then each section's heading.
     await page.reload();
+    await page.keyboard.press('Tab');
+    await expect(page.getByRole('link', { name: 'Evidence: line 128' })).toBeFocused();
     await page.keyboard.press('Tab');
     await expect(page.getByRole('button', { name: 'Open every section' })).toBeFocused();
     await page.keyboard.press('Tab');
@@ -257,7 +265,8 @@ test.describe('fleet page', () => {
       const machine = 'PC' + String(i).padStart(5, '0');
       const odd = i % 4000 === 0;  // PC04000 and PC08000 carry another version
       s.writeReport(path.join(reports, machine + '.txt'), s.makeBody({ machine, user: 'user' + i,
-        entries: [{ name: 'tool.dll', version: odd ? '9.2.0.7' : '9.3.1.1042' }, { name: 'Runner.exe', version: '9.3.1.1042' }] }));
+        entries: [{ name: 'Base.dll', version: '9.3.1.1042' }, { name: 'tool.dll', version: odd ? '9.2.0.7' : '9.3.1.1042' },
+          { name: 'Runner.exe', version: '9.3.1.1042' }] }));
     }
     fs.writeFileSync(path.join(reports, 'zz-notes.txt'), 'not a report');
     const made = s.makePage(dir, 'fleet.html', ['--lang', 'en', reports]);
@@ -280,9 +289,14 @@ test.describe('fleet page', () => {
     await expect(table.locator('.count')).toHaveText('10 of 10001 shown');
 
     const files = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Files of the suite' }) });
-    await expect(files.locator('tbody tr')).toHaveText(['Runner.exe9.3.1.104210000Show the machines',
+    await expect(files.locator('tbody tr')).toHaveText(['Base.dll9.3.1.104210000Show the machines', 'Runner.exe9.3.1.104210000Show the machines',
       'tool.dll9.3.1.10429998Show the machines', 'tool.dll9.2.0.72PC04000, PC08000']);
     await expect(files.locator('td.outlier')).toHaveText(['9.2.0.7']);
+    // The mixed-versions rule finds the two machines, and their rows count it.
+    const found = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Findings across the fleet' }) });
+    await expect(found.locator('tbody tr')).toHaveText(['\u26A0 Warningsuite.mixed-versionsThe suite\'s files carry more than one product version2PC04000, PC08000']);
+    await table.getByLabel('Filter').fill('PC04000');
+    await expect(table.locator('tbody tr td')).toHaveText(['PC04000', 'user4000', '11/22/2026 2:36:06 PM', 'intact', '0', '1', '0', path.join(reports, 'PC04000.txt')]);
     expectQuiet(seen);
   });
 });

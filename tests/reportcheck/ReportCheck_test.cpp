@@ -3,6 +3,7 @@
 // and the Windows one under Wine.
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -696,7 +697,7 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
     EXPECT_EQ(ReadFile(root_ / "files" / "validated.txt"), "[] 9.3.1.1042 4096 4 current\n");
 }
 
-TEST_F(ReportCheck, CollectedReportsLoadIntoSqlite) {
+TEST_F(ReportCheck, FleetExampleRunsOnCollectedTables) {
     // Three machines; the third still has the older tool.dll.
     const auto machine = [](const std::string& name, const std::string& version) {
         std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
@@ -710,13 +711,10 @@ TEST_F(ReportCheck, CollectedReportsLoadIntoSqlite) {
     Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0")));
     Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0")));
     Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7")));
-    const Outcome collected = Check({"collect", "fleet"});
+    const Outcome collected = Check({"collect", "--db", "fleet.db", "fleet"});
     ASSERT_EQ(collected.status, 0) << collected.err;
-    Write("reports.jsonl", collected.out);
-    const std::string examples = std::string(REPORTCHECK_SOURCE_DIR) + "/docs/examples/";
-    const std::string command = "cd '" + (root_ / "files").string() + "' && cat '" + examples +
-                                "load-reports.sql' '" + examples +
-                                "other-versions.sql' | sqlite3 fleet.db >answer.txt 2>&1";
+    const std::string command = "cd '" + (root_ / "files").string() + "' && sqlite3 fleet.db < '" +
+                                REPORTCHECK_SOURCE_DIR + "/docs/examples/other-versions.sql' >answer.txt 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "answer.txt");
     EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC3|tool.dll|9.2.0.7\n");
 }
@@ -819,7 +817,312 @@ TEST_F(ReportCheck, PageOfAFolderHasARowPerFile) {
     const std::size_t intact = outcome.out.find("\"verdict\":\"intact\"");
     const std::size_t altered = outcome.out.find("\"verdict\":\"altered\"");
     const std::size_t notReport = outcome.out.find("\"verdict\":\"not a report\"");
-    EXPECT_LT(intact, altered);  // a.txt, then more/ (b.txt), then notes.txt: names in order
+    EXPECT_LT(intact, altered);  // as collect walks: a.txt, more/ (b.txt), notes.txt
     EXPECT_LT(altered, notReport);
     EXPECT_NE(notReport, std::string::npos);
+}
+
+// --- findings, collect --db, rules ------------------------------------------
+
+namespace {
+
+const fs::path kFixtures = fs::path(REPORTCHECK_SOURCE_DIR) / "tests/findings/fixtures";
+
+// Text as the checker writes it on standard error (text mode), with paths it
+// made by walking folders in the system's own separator.
+std::string Said(std::string text) {
+#if defined(_WIN32)
+    std::string made;
+    for (char c : text) made += c == '/' ? std::string("\\") : c == '\n' ? std::string("\r\n") : std::string(1, c);
+    return made;
+#else
+    return text;
+#endif
+}
+
+// The same on standard output (binary): the separators only.
+std::string Printed(std::string text) {
+#if defined(_WIN32)
+    std::replace(text.begin(), text.end(), '/', '\\');
+#endif
+    return text;
+}
+
+// A rule file whose query is `query`.
+std::string RuleFile(const std::string& id, const std::string& query) {
+    return "-- id: " + id +
+           "\n-- severity: error\n-- title: T\n-- title.fr: T\n-- remedy: R\n-- remedy.fr: R\n" + query + "\n";
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, RulesListsTheBuiltInRules) {
+    const Outcome outcome = Check({"rules"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out.substr(0, outcome.out.find('\n') + 1),
+              "error   report.altered                  The report was changed after it was saved\n");
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 15);
+}
+
+TEST_F(ReportCheck, RulesDocumentationIsCurrent) {
+    const Outcome outcome = Check({"rules", "--markdown"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, ReadFile(fs::path(REPORTCHECK_SOURCE_DIR) / "docs/rules.md"))
+        << "make docs/rules.md again: reportcheck rules --markdown > docs/rules.md";
+}
+
+TEST_F(ReportCheck, AFolderOfRulesAddsAndReplaces) {
+    fs::create_directories(root_ / "files" / "team");
+    Write("team/altered.sql", "-- id: report.altered\n-- severity: info\n-- title: Changed\n-- title.fr: Changé\n"
+                              "-- remedy: Ask again\n-- remedy.fr: Redemander\n"
+                              "SELECT report, NULL, verdict FROM reports WHERE verdict = 'altered'\n");
+    Write("team/users.sql", RuleFile("team.root-user", "SELECT report, NULL, host_user FROM reports WHERE host_user = 'root'"));
+    const Outcome listed = Check({"rules", "--rules", "team"});
+    EXPECT_EQ(listed.status, 0) << listed.err;
+    EXPECT_NE(listed.out.find(Printed("error   team.root-user                  T  (team/users.sql)\n")), std::string::npos)
+        << listed.out;
+    EXPECT_NE(listed.out.find(Printed("info    report.altered                  Changed  (team/altered.sql)\n")),
+              std::string::npos)
+        << listed.out;
+}
+
+TEST_F(ReportCheck, BadRuleFilesAreNamedAndNothingIsWritten) {
+    fs::copy_file(kFixtures / "healthy.txt", root_ / "files" / "healthy.txt");
+    const Outcome first = Check({"collect", "--db", "fleet.db", "healthy.txt"});
+    ASSERT_EQ(first.status, 0) << first.err;
+    const std::string before = ReadFile(root_ / "files" / "fleet.db");
+    struct Case {
+        const char* query;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"SELEC report, line, 'x' FROM entries", "near \"SELEC\": syntax error"},
+        {"SELECT report, line, 'x' FROM no_such_table", "no such table: no_such_table"},
+        {"DROP TABLE reports", "not authorized"},
+        {"ATTACH 'other.db' AS other", "not authorized"},
+        {"PRAGMA writable_schema = 1", "not authorized"},
+        {"SELECT report, line FROM entries", "the query gives 2 columns; a rule gives three: report, line, detail"},
+        {"SELECT 1, 2, 3; DELETE FROM reports", "more than one statement; a rule is one query"},
+        {"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i, i, i FROM n",
+         "stopped after running longer than 1 seconds (a query that never ends?)"},
+    };
+    int index = 0;
+    for (const Case& c : cases) {
+        const std::string folder = "bad" + std::to_string(++index);
+        fs::create_directories(root_ / "files" / folder);
+        Write(folder + "/rule.sql", RuleFile("team.bad", c.query));
+        const std::string named = "reportcheck: rule team.bad (" + folder + "/rule.sql): " + c.message + "\n";
+        const Outcome collected =
+            Check({"collect", "--db", "fleet.db", "--rules", folder, "--time-limit", "1", "healthy.txt"});
+        EXPECT_EQ(collected.err, Said(named + "reportcheck: fleet.db: nothing written\n"));
+        EXPECT_EQ(collected.status, 2);
+        EXPECT_EQ(collected.out, "");
+        EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == before) << c.query;
+        const Outcome found = Check({"findings", "--rules", folder, "--time-limit", "1", "fleet.db"});
+        EXPECT_EQ(found.err, Said(named));
+        EXPECT_EQ(found.status, 2);
+        EXPECT_EQ(found.out, "");
+        EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == before) << c.query;
+    }
+}
+
+TEST_F(ReportCheck, RuleHeadersAreChecked) {
+    fs::create_directories(root_ / "files" / "team");
+    Write("team/rule.sql", "-- id: Team Rule\n-- severity: fatal\nSELECT 1, 2, 3\n");
+    Write("healthy.txt", ReadFile(kFixtures / "healthy.txt"));
+    const Outcome outcome = Check({"findings", "--rules", "team", "healthy.txt"});
+    EXPECT_EQ(outcome.err, Said("reportcheck: team/rule.sql: line 1: no \"title\" in the header\n"));
+    EXPECT_EQ(outcome.status, 2);
+    Write("team/rule.sql", "-- id: team.rule\n-- colour: red\nSELECT 1, 2, 3\n");
+    EXPECT_EQ(Check({"findings", "--rules", "team", "healthy.txt"}).err,
+              Said("reportcheck: team/rule.sql: line 2: unknown key \"colour\"\n"));
+}
+
+TEST_F(ReportCheck, ForeignDatabasesAreLeftAlone) {
+    Write("notes.db", "SQLite format 3 is what this text is not\n");
+    Write("healthy.txt", ReadFile(kFixtures / "healthy.txt"));
+    const Outcome outcome = Check({"collect", "--db", "notes.db", "healthy.txt"});
+    EXPECT_EQ(outcome.err, Said("reportcheck: notes.db: file is not a database; nothing written\n"));
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(ReadFile(root_ / "files" / "notes.db"), "SQLite format 3 is what this text is not\n");
+}
+
+#if !defined(_WIN32)
+TEST_F(ReportCheck, DatabasesOfOthersOrOtherVersionsAreRefused) {
+    Write("healthy.txt", ReadFile(kFixtures / "healthy.txt"));
+    const std::string folder = (root_ / "files").string();
+    ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 other.db 'CREATE TABLE t(x); INSERT INTO t VALUES (1);'").c_str()), 0);
+    const std::string other = ReadFile(root_ / "files" / "other.db");
+    const Outcome foreign = Check({"collect", "--db", "other.db", "healthy.txt"});
+    EXPECT_EQ(foreign.err, "reportcheck: other.db: not a database of reportcheck collect --db; nothing written\n");
+    EXPECT_EQ(foreign.status, 2);
+    EXPECT_TRUE(ReadFile(root_ / "files" / "other.db") == other);
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 0);
+    ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 fleet.db 'PRAGMA user_version = 2;'").c_str()), 0);
+    const std::string fleet = ReadFile(root_ / "files" / "fleet.db");
+    const Outcome newer = Check({"findings", "fleet.db"});
+    EXPECT_EQ(newer.err,
+              "reportcheck: fleet.db: tables of schema version 2, this reportcheck reads version 1\n");
+    EXPECT_EQ(newer.status, 2);
+    EXPECT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 2);
+    EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
+}
+#endif
+
+namespace {
+
+// Each rule's fixtures (tests/findings/fixtures, made by
+// scripts/make-findings-fixtures.sh) with every finding and "not checked"
+// that findings --json gives for it, as "rule line: detail".
+struct FixtureFindings {
+    const char* file;
+    std::vector<std::string> expected;
+};
+
+const FixtureFindings kFixtureFindings[] = {
+    {"healthy.txt", {}},
+    {"altered-edited.txt", {"report.altered -: trailer says 24565148, body gives 04565168"}},
+    {"unrecognised-line-edited.txt", {"report.edited 11: a line the program does not write here"}},
+    {"not-elevated-edited.txt", {"program.not-elevated 5: no \"launched as administrator\" line"}},
+    {"not-installed.txt",
+     {"suite.not-installed 112: no installation data in the registry and nothing in C:\\Program Files\\Orvane "
+      "Software V9",
+      "not checked suite.install-location-empty: registry data", "not checked suite.registry-version: registry data",
+      "not checked suite.install-location-twice: registry data",
+      "not checked suite.registry-number-as-text: registry data"}},
+    // The uninstaller's data left behind: installed for the registry, with
+    // nothing where InstallLocation points.
+    {"not-installed-near.txt",
+     {"suite.install-location-empty 116: C:\\Program Files\\Orvane Software V9 is listed with nothing in it",
+      "program.outside-installation 6: C:\\tools is not the suite's directory"}},
+    {"mixed-versions.txt",
+     {"suite.mixed-versions 123: Runner.dll carries 3.2.1.0 where 2 of the suite's 3 versioned files carry "
+      "9.3.1.1042"}},
+    {"registry-version.txt",
+     {"suite.registry-version 126: the registry gives 9.2.1.1042, the suite's files carry 9.3.1.1042"}},
+    {"registry-version-near.txt", {}},
+    {"registry-number-as-text.txt",
+     {"suite.registry-version 126: the registry gives 9.51.1.1042, the suite's files carry 9.3.1.1042",
+      "suite.registry-number-as-text 127: VersionMinor: 51 is the text \"3\" read as a number"}},
+    {"install-location-empty.txt", {"suite.install-location-empty 125: C:\\Orvane is listed with nothing in it"}},
+    {"install-location-twice.txt",
+     {"suite.install-location-twice 125: c:\\program files\\orvane software v9\\ is C:\\Program Files\\Orvane "
+      "Software V9 written differently"}},
+    {"outside-installation.txt", {"program.outside-installation 6: C:\\tools is not the suite's directory"}},
+    {"empty-file.txt", {"suite.empty-file 119: Core.dll in the standard directory has size 0"}},
+    {"unversioned-file.txt",
+     {"suite.unversioned-file 122: Legacy.dll has no product version where 3 of its neighbours have one"}},
+    {"low-disk-space-edited.txt",
+     {"system.low-disk-space 31: 13210604K free for the user of 264212084K (5.0 %)"}},
+    {"low-disk-space-near-edited.txt", {}},
+    {"no-adapter-up-edited.txt",
+     {"network.no-adapter-up 33: 4 adapters listed, none up with an address other than loopback"}},
+    {"shared-directory-missing.txt",
+     {"suite.shared-directory-missing 135: C:\\ProgramData\\Orvane Software\\Runner is listed with no entries"}},
+};
+
+std::vector<std::string> FindingLines(const std::string& json) {
+    std::vector<std::string> lines;
+    const auto document = nlohmann::json::parse(json);
+    for (const auto& report : document["reports"]) {
+        for (const auto& f : report["findings"])
+            lines.push_back(f["rule"].get<std::string>() + " " +
+                            (f["line"].is_null() ? std::string("-") : std::to_string(f["line"].get<int>())) + ": " +
+                            f["detail"].get<std::string>());
+        for (const auto& u : report["notChecked"])
+            lines.push_back("not checked " + u["rule"].get<std::string>() + ": " + u["missing"].get<std::string>());
+    }
+    return lines;
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, EachRuleOnItsFixtures) {
+    for (const FixtureFindings& fixture : kFixtureFindings) {
+        fs::copy_file(kFixtures / fixture.file, root_ / "files" / fixture.file);
+        const Outcome outcome = Check({"findings", "--json", fixture.file});
+        EXPECT_EQ(outcome.err, "") << fixture.file;
+        EXPECT_EQ(outcome.status, fixture.expected.empty() ? 0 : 1) << fixture.file;
+        EXPECT_EQ(FindingLines(outcome.out), fixture.expected) << fixture.file;
+    }
+}
+
+TEST_F(ReportCheck, FindingsForAPerson) {
+    fs::create_directories(root_ / "files" / "fleet");
+    for (const char* name : {"empty-file.txt", "healthy.txt", "not-elevated-edited.txt"})
+        fs::copy_file(kFixtures / name, root_ / "files" / "fleet" / name);
+    Write("fleet/notes.txt", "not a report");
+    const Outcome outcome = Check({"findings", "fleet"});
+    EXPECT_EQ(outcome.err, Said("reportcheck: fleet/notes.txt: not a report (no UTF-16 byte-order mark)\n"));
+    EXPECT_EQ(outcome.out,
+              Printed("fleet/empty-file.txt") + ": intact (checksum 3a50575c)\n"
+              "  error suite.empty-file: A library or program of the suite is empty\n"
+              "    line 119: \t00000020          0\t23/11/2026  20:41:07\t23/11/2026  20:41:07\tCore.dll\t\n"
+              "    Core.dll in the standard directory has size 0\n"
+              "    remedy: Repair or reinstall the suite; check the disk and the antivirus's quarantine.\n" +
+              Printed("fleet/healthy.txt") + ": intact (checksum 24565148)\n" +
+              Printed("fleet/not-elevated-edited.txt") + ": intact (checksum 6262627b)\n"
+              "  info program.not-elevated: The report was made without administrator rights\n"
+              "    line 5: OrvaneDiagnostics 9.3.1.1042\n"
+              "    no \"launched as administrator\" line\n"
+              "    remedy: For a complete picture, ask for a report made with \"Run as administrator\".\n" +
+              Printed("fleet/notes.txt") + ": not a report (no UTF-16 byte-order mark)\n"
+              "4 reports: 1 error, 0 warnings, 1 info\n");
+    const Outcome errorsOnly = Check({"findings", "--min-severity", "error", "fleet/not-elevated-edited.txt"});
+    EXPECT_EQ(errorsOnly.out,
+              "fleet/not-elevated-edited.txt: intact (checksum 6262627b)\n1 report: 0 errors, 0 warnings, 0 info\n");
+    EXPECT_EQ(errorsOnly.status, 0);
+    EXPECT_EQ(outcome.status, 2);
+}
+
+// collect --db brings the database to the folder's state, reading only what
+// changed; findings on the database give what findings on the files give.
+TEST_F(ReportCheck, CollectDatabaseIsIncremental) {
+    fs::create_directories(root_ / "files" / "fleet");
+    for (const char* name : {"healthy.txt", "empty-file.txt", "mixed-versions.txt"})
+        fs::copy_file(kFixtures / name, root_ / "files" / "fleet" / name);
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 0);
+    const Outcome fromFiles = Check({"findings", "fleet"});
+    const Outcome fromDatabase = Check({"findings", "fleet.db"});
+    EXPECT_EQ(fromDatabase.out, fromFiles.out);
+    EXPECT_EQ(fromDatabase.status, 1);
+    // One report replaced by another state, one removed, one added.
+    fs::copy_file(kFixtures / "shared-directory-missing.txt", root_ / "files" / "fleet" / "healthy.txt",
+                  fs::copy_options::overwrite_existing);
+    fs::last_write_time(root_ / "files" / "fleet" / "healthy.txt", fs::file_time_type::clock::now() + std::chrono::hours(1));
+    fs::remove(root_ / "files" / "fleet" / "mixed-versions.txt");
+    fs::copy_file(kFixtures / "registry-version.txt", root_ / "files" / "fleet" / "registry.txt");
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 0);
+    EXPECT_EQ(Check({"findings", "fleet.db"}).out, Check({"findings", "fleet"}).out);
+#if !defined(_WIN32)
+    const std::string command = "cd '" + (root_ / "files").string() +
+                                "' && sqlite3 fleet.db 'SELECT path, rule, line FROM findings JOIN reports USING "
+                                "(report) ORDER BY path, rule' >answer.txt 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"),
+              "fleet/empty-file.txt|suite.empty-file|119\n"
+              "fleet/healthy.txt|suite.shared-directory-missing|135\n"
+              "fleet/registry.txt|suite.registry-version|126\n");
+#endif
+}
+
+TEST_F(ReportCheck, PageOfACollectedDatabase) {
+    fs::create_directories(root_ / "files" / "fleet");
+    Write("fleet/a.txt", kReportAB);
+    Write("fleet/b.txt", AlteredAB());
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 1);
+    const Outcome outcome = Check({"page", "--lang", "fr", "-o", "fleet.html", "fleet.db"});
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 1);  // one report altered, as collect said
+    const std::string page = ReadFile(root_ / "files" / "fleet.html");
+    EXPECT_NE(page.find("{\"kind\":\"fleet\",\"lang\":\"fr\",\"fleet\":{\"source\":\"fleet.db\",\"reports\":[{\"path\":"),
+              std::string::npos);
+    EXPECT_LT(page.find("\"verdict\":\"intact\""), page.find("\"verdict\":\"altered\""));
+    EXPECT_NE(page.find("\"verdict\":\"altered\""), std::string::npos);
+
+    Write("other.db", "SQLite format 3");
+    const Outcome foreign = Check({"page", "-o", "other.html", "other.db"});
+    EXPECT_EQ(foreign.status, 2);
+    EXPECT_FALSE(fs::exists(root_ / "files" / "other.html"));
+    EXPECT_EQ(foreign.err.rfind("reportcheck: other.db: ", 0), 0u) << foreign.err;
 }

@@ -1,0 +1,215 @@
+#include "reportcheck/ReportDatabase.h"
+
+#include <fstream>
+#include <stdexcept>
+
+#include "reader/ReportTables.h"
+
+namespace reportcheck {
+
+namespace {
+
+using report_tables::FileFacts;
+using report_tables::FileVerdict;
+
+constexpr const char* kReportTables[] = {"reports",  "sections", "adapters",    "directories",
+                                         "entries", "registry_values", "unrecognised"};
+
+FileFacts FactsOf(const std::filesystem::path& path) {
+    FileFacts facts;
+    facts.path = PathText(path);
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path, error);
+    facts.size = error ? -1 : static_cast<std::int64_t>(size);
+    const auto time = std::filesystem::last_write_time(path, error);
+    facts.writeTime = error ? 0 : static_cast<std::int64_t>(time.time_since_epoch().count());
+    return facts;
+}
+
+FileVerdict VerdictOf(const Loaded& loaded) {
+    switch (loaded.state) {
+        case LoadState::Report:
+            return loaded.verdict.state == ReportState::Intact ? FileVerdict::Intact : FileVerdict::Altered;
+        case LoadState::NotAReport: return FileVerdict::NotAReport;
+        case LoadState::Unreadable: break;
+    }
+    return FileVerdict::Unreadable;
+}
+
+class FileAdder {
+public:
+    FileAdder(const sqlite::Connection& db, bool incremental)
+        : incremental_(incremental),
+          writer_(db),
+          find_(db, "SELECT report, file_size, file_time FROM main.reports WHERE path = ?"),
+          remove_(db, "DELETE FROM main.reports WHERE report = ?"),
+          seen_(db, "INSERT OR IGNORE INTO temp.seen VALUES (?)"),
+          changed_(db, "INSERT OR IGNORE INTO temp.changed VALUES (?)") {}
+
+    int File(const std::filesystem::path& path) {
+        const FileFacts facts = FactsOf(path);
+        if (incremental_ && Unchanged(facts)) return kAllIntact;
+        const Loaded loaded = Load(path.c_str());
+        if (loaded.state != LoadState::Report) Complain(facts.path, loaded.problem);
+        const std::string body = loaded.state == LoadState::Report ? report_model::Utf8FromUtf16(loaded.body) : "";
+        const std::int64_t id =
+            writer_.Add(facts, VerdictOf(loaded), loaded.problem,
+                        loaded.state == LoadState::Report ? &loaded.verdict : nullptr,
+                        loaded.state == LoadState::Report ? &loaded.report : nullptr, body);
+        Mark(id);
+        return StatusOf(loaded);
+    }
+
+    int Problem(const std::filesystem::path& path, const std::string& problem) {
+        Complain(PathText(path), problem);
+        FileFacts facts;
+        facts.path = PathText(path);
+        facts.size = -1;
+        if (incremental_) RemoveOld(facts.path);
+        Mark(writer_.Add(facts, FileVerdict::Unreadable, problem, nullptr, nullptr, {}));
+        return kSomeNotAReport;
+    }
+
+private:
+    // Known with the same size and time: only marked as still there.
+    // Known otherwise: its rows go, to be made again.
+    bool Unchanged(const FileFacts& facts) {
+        find_.Bind(1, std::string_view(facts.path));
+        if (!find_.Step()) {
+            find_.Reset();
+            return false;
+        }
+        const std::int64_t id = find_.Integer(0);
+        const bool same = find_.Integer(1) == facts.size && find_.Integer(2) == facts.writeTime;
+        find_.Reset();
+        if (same) {
+            seen_.Bind(1, id);
+            seen_.Run();
+            return true;
+        }
+        remove_.Bind(1, id);
+        remove_.Run();
+        return false;
+    }
+
+    void RemoveOld(const std::string& path) {
+        find_.Bind(1, std::string_view(path));
+        const bool known = find_.Step();
+        const std::int64_t id = known ? find_.Integer(0) : 0;
+        find_.Reset();
+        if (!known) return;
+        remove_.Bind(1, id);
+        remove_.Run();
+    }
+
+    void Mark(std::int64_t id) {
+        seen_.Bind(1, id);
+        seen_.Run();
+        changed_.Bind(1, id);
+        changed_.Run();
+    }
+
+    bool incremental_;
+    report_tables::TableWriter writer_;
+    sqlite::Statement find_, remove_, seen_, changed_;
+};
+
+// Reports under `root` (the file itself, or anything below the folder) that
+// this run did not see: removed or renamed since the last run.
+void RemoveGone(const sqlite::Connection& db, const std::filesystem::path& root) {
+    std::string prefix = PathText(root);
+    const std::string separator = PathText(std::filesystem::path("a") / "b").substr(1, 1);
+    const std::string below = prefix.size() && prefix.back() == separator[0] ? prefix : prefix + separator;
+    sqlite::Statement gone(db,
+                           "DELETE FROM main.reports WHERE report NOT IN (SELECT report FROM temp.seen) "
+                           "AND (path = ?1 OR substr(path, 1, length(?2)) = ?2)");
+    gone.BindAll(std::string_view(prefix), std::string_view(below));
+    gone.Run();
+}
+
+}  // namespace
+
+bool TakeRuleOption(int argc, NativeChar* argv[], int& i, RuleOptions& options) {
+    const std::string option = ToUtf8(argv[i]);
+    if (option != "--rules" && option != "--time-limit") return false;
+    if (i + 1 >= argc) throw std::invalid_argument(option + " needs a value");
+    const std::string value = ToUtf8(argv[++i]);
+    if (option == "--rules") {
+        options.rulesFolder = value;
+        return true;
+    }
+    std::size_t used = 0;
+    int seconds = 0;
+    try {
+        seconds = std::stoi(value, &used);
+    } catch (const std::exception&) {
+        used = 0;
+    }
+    if (used != value.size() || seconds < 1 || seconds > 3600)
+        throw std::invalid_argument("--time-limit takes whole seconds from 1 to 3600");
+    options.timeLimit = std::chrono::seconds(seconds);
+    return true;
+}
+
+bool LooksLikeDatabase(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    char magic[16] = {};
+    in.read(magic, sizeof magic);
+    return in.gcount() == 16 && std::string_view(magic, 16) == std::string_view("SQLite format 3\0", 16);
+}
+
+OpenedDatabase OpenDatabase(const std::string& path, sqlite::OpenMode mode) {
+    OpenedDatabase opened;
+    try {
+        sqlite::Connection db(path, mode);
+        if (auto problem = report_tables::ForeignDatabaseProblem(db, opened.empty)) {
+            opened.problem = *problem;
+            return opened;
+        }
+        if (opened.empty && mode == sqlite::OpenMode::ReadOnly) {
+            opened.problem = "not a database of reportcheck collect --db (it has no tables)";
+            return opened;
+        }
+        opened.db.emplace(std::move(db));
+    } catch (const sqlite::Error& failure) {
+        opened.problem = failure.what();
+    }
+    return opened;
+}
+
+int AddReportFiles(const sqlite::Connection& db, const std::vector<std::filesystem::path>& roots, bool incremental) {
+    db.Execute(
+        "CREATE TEMP TABLE IF NOT EXISTS seen (report INTEGER PRIMARY KEY);"
+        "CREATE TEMP TABLE IF NOT EXISTS changed (report INTEGER PRIMARY KEY);");
+    FileAdder adder(db, incremental);
+    int status = kAllIntact;
+    for (const std::filesystem::path& root : roots) {
+        status = std::max(
+            status, ForEachFile(
+                        root, [&](const std::filesystem::path& path) { return adder.File(path); },
+                        [&](const std::filesystem::path& path, const std::string& problem) {
+                            return adder.Problem(path, problem);
+                        }));
+        if (incremental) RemoveGone(db, root);
+    }
+    return status;
+}
+
+rules::Outcome RunRulesOnChanged(const sqlite::Connection& db, const std::vector<const rules::Rule*>& ruleList,
+                                 std::chrono::milliseconds limit) {
+    std::string shadow, unshadow;
+    for (const char* table : kReportTables) {
+        shadow += std::string("CREATE TEMP VIEW ") + table + " AS SELECT * FROM main." + table +
+                  " WHERE report IN (SELECT report FROM temp.changed);";
+        unshadow += std::string("DROP VIEW temp.") + table + ";";
+    }
+    db.Execute(shadow);
+    struct Unshadow {
+        const sqlite::Connection& db;
+        const std::string& sql;
+        ~Unshadow() { sqlite3_exec(db.get(), sql.c_str(), nullptr, nullptr, nullptr); }
+    } unshadowAfter{db, unshadow};
+    return rules::RunRules(db, ruleList, limit);
+}
+
+}  // namespace reportcheck
