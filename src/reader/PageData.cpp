@@ -75,6 +75,15 @@ void WriteVerdict(JsonWriter& json, const ReportVerdict& verdict) {
     Member(json, "bodyChecksum", report_model::ChecksumText(verdict.computed));
 }
 
+// {"en": ..., "fr": ...}: a text of the rules in both languages.
+void Bilingual(JsonWriter& json, std::string_view key, std::string_view english, std::string_view french) {
+    json.Key(key);
+    json.Open('{');
+    Member(json, "en", english);
+    Member(json, "fr", french);
+    json.Close('}');
+}
+
 void WriteFindings(JsonWriter& json, const std::vector<Finding>& findings) {
     json.Key("findings");
     json.Open('[');
@@ -82,16 +91,8 @@ void WriteFindings(JsonWriter& json, const std::vector<Finding>& findings) {
         json.Open('{');
         Member(json, "rule", f.rule);
         Member(json, "severity", rules::SeverityName(f.severity));
-        json.Key("title");
-        json.Open('{');
-        Member(json, "en", f.titleEn);
-        Member(json, "fr", f.titleFr);
-        json.Close('}');
-        json.Key("remedy");
-        json.Open('{');
-        Member(json, "en", f.remedyEn);
-        Member(json, "fr", f.remedyFr);
-        json.Close('}');
+        Bilingual(json, "title", f.titleEn, f.titleFr);
+        Bilingual(json, "remedy", f.remedyEn, f.remedyFr);
         LineMember(json, "line", f.line);
         Member(json, "detail", f.detail);
         json.Close('}');
@@ -457,11 +458,7 @@ void WriteFleet(JsonWriter& json, const FleetSummary& fleet) {
         json.Open('{');
         Member(json, "rule", rule.rule);
         Member(json, "severity", rules::SeverityName(rule.severity));
-        json.Key("title");
-        json.Open('{');
-        Member(json, "en", rule.titleEn);
-        Member(json, "fr", rule.titleFr);
-        json.Close('}');
+        Bilingual(json, "title", rule.titleEn, rule.titleFr);
         WriteIndices(json, rule.rows);
         json.Close('}');
     }
