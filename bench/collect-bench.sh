@@ -23,27 +23,8 @@ checker="$build/bin/reportcheck"
 work=$(mktemp -d /tmp/orvane-collect-bench.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 
-# Copies of a real report (made by the program under Wine) with variations:
-# another host name, free space and program directory in each, every one a
-# whole report with its own checksum, spread over folders of 500.
-/usr/bin/python3 - "$count" "$work/reports" tests/reportcheck/data/wine-report.txt <<'PY'
-import os, re, sys
-count, root, source = int(sys.argv[1]), sys.argv[2], sys.argv[3]
-body = open(source, 'rb').read()[2:-30].decode('utf-16-le')
-def checksum(text):
-    lanes = [4, 3, 2, 1]
-    for i, c in enumerate(text):
-        lanes[i % 4] ^= ord(c) & 0xFF
-    return lanes[0] | lanes[1] << 8 | lanes[2] << 16 | lanes[3] << 24
-for n in range(count):
-    text = (body.replace('(WORKGROUP\\VM)', '(WORKGROUP\\PC%05d)' % n)
-                .replace('in Z:\\work', 'in Z:\\w%05d' % n))
-    text = re.sub(r'free [0-9]+K', 'free %dK' % (1000000 + 7 * n), text)
-    folder = os.path.join(root, 'batch%03d' % (n // 500))
-    os.makedirs(folder, exist_ok=True)
-    with open(os.path.join(folder, 'pc%05d.txt' % n), 'wb') as f:
-        f.write(b'\xff\xfe' + text.encode('utf-16-le') + ('\n--- \n%08x\n' % checksum(text)).encode('utf-16-le'))
-PY
+# Copies of a real report (made by the program under Wine) with variations.
+/usr/bin/python3 bench/make-reports.py "$count" "$work/reports" tests/reportcheck/data/wine-report.txt
 
 # "<seconds> <peak kB>" of one command, its output thrown away.
 measure() { /usr/bin/time -f "%e %M" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || true; cat "$work/time"; }

@@ -14,7 +14,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [[ "${1:-}" == "collect" ]]; then
-  exec bench/collect-bench.sh
+  bench/collect-bench.sh
+  exec bench/findings-bench.sh
 fi
 if [[ "${1:-}" == "page" ]]; then
   exec bench/page-bench.sh
@@ -261,4 +262,5 @@ step "Results written to $results"
 
 # The report checker's parts (native, no Wine).
 bench/collect-bench.sh
+bench/findings-bench.sh
 bench/page-bench.sh

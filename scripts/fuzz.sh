@@ -32,6 +32,7 @@ max_len() {
     registry_value) echo 8400 ;;
     entry_text) echo 1024 ;;
     report_model) echo 16384 ;;
+    findings) echo 8192 ;;
     *) echo 4096 ;;
   esac
 }

@@ -38,6 +38,8 @@ std::uint32_t ComputeReportChecksumOfBytes(std::string_view utf16le) {
     return value;
 }
 
+std::string ChecksumText(std::uint32_t checksum) { return numtext::Hex<char>(checksum, 8, false); }
+
 std::u16string FormatReportTrailer(std::uint32_t checksum) {
     return u"\n--- \n" + numtext::Hex<char16_t>(checksum, 8, false) + u"\n";
 }

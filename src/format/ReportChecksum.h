@@ -17,6 +17,10 @@ std::uint32_t ComputeReportChecksumOfBytes(std::string_view utf16le);
 // "\n--- \n" followed by the checksum as eight lower-case hex digits and "\n".
 std::u16string FormatReportTrailer(std::uint32_t checksum);
 
+// The checksum as the trailer shows it: eight lower-case hex digits,
+// "01024145".
+std::string ChecksumText(std::uint32_t checksum);
+
 // The complete bytes of a report file: byte-order mark FF FE, the body as
 // little-endian UTF-16, then the trailer.
 std::string BuildReportFileBytes(std::u16string_view body);

@@ -1,6 +1,5 @@
 #include "format/ReportVerdict.h"
 
-#include <cstdio>
 #include <optional>
 
 #include "format/ReportChecksum.h"
@@ -10,14 +9,13 @@ constexpr std::size_t kByteOrderMarkBytes = 2;
 constexpr std::size_t kTrailerUnits = 15;  // "\n--- \n" + 8 digits + "\n"
 constexpr std::size_t kTrailerBytes = 2 * kTrailerUnits;
 
+// Sized once and filled in place: a report's body can be tens of megabytes.
 std::u16string DecodeUtf16LE(std::string_view bytes) {
-    std::u16string text;
-    text.reserve(bytes.size() / 2);
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        const unsigned low = static_cast<unsigned char>(bytes[i]);
-        const unsigned high = static_cast<unsigned char>(bytes[i + 1]);
-        text.push_back(static_cast<char16_t>(low | high << 8));
-    }
+    std::u16string text(bytes.size() / 2, u'\0');
+    char16_t* units = text.data();
+    for (std::size_t i = 0; i < text.size(); ++i)
+        units[i] = static_cast<char16_t>(static_cast<unsigned char>(bytes[2 * i]) |
+                                         static_cast<unsigned char>(bytes[2 * i + 1]) << 8);
     return text;
 }
 
@@ -48,12 +46,6 @@ ReportVerdict NotAReport(NotAReportReason reason) {
     verdict.state = ReportState::NotAReport;
     verdict.reason = reason;
     return verdict;
-}
-
-std::string Hex8(std::uint32_t value) {
-    char digits[9];
-    std::snprintf(digits, sizeof digits, "%08lx", static_cast<unsigned long>(value));
-    return digits;
 }
 
 const char* ReasonText(NotAReportReason reason) {
@@ -89,10 +81,16 @@ ReportVerdict CheckReportBytes(std::string_view bytes) {
 
 std::string DescribeReportVerdict(const ReportVerdict& verdict) {
     switch (verdict.state) {
-        case ReportState::Intact: return "intact (checksum " + Hex8(verdict.computed) + ")";
+        case ReportState::Intact: return "intact (checksum " + ChecksumText(verdict.computed) + ")";
         case ReportState::Altered:
-            return "altered (trailer says " + Hex8(verdict.stored) + ", body gives " + Hex8(verdict.computed) + ")";
+            return "altered (trailer says " + ChecksumText(verdict.stored) + ", body gives " +
+                   ChecksumText(verdict.computed) + ")";
         case ReportState::NotAReport: break;
     }
     return std::string("not a report (") + ReasonText(verdict.reason) + ")";
+}
+
+std::u16string ReportBodyOf(std::string_view bytes) {
+    if (bytes.size() < kByteOrderMarkBytes + kTrailerBytes) return {};
+    return DecodeUtf16LE(bytes.substr(kByteOrderMarkBytes, bytes.size() - kByteOrderMarkBytes - kTrailerBytes));
 }

@@ -37,3 +37,8 @@ ReportVerdict CheckReportBytes(std::string_view bytes);
 //   "altered (trailer says 01024145, body gives 01024045)"
 //   "not a report (no UTF-16 byte-order mark)"
 std::string DescribeReportVerdict(const ReportVerdict& verdict);
+
+// The body of a report's bytes, between the byte-order mark and the trailer,
+// decoded; meaningful when CheckReportBytes found a report (Intact or
+// Altered), empty when the bytes are too short to hold one.
+std::u16string ReportBodyOf(std::string_view bytes);

@@ -325,8 +325,6 @@ void JsonWriter::Unsigned(std::uint64_t value) {
     comma_ = true;
 }
 
-std::string ChecksumText(std::uint32_t checksum) { return numtext::Hex<char>(checksum, 8, false); }
-
 void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict) {
     json.Open('{');
     Member(json, "schemaVersion", kReportSchemaVersion);

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "format/ReportChecksum.h"
 #include "format/ReportVerdict.h"
 #include "reader/ReportModel.h"
 
@@ -47,7 +48,7 @@ nlohmann::ordered_json ReportToJson(const Report& report, const ReportVerdict& v
 // JSON text on one line; a lone surrogate kept in a text shows as U+FFFD.
 std::string DumpJson(const nlohmann::ordered_json& json, int indent = -1);
 
-// "1a2b3c4d"
-std::string ChecksumText(std::uint32_t checksum);
+// "1a2b3c4d": the trailer's own form (format/ReportChecksum.h).
+using ::ChecksumText;
 
 }  // namespace report_model

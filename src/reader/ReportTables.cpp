@@ -235,8 +235,7 @@ std::int64_t TableWriter::Add(const FileFacts& file, FileVerdict verdict, const 
                               const ReportVerdict* checksum, const Report* report, std::string_view body) {
     const std::optional<std::string> reasonText = Optional(!reason.empty(), reason);
     if (!report || !checksum) {
-        report_.BindAll(std::string_view(file.path), file.size, file.writeTime, FileVerdictName(verdict), reasonText);
-        report_.Run();
+        report_.Execute(std::string_view(file.path), file.size, file.writeTime, FileVerdictName(verdict), reasonText);
         return sqlite3_last_insert_rowid(db_.get());
     }
     const Report& r = *report;
@@ -257,7 +256,7 @@ std::int64_t TableWriter::Add(const FileFacts& file, FileVerdict verdict, const 
     const auto volumeText = [&](std::string report_model::VolumeLine::*field) {
         return hw.volume ? std::optional<std::string>((*hw.volume).*field) : std::nullopt;
     };
-    report_.BindAll(std::string_view(file.path), file.size, file.writeTime, FileVerdictName(verdict), reasonText,
+    report_.Execute(std::string_view(file.path), file.size, file.writeTime, FileVerdictName(verdict), reasonText,
                     std::string_view(stored), std::string_view(computed),
                     std::string_view(r.lineBreaks.crlf ? "CR LF" : "LF"), static_cast<std::int64_t>(r.lineCount),
                     Optional(r.header.present, r.header.text), p.name, p.version, LineOrNull(p.nameLine),
@@ -280,14 +279,12 @@ std::int64_t TableWriter::Add(const FileFacts& file, FileVerdict verdict, const 
                     volumeNumber(&report_model::VolumeLine::totalK), volumeNumber(&report_model::VolumeLine::freeK),
                     volumeNumber(&report_model::VolumeLine::userK), LineOrNull(hw.volumeLine),
                     NetworkFailure(r.network), body);
-    report_.Run();
     const std::int64_t id = sqlite3_last_insert_rowid(db_.get());
     AddSections(id, r);
     AddAdapters(id, r);
     AddInstallation(id, r);
     for (const report_model::UnrecognisedLine& u : r.unrecognised) {
-        unrecognised_.BindAll(id, static_cast<std::int64_t>(u.line), std::string_view(u.text));
-        unrecognised_.Run();
+        unrecognised_.Execute(id, static_cast<std::int64_t>(u.line), std::string_view(u.text));
     }
     return id;
 }
@@ -295,8 +292,7 @@ std::int64_t TableWriter::Add(const FileFacts& file, FileVerdict verdict, const 
 void TableWriter::AddSections(std::int64_t id, const Report& r) {
     const auto add = [&](std::string_view name, std::size_t line) {
         if (line == 0) return;
-        section_.BindAll(id, name, static_cast<std::int64_t>(line));
-        section_.Run();
+        section_.Execute(id, name, static_cast<std::int64_t>(line));
     };
     add("header", r.header.present ? 1 : 0);
     add("program", r.program.heading.line);
@@ -313,31 +309,27 @@ void TableWriter::AddSections(std::int64_t id, const Report& r) {
 
 void TableWriter::AddAdapters(std::int64_t id, const Report& r) {
     for (const report_model::Adapter& a : r.network.adapters) {
-        adapter_.BindAll(id, static_cast<std::int64_t>(a.line), std::string_view(a.name), a.ifIndex, a.unicastCount,
+        adapter_.Execute(id, static_cast<std::int64_t>(a.line), std::string_view(a.name), a.ifIndex, a.unicastCount,
                          a.anycastCount, a.multicastCount, a.dnsServerCount, a.dnsSuffix, a.description,
                          a.friendlyName, a.physicalAddress, a.flags, a.mtu, a.ifType, a.operStatus, a.ipv6IfIndex,
                          a.prefixCount);
-        adapter_.Run();
     }
 }
 
 void TableWriter::AddInstallation(std::int64_t id, const Report& r) {
     for (const report_model::Directory& d : r.installation.directories) {
         const std::string_view kind = report_model::DirectoryKindName(d.kind);
-        directory_.BindAll(id, static_cast<std::int64_t>(d.line), kind, d.path);
-        directory_.Run();
+        directory_.Execute(id, static_cast<std::int64_t>(d.line), kind, d.path);
         for (const report_model::DirectoryEntry& e : d.entries) {
-            entry_.BindAll(id, static_cast<std::int64_t>(e.line), kind, std::string_view(e.name),
+            entry_.Execute(id, static_cast<std::int64_t>(e.line), kind, std::string_view(e.name),
                            static_cast<std::int64_t>(e.attributes), static_cast<std::int64_t>(e.size),
                            std::string_view(e.created.printed), std::string_view(e.created.iso),
                            std::string_view(e.written.printed), std::string_view(e.written.iso),
                            std::string_view(e.version), e.accessList, e.content);
-            entry_.Run();
         }
     }
     for (const report_model::RegistryValue& v : r.installation.registryValues) {
-        value_.BindAll(id, static_cast<std::int64_t>(v.line), std::string_view(v.name), v.text, v.number);
-        value_.Run();
+        value_.Execute(id, static_cast<std::int64_t>(v.line), std::string_view(v.name), v.text, v.number);
     }
 }
 

@@ -46,8 +46,9 @@ void Statement::Bind(int index, std::int64_t value) const {
     sqlite3_bind_int64(get(), index, value);
 }
 void Statement::Bind(int index, std::string_view text) const {
-    // Copied: values are often temporaries that end before the step.
-    sqlite3_bind_text64(get(), index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    // Not copied (most texts are a report's, which outlives the row): the
+    // callers bind and run in one go (Execute), or bind texts that last.
+    sqlite3_bind_text64(get(), index, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
 }
 void Statement::Bind(int index, const std::optional<std::string>& text) const {
     if (text)

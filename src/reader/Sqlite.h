@@ -57,11 +57,19 @@ public:
         else
             Bind(index, nullptr);
     }
-    // Binds each value to the next parameter, from 1.
+    // Binds each value to the next parameter, from 1. Texts are bound
+    // without a copy: they must live until the statement has run (Execute).
     template <typename... Values>
     void BindAll(const Values&... values) const {
         int index = 0;
         (Bind(++index, values), ...);
+    }
+    // Binds the values and runs the statement to its end, all while the
+    // values (temporaries included) are alive.
+    template <typename... Values>
+    void Execute(const Values&... values) const {
+        BindAll(values...);
+        Run();
     }
 
     // true while there is a row; false when done. Throws on failure.

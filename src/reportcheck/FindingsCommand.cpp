@@ -3,33 +3,19 @@
 // --json, for a program.
 #include <algorithm>
 #include <map>
-#include <stdexcept>
+#include <optional>
 #include <vector>
 
 #include "reader/ReportTables.h"
 #include "reader/ReportJson.h"
-#include "reportcheck/FindingsCommands.h"
+#include "reportcheck/Commands.h"
+#include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
 #include "reportcheck/ReportDatabase.h"
 
 namespace reportcheck {
 
 namespace {
-
-constexpr const char kFindingsUsage[] =
-    "usage: reportcheck findings [--json] [--rules DIR] [--min-severity LEVEL]\n"
-    "                            [--time-limit SECONDS] PATH...\n"
-    "Runs the findings rules (reportcheck rules lists them) over the reports\n"
-    "PATH names: report files, folders of them (searched recursively), or one\n"
-    "database made by collect --db. Per report, most severe first: the rule's\n"
-    "title, the evidence as \"line N: <the line>\", a detail and the remedy;\n"
-    "then rules that could not check the report for want of its data, and a\n"
-    "closing count. --json gives the same for programs. --rules DIR adds the\n"
-    "rules of DIR/*.sql or replaces built-in ones of the same id;\n"
-    "--min-severity (info, warning, error) leaves out what is below it;\n"
-    "--time-limit stops a rule after that many seconds (10).\n"
-    "Exit status: 0 no finding at or above the level, 1 findings, 2 trouble\n"
-    "(a file not a report or unreadable, a bad rule or database, bad\n"
-    "arguments).\n";
 
 struct Options {
     bool json = false;
@@ -38,25 +24,18 @@ struct Options {
     std::vector<std::filesystem::path> paths;
 };
 
-Options ParseOptions(int argc, NativeChar* argv[]) {
-    Options options;
-    for (int i = 2; i < argc; ++i) {
-        const std::string argument = ToUtf8(argv[i]);
-        if (argument == "--json") {
-            options.json = true;
-        } else if (argument == "--min-severity") {
-            if (i + 1 >= argc) throw std::invalid_argument("--min-severity needs a level");
-            const auto level = rules::SeverityFromName(ToUtf8(argv[++i]));
-            if (!level) throw std::invalid_argument("--min-severity takes info, warning or error");
-            options.minimum = *level;
-        } else if (!TakeRuleOption(argc, argv, i, options.rules)) {
-            if (argument.size() > 1 && argument[0] == '-' && !std::filesystem::exists(argv[i]))
-                throw std::invalid_argument("unknown option " + argument);
-            options.paths.emplace_back(argv[i]);
-        }
+// The options as the command takes them; the problem with them, if any.
+std::optional<std::string> ReadOptions(const Arguments& arguments, Options& options) {
+    options.json = arguments.Has(kJsonOption);
+    if (const NativeString* level = arguments.Value(kMinSeverityOption)) {
+        const auto minimum = rules::SeverityFromName(ToUtf8(*level));
+        if (!minimum) return std::string("--min-severity takes info, warning or error");
+        options.minimum = *minimum;
     }
-    if (options.paths.empty()) throw std::invalid_argument("");
-    return options;
+    for (const NativeString& path : arguments.Operands()) options.paths.emplace_back(path);
+    const bool database = std::any_of(options.paths.begin(), options.paths.end(), LooksLikeDatabase);
+    if (database && options.paths.size() > 1) return std::string("a database is read alone, without other PATHs");
+    return ReadRuleOptions(arguments, options.rules);
 }
 
 // One report as the output lists it.
@@ -269,28 +248,13 @@ int FromFiles(const Options& options, const std::map<std::string, rules::Rule>& 
     return Report(db, options, outcome, false, status);
 }
 
-}  // namespace
 
-int Findings(int argc, NativeChar* argv[]) {
-    if (argc == 3 && IsHelpOption(ToUtf8(argv[2]))) {
-        Print(stdout, kFindingsUsage);
-        return kAllIntact;
-    }
+int RunFindings(const Arguments& arguments) {
     Options options;
-    try {
-        options = ParseOptions(argc, argv);
-    } catch (const std::invalid_argument& bad) {
-        Print(stderr, std::string(*bad.what() ? std::string("reportcheck: ") + bad.what() + "\n" : "") + kFindingsUsage);
-        return kSomeNotAReport;
-    }
-    const bool database = std::any_of(options.paths.begin(), options.paths.end(), LooksLikeDatabase);
-    if (database && options.paths.size() > 1) {
-        Print(stderr, std::string("reportcheck: a database is read alone, without other PATHs\n") + kFindingsUsage);
-        return kSomeNotAReport;
-    }
+    if (auto problem = ReadOptions(arguments, options)) return UsageError(kFindingsCommand, *problem);
     try {
         const auto inForce = rules::RulesInForce(options.rules.rulesFolder);
-        return database ? FromDatabase(options, inForce) : FromFiles(options, inForce);
+        return LooksLikeDatabase(options.paths.front()) ? FromDatabase(options, inForce) : FromFiles(options, inForce);
     } catch (const rules::RuleError& failure) {
         Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
     } catch (const sqlite::Error& failure) {
@@ -299,4 +263,25 @@ int Findings(int argc, NativeChar* argv[]) {
     return kSomeNotAReport;
 }
 
+constexpr const Option* kFindingsOptions[] = {&kJsonOption, &kRulesOption, &kMinSeverityOption, &kTimeLimitOption};
+
+}  // namespace
 }  // namespace reportcheck
+
+extern const Command kFindingsCommand{
+    .name = "findings",
+    .synopsis = "findings [--json] [--rules DIR] [--min-severity LEVEL] PATH...",
+    .summary = "what is wrong in reports, by the findings rules",
+    .help = "Runs the findings rules (reportcheck rules lists them) over the reports\n"
+            "PATH names: report files, folders of them (searched recursively), or one\n"
+            "database made by collect --db. Per report, most severe first: the rule's\n"
+            "title, the evidence as \"line N: <the line>\", a detail and the remedy;\n"
+            "then the rules that could not check the report for want of its data,\n"
+            "and a closing count. --json gives the same for programs. --rules DIR\n"
+            "adds the rules of DIR/*.sql or replaces built-in ones of the same id.\n"
+            "Exit status: 0 no finding at or above the level, 1 findings, 2 trouble\n"
+            "(a file not a report or unreadable, a bad rule or database).\n",
+    .options = reportcheck::kFindingsOptions,
+    .minOperands = 1,
+    .run = reportcheck::RunFindings,
+};

@@ -16,7 +16,9 @@
 #include "reader/ReportDiff.h"
 #include "reader/ReportPage.h"
 #include "reader/ReportTables.h"
-#include "reportcheck/PageCommand.h"
+#include "reportcheck/Commands.h"
+#include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
 #include "reportcheck/ReportDatabase.h"
 
 #if defined(_WIN32)
@@ -29,59 +31,19 @@ namespace reportcheck {
 
 namespace {
 
-constexpr const char kPageUsage[] =
-    "usage: reportcheck page [--against OLD] [--lang en|fr] [-o FILE] REPORT\n"
-    "       reportcheck page [--lang en|fr] [-o FILE] FOLDER|DATABASE\n"
-    "       (and --rules DIR, --time-limit SECONDS as for findings)\n"
-    "Writes one HTML page that any current browser opens from disk, with no\n"
-    "network: for a REPORT, its integrity, its findings and the report itself,\n"
-    "section by section, its directories as tables that sort and filter; with\n"
-    "--against OLD, each change from OLD marked where it stands; for a FOLDER\n"
-    "(searched recursively, as collect does) or a DATABASE made by collect\n"
-    "--db, one row per report, the findings across them and the versions of\n"
-    "each file of the suite. The page runs no code but its own and shows\n"
-    "every text of a report as text.\n"
-    "--lang chooses the page's language (else the user's locale: French when\n"
-    "it is French, English otherwise). -o writes FILE, whole or not at all;\n"
-    "without it the page goes to standard output.\n"
-    "Exit status: 0 every report intact, 1 one altered (the page says so at\n"
-    "the top), 2 a report that is not one or cannot be read, or bad arguments\n"
-    "(nothing written; in a FOLDER such a file gets its row and the page is\n"
-    "written).\n";
+constexpr Option kAgainstOption{"--against", "OLD", "mark the changes from the report OLD"};
+constexpr Option kLangOption{"--lang", "en|fr", "the page's language (else the user's locale)"};
+constexpr Option kOutputOption{"-o", "FILE", "write FILE, whole or not at all (else standard output)"};
+constexpr const Option* kPageOptions[] = {&kAgainstOption, &kLangOption, &kOutputOption, &kRulesOption,
+                                          &kTimeLimitOption};
 
 struct PageOptions {
     const NativeChar* against = nullptr;
     const NativeChar* output = nullptr;
     const NativeChar* path = nullptr;
-    std::string lang;  // "en", "fr", or empty for the user's locale
+    std::string lang;  // "en" or "fr"
     RuleOptions rules;
 };
-
-// The options, or nothing when the command line is not one of the usage.
-std::optional<PageOptions> ReadOptions(int argc, NativeChar* argv[]) {
-    PageOptions options;
-    for (int i = 2; i < argc; ++i) {
-        const std::string argument = ToUtf8(argv[i]);
-        const bool hasValue = i + 1 < argc;
-        if (TakeRuleOption(argc, argv, i, options.rules)) continue;
-        if (argument == "--against" && hasValue && !options.against) {
-            options.against = argv[++i];
-        } else if (argument == "-o" && hasValue && !options.output) {
-            options.output = argv[++i];
-        } else if (argument == "--lang" && hasValue && options.lang.empty()) {
-            options.lang = ToUtf8(argv[++i]);
-            if (options.lang != "en" && options.lang != "fr") return std::nullopt;
-        } else if (!argument.empty() && argument[0] == '-' && argument != "-") {
-            return std::nullopt;
-        } else if (!options.path) {
-            options.path = argv[i];
-        } else {
-            return std::nullopt;
-        }
-    }
-    if (!options.path) return std::nullopt;
-    return options;
-}
 
 // The language of the user's locale as the program chooses its own: French
 // when the locale is French. Windows names it ("French_France.1252"); on
@@ -153,7 +115,7 @@ std::vector<report_page::Finding> FindingsOf(const NativeChar* path, const RuleO
     return findings;
 }
 
-report_page::PageReport PageOf(const NativeChar* path, const Loaded& loaded) {
+report_page::PageReport PageOf(const NativeChar* path, const LoadedReport& loaded) {
     report_page::PageReport page;
     page.file = ToUtf8(path);
     page.verdict = loaded.verdict;
@@ -163,16 +125,16 @@ report_page::PageReport PageOf(const NativeChar* path, const Loaded& loaded) {
 }
 
 // A report that will not do says so, as show and diff say it.
-bool Usable(const NativeChar* path, const Loaded& loaded) {
+bool Usable(const NativeChar* path, const LoadedReport& loaded) {
     if (loaded.state == LoadState::Report) return true;
     Complain(ToUtf8(path), loaded.problem);
     return false;
 }
 
 int ReportPage(const PageOptions& options, const std::string& lang) {
-    const Loaded loaded = Load(options.path);
-    std::optional<Loaded> old;
-    if (options.against) old = Load(options.against);
+    const LoadedReport loaded = LoadReport(options.path);
+    std::optional<LoadedReport> old;
+    if (options.against) old = LoadReport(options.against);
     const bool usable = Usable(options.path, loaded);
     if (!(old ? Usable(options.against, *old) : true) || !usable) return kSomeNotAReport;
     report_page::PageReport page = PageOf(options.path, loaded);
@@ -219,34 +181,26 @@ int FleetPage(const PageOptions& options, const std::string& lang, bool database
     return StatusOfFleet(fleet);
 }
 
-}  // namespace
-
-int Page(int argc, NativeChar* argv[]) {
-    if (argc == 3 && IsHelpOption(ToUtf8(argv[2]))) {
-        Print(stdout, kPageUsage);
-        return kAllIntact;
+int RunPage(const Arguments& arguments) {
+    PageOptions options;
+    if (auto problem = ReadRuleOptions(arguments, options.rules)) return UsageError(kPageCommand, *problem);
+    options.path = arguments.Operands().front().c_str();
+    if (const NativeString* against = arguments.Value(kAgainstOption)) options.against = against->c_str();
+    if (const NativeString* output = arguments.Value(kOutputOption)) options.output = output->c_str();
+    if (const NativeString* lang = arguments.Value(kLangOption)) {
+        options.lang = ToUtf8(*lang);
+        if (options.lang != "en" && options.lang != "fr") return UsageError(kPageCommand, "--lang takes en or fr");
+    } else {
+        options.lang = UserLocaleIsFrench() ? "fr" : "en";
     }
-    std::optional<PageOptions> options;
-    try {
-        options = ReadOptions(argc, argv);
-    } catch (const std::invalid_argument& bad) {
-        Print(stderr, std::string("reportcheck: ") + bad.what() + "\n");
-    }
-    if (!options) {
-        Print(stderr, kPageUsage);
-        return kSomeNotAReport;
-    }
-    const std::string lang = !options->lang.empty() ? options->lang : UserLocaleIsFrench() ? "fr" : "en";
-    const std::filesystem::path path(options->path);
+    const std::filesystem::path path(options.path);
     std::error_code error;
     const bool folder = std::filesystem::is_directory(path, error);
     const bool database = !folder && LooksLikeDatabase(path);
-    if ((folder || database) && options->against) {
-        Print(stderr, kPageUsage);
-        return kSomeNotAReport;
-    }
+    if ((folder || database) && options.against)
+        return UsageError(kPageCommand, "--against compares two reports, not a folder or a database");
     try {
-        return folder || database ? FleetPage(*options, lang, database) : ReportPage(*options, lang);
+        return folder || database ? FleetPage(options, options.lang, database) : ReportPage(options, options.lang);
     } catch (const rules::RuleError& failure) {
         Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
     } catch (const sqlite::Error& failure) {
@@ -255,4 +209,28 @@ int Page(int argc, NativeChar* argv[]) {
     return kSomeNotAReport;
 }
 
+}  // namespace
 }  // namespace reportcheck
+
+extern const Command kPageCommand{
+    .name = "page",
+    .synopsis = "page [--against OLD] [--lang en|fr] [-o FILE] REPORT|FOLDER|DATABASE",
+    .summary = "one HTML page to look at: a report, a comparison or a fleet",
+    .help = "Writes one HTML page that any current browser opens from disk, with no\n"
+            "network: for a REPORT, its integrity, its findings and the report itself,\n"
+            "section by section, its directories as tables that sort and filter; with\n"
+            "--against OLD, each change from OLD marked where it stands; for a FOLDER\n"
+            "(searched recursively, as collect does) or a DATABASE made by collect\n"
+            "--db, one row per report, the findings across them and the versions of\n"
+            "each file of the suite. The page runs no code but its own and shows\n"
+            "every text of a report as text. Its language is --lang, else French when\n"
+            "the user's locale is French, English otherwise.\n"
+            "Exit status: 0 every report intact, 1 one altered (the page says so at\n"
+            "the top), 2 a report that is not one or cannot be read (nothing written;\n"
+            "in a FOLDER such a file gets its row and the page is written), a bad rule\n"
+            "or database.\n",
+    .options = reportcheck::kPageOptions,
+    .minOperands = 1,
+    .maxOperands = 1,
+    .run = reportcheck::RunPage,
+};

@@ -4,6 +4,9 @@
 #include <stdexcept>
 
 #include "reader/ReportTables.h"
+#include "reportcheck/FileWalk.h"
+#include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
 
 namespace reportcheck {
 
@@ -14,6 +17,19 @@ using report_tables::FileVerdict;
 
 constexpr const char* kReportTables[] = {"reports",  "sections", "adapters",    "directories",
                                          "entries", "registry_values", "unrecognised"};
+// Every table with rows of a report, children first: what removing a report
+// deletes, whether or not the connection enforces the foreign keys.
+constexpr const char kRemoveReports[] =
+    "DELETE FROM main.findings WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.unchecked WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.sections WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.adapters WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.directories WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.entries WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.registry_values WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.unrecognised WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.reports WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM temp.gone;";
 
 FileFacts FactsOf(const std::filesystem::path& path) {
     FileFacts facts;
@@ -26,7 +42,7 @@ FileFacts FactsOf(const std::filesystem::path& path) {
     return facts;
 }
 
-FileVerdict VerdictOf(const Loaded& loaded) {
+FileVerdict VerdictOf(const LoadedReport& loaded) {
     switch (loaded.state) {
         case LoadState::Report:
             return loaded.verdict.state == ReportState::Intact ? FileVerdict::Intact : FileVerdict::Altered;
@@ -42,14 +58,15 @@ public:
         : incremental_(incremental),
           writer_(db),
           find_(db, "SELECT report, file_size, file_time FROM main.reports WHERE path = ?"),
-          remove_(db, "DELETE FROM main.reports WHERE report = ?"),
+          db_(db),
+          remove_(db, "INSERT INTO temp.gone VALUES (?)"),
           seen_(db, "INSERT OR IGNORE INTO temp.seen VALUES (?)"),
           changed_(db, "INSERT OR IGNORE INTO temp.changed VALUES (?)") {}
 
     int File(const std::filesystem::path& path) {
         const FileFacts facts = FactsOf(path);
         if (incremental_ && Unchanged(facts)) return kAllIntact;
-        const Loaded loaded = Load(path.c_str());
+        const LoadedReport loaded = LoadReport(path.c_str());
         if (loaded.state != LoadState::Report) Complain(facts.path, loaded.problem);
         const std::string body = loaded.state == LoadState::Report ? report_model::Utf8FromUtf16(loaded.body) : "";
         const std::int64_t id =
@@ -87,8 +104,7 @@ private:
             seen_.Run();
             return true;
         }
-        remove_.Bind(1, id);
-        remove_.Run();
+        Remove(id);
         return false;
     }
 
@@ -97,9 +113,13 @@ private:
         const bool known = find_.Step();
         const std::int64_t id = known ? find_.Integer(0) : 0;
         find_.Reset();
-        if (!known) return;
+        if (known) Remove(id);
+    }
+
+    void Remove(std::int64_t id) {
         remove_.Bind(1, id);
         remove_.Run();
+        db_.Execute(kRemoveReports);
     }
 
     void Mark(std::int64_t id) {
@@ -111,7 +131,9 @@ private:
 
     bool incremental_;
     report_tables::TableWriter writer_;
-    sqlite::Statement find_, remove_, seen_, changed_;
+    sqlite::Statement find_;
+    const sqlite::Connection& db_;
+    sqlite::Statement remove_, seen_, changed_;
 };
 
 // Reports under `root` (the file itself, or anything below the folder) that
@@ -121,23 +143,19 @@ void RemoveGone(const sqlite::Connection& db, const std::filesystem::path& root)
     const std::string separator = PathText(std::filesystem::path("a") / "b").substr(1, 1);
     const std::string below = prefix.size() && prefix.back() == separator[0] ? prefix : prefix + separator;
     sqlite::Statement gone(db,
-                           "DELETE FROM main.reports WHERE report NOT IN (SELECT report FROM temp.seen) "
-                           "AND (path = ?1 OR substr(path, 1, length(?2)) = ?2)");
-    gone.BindAll(std::string_view(prefix), std::string_view(below));
-    gone.Run();
+                           "INSERT INTO temp.gone SELECT report FROM main.reports WHERE report NOT IN "
+                           "(SELECT report FROM temp.seen) AND (path = ?1 OR substr(path, 1, length(?2)) = ?2)");
+    gone.Execute(std::string_view(prefix), std::string_view(below));
+    db.Execute(kRemoveReports);
 }
 
 }  // namespace
 
-bool TakeRuleOption(int argc, NativeChar* argv[], int& i, RuleOptions& options) {
-    const std::string option = ToUtf8(argv[i]);
-    if (option != "--rules" && option != "--time-limit") return false;
-    if (i + 1 >= argc) throw std::invalid_argument(option + " needs a value");
-    const std::string value = ToUtf8(argv[++i]);
-    if (option == "--rules") {
-        options.rulesFolder = value;
-        return true;
-    }
+std::optional<std::string> ReadRuleOptions(const Arguments& arguments, RuleOptions& options) {
+    if (const NativeString* folder = arguments.Value(kRulesOption)) options.rulesFolder = ToUtf8(*folder);
+    const NativeString* limit = arguments.Value(kTimeLimitOption);
+    if (!limit) return std::nullopt;
+    const std::string value = ToUtf8(*limit);
     std::size_t used = 0;
     int seconds = 0;
     try {
@@ -146,9 +164,9 @@ bool TakeRuleOption(int argc, NativeChar* argv[], int& i, RuleOptions& options) 
         used = 0;
     }
     if (used != value.size() || seconds < 1 || seconds > 3600)
-        throw std::invalid_argument("--time-limit takes whole seconds from 1 to 3600");
+        return std::string("--time-limit takes whole seconds from 1 to 3600");
     options.timeLimit = std::chrono::seconds(seconds);
-    return true;
+    return std::nullopt;
 }
 
 bool LooksLikeDatabase(const std::filesystem::path& path) {
@@ -180,7 +198,8 @@ OpenedDatabase OpenDatabase(const std::string& path, sqlite::OpenMode mode) {
 int AddReportFiles(const sqlite::Connection& db, const std::vector<std::filesystem::path>& roots, bool incremental) {
     db.Execute(
         "CREATE TEMP TABLE IF NOT EXISTS seen (report INTEGER PRIMARY KEY);"
-        "CREATE TEMP TABLE IF NOT EXISTS changed (report INTEGER PRIMARY KEY);");
+        "CREATE TEMP TABLE IF NOT EXISTS changed (report INTEGER PRIMARY KEY);"
+        "CREATE TEMP TABLE IF NOT EXISTS gone (report INTEGER PRIMARY KEY);");
     FileAdder adder(db, incremental);
     int status = kAllIntact;
     for (const std::filesystem::path& root : roots) {

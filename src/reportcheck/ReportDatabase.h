@@ -12,7 +12,7 @@
 
 #include "reader/Rules.h"
 #include "reader/Sqlite.h"
-#include "reportcheck/ReportFiles.h"
+#include "reportcheck/CommandLine.h"
 
 namespace reportcheck {
 
@@ -21,9 +21,11 @@ struct RuleOptions {
     std::optional<std::string> rulesFolder;  // --rules DIR
     std::chrono::milliseconds timeLimit = rules::kDefaultRuleTimeLimit;  // --time-limit SECONDS
 };
-// Takes argv[i] (and its value) when it is one of those options; false when
-// it is not. Throws std::invalid_argument for a bad value.
-bool TakeRuleOption(int argc, NativeChar* argv[], int& i, RuleOptions& options);
+// Reads --rules and --time-limit; the problem with their values, if any.
+std::optional<std::string> ReadRuleOptions(const Arguments& arguments, RuleOptions& options);
+
+// collect --db FILE PATH... (CollectDbCommand.cpp), which collect hands on.
+int CollectDatabase(const Arguments& arguments);
 
 // Whether the file starts as every SQLite database does.
 bool LooksLikeDatabase(const std::filesystem::path& path);

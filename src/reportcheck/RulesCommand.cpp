@@ -1,23 +1,15 @@
 // reportcheck rules: the findings rules in force, with their severity and
 // title; --markdown gives docs/rules.md, each rule with its reasoning.
 #include <algorithm>
-#include <stdexcept>
 
-#include "reportcheck/FindingsCommands.h"
+#include "reportcheck/Commands.h"
+#include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
 #include "reportcheck/ReportDatabase.h"
 
 namespace reportcheck {
 
 namespace {
-
-constexpr const char kRulesUsage[] =
-    "usage: reportcheck rules [--rules DIR] [--markdown]\n"
-    "Lists the findings rules in force, most severe first: severity, id,\n"
-    "title, and where a rule comes from when not built in. --rules DIR adds\n"
-    "the rules of DIR/*.sql or replaces built-in ones of the same id.\n"
-    "--markdown prints every rule with its reasoning and query (the page\n"
-    "docs/rules.md is made so).\n"
-    "Exit status: 0, or 2 for a bad rule file or bad arguments.\n";
 
 std::string Padded(std::string_view text, std::size_t width) {
     std::string padded(text);
@@ -71,31 +63,14 @@ std::string AsMarkdown(const std::vector<const rules::Rule*>& ordered) {
     return out;
 }
 
-}  // namespace
-
-int ListRules(int argc, NativeChar* argv[]) {
-    if (argc == 3 && IsHelpOption(ToUtf8(argv[2]))) {
-        Print(stdout, kRulesUsage);
-        return kAllIntact;
-    }
+int RunRulesCommand(const Arguments& arguments) {
     RuleOptions options;
-    bool markdown = false;
-    try {
-        for (int i = 2; i < argc; ++i) {
-            if (ToUtf8(argv[i]) == "--markdown")
-                markdown = true;
-            else if (!TakeRuleOption(argc, argv, i, options))
-                throw std::invalid_argument("unknown argument " + ToUtf8(argv[i]));
-        }
-    } catch (const std::invalid_argument& bad) {
-        Print(stderr, std::string("reportcheck: ") + bad.what() + "\n" + kRulesUsage);
-        return kSomeNotAReport;
-    }
+    if (auto problem = ReadRuleOptions(arguments, options)) return UsageError(kRulesCommand, *problem);
     try {
         const auto inForce = rules::RulesInForce(options.rulesFolder);
         const auto ordered = rules::InSeverityOrder(inForce);
         BinaryOutput();
-        Print(stdout, markdown ? AsMarkdown(ordered) : AsList(ordered));
+        Print(stdout, arguments.Has(kMarkdownOption) ? AsMarkdown(ordered) : AsList(ordered));
         return kAllIntact;
     } catch (const rules::RuleError& failure) {
         Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
@@ -103,4 +78,21 @@ int ListRules(int argc, NativeChar* argv[]) {
     }
 }
 
+constexpr const Option* kRulesOptions[] = {&kRulesOption, &kMarkdownOption};
+
+}  // namespace
 }  // namespace reportcheck
+
+extern const Command kRulesCommand{
+    .name = "rules",
+    .synopsis = "rules [--rules DIR] [--markdown]",
+    .summary = "the findings rules in force",
+    .help = "Lists the findings rules in force, most severe first: severity, id,\n"
+            "title, and the file a rule comes from when not built in. --markdown\n"
+            "prints every rule with its reasoning and query (docs/rules.md is made\n"
+            "so).\n"
+            "Exit status: 0, or 2 for a bad rule file.\n",
+    .options = reportcheck::kRulesOptions,
+    .maxOperands = 0,
+    .run = reportcheck::RunRulesCommand,
+};
