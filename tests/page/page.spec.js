@@ -204,6 +204,21 @@ test.describe('hostile text', () => {
     expectQuiet(seen);
   });
 
+  test('a report made by the program under Wine from a folder of names Windows allows shows them as text', async ({ page }) => {
+    const dir = s.tempDir('wine-hostile');
+    const file = path.join(__dirname, 'data/wine-hostile.txt');
+    const made = s.makePage(dir, 'wine-hostile.html', ['--lang', 'en', file]);
+    expect(made.status).toBe(0);
+    const seen = await s.openPage(page, made.url);
+    const table = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Current directory' }) });
+    await expect(table.locator('tbody td:nth-child(6)')).toHaveText(['.', '..', '$(id) `id` %TEMP%.txt', '&amp;&lt;script&gt;.txt',
+      'OrvaneDiagnostics.exe', 'Tom & Jerry\'s.dll', '{{data}} {{script}}.txt', '\u202Etxt.exe', '\uFF1Cscript\uFF1E.txt']);
+    await expect(table.locator('tbody tr:nth-child(8) .ctl')).toHaveAttribute('data-show', 'U+202E');
+    expectEveryLineOnce(await pageLines(page), s.readBody(file));
+    expect(await page.locator('main script, main img').count()).toBe(0);
+    expectQuiet(seen);
+  });
+
   test('the page\'s own policy refuses a script put into it, and any request', async ({ page }) => {
     const dir = s.tempDir('policy');
     const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
