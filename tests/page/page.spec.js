@@ -151,6 +151,20 @@ test.describe('report page', () => {
     expectQuiet(seen);
   });
 
+  test('the rules\' mixed-versions finding marks the outlying version in its directory\'s table', async ({ page }) => {
+    const dir = s.tempDir('mixed');
+    const body = s.makeBody({ entries: [{ name: 'a.dll', version: '9.3.1.1042' }, { name: 'b.dll', version: '9.2.0.7' },
+      { name: 'c.exe', version: '9.3.1.1042' }] });
+    const made = s.makePage(dir, 'mixed.html', ['--lang', 'en', s.writeReport(path.join(dir, 'mixed.txt'), body)]);
+    const seen = await s.openPage(page, made.url);
+    await expect(page.locator('.findings li .rule')).toHaveText(['suite.mixed-versions']);
+    await expect(page.locator('td.outlier')).toHaveText(['9.2.0.7']);
+    await expect(page.locator('tr:has(td.outlier) td:nth-child(6)')).toHaveText('b.dll');
+    await page.getByRole('link', { name: 'Evidence: line 11' }).click();
+    await expect(page.locator('tr[data-line="11"]')).toHaveClass(/target/);
+    expectQuiet(seen);
+  });
+
   test('says at the top, in words of danger, that an altered report was altered, and still shows it', async ({ page }) => {
     const dir = s.tempDir('altered');
     const body = s.makeBody({ entries: [{ name: 'tool.dll', version: '9.3.1.1042' }] });
