@@ -18,6 +18,10 @@ Finding PageFinding(const rules::Finding& f) {
             static_cast<std::size_t>(f.line.value_or(0)), f.detail};
 }
 
+NotChecked PageNotChecked(const rules::Unchecked& u) {
+    return {u.rule->id, u.rule->title, u.rule->titleFr, u.missing};
+}
+
 std::vector<std::string> BodyLines(std::u16string_view body) {
     std::vector<std::string> lines;
     std::size_t start = 0;
@@ -304,6 +308,16 @@ void WriteReport(JsonWriter& json, const PageReport& page, const ReportLayout& l
     WriteVerdict(json, page.verdict);
     layout.WriteJson(json, lines);
     WriteFindings(json, page.findings);
+    json.Key("notChecked");
+    json.Open('[');
+    for (const NotChecked& n : page.notChecked) {
+        json.Open('{');
+        Member(json, "rule", n.rule);
+        Bilingual(json, "title", n.titleEn, n.titleFr);
+        Member(json, "missing", n.missing);
+        json.Close('}');
+    }
+    json.Close(']');
     json.Close('}');
 }
 

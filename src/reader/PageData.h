@@ -35,6 +35,13 @@ struct Finding {
 };
 Finding PageFinding(const rules::Finding& finding);
 
+// A rule that could not check the report for want of a section it needs.
+struct NotChecked {
+    std::string rule, titleEn, titleFr;
+    std::string missing;  // the section, as the report tables name it ("registry data")
+};
+NotChecked PageNotChecked(const rules::Unchecked& unchecked);
+
 // One report as the page shows it.
 struct PageReport {
     std::string file;  // as the user named it
@@ -42,6 +49,7 @@ struct PageReport {
     std::u16string_view body;
     const report_model::Report* report = nullptr;
     std::vector<Finding> findings;
+    std::vector<NotChecked> notChecked;
 };
 
 // A fleet as the report tables hold it (reader/ReportTables.h), with what

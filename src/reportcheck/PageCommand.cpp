@@ -104,15 +104,15 @@ rules::Outcome RunRulesOn(const sqlite::Connection& db, const RuleOptions& optio
     return rules::RunRules(db, rules::InSeverityOrder(inForce), options.timeLimit);
 }
 
-// One report's findings, read into a database of the moment as the findings
-// command reads files.
-std::vector<report_page::Finding> FindingsOf(const NativeChar* path, const RuleOptions& options) {
+// One report's findings, and the rules that could not check it, read into a
+// database of the moment as the findings command reads files.
+void AddFindings(const NativeChar* path, const RuleOptions& options, report_page::PageReport& page) {
     const sqlite::Connection db("", sqlite::OpenMode::Memory);
     report_tables::CreateTables(db);
     AddReportFiles(db, {std::filesystem::path(path)}, false);
-    std::vector<report_page::Finding> findings;
-    for (const rules::Finding& f : RunRulesOn(db, options).findings) findings.push_back(report_page::PageFinding(f));
-    return findings;
+    const rules::Outcome outcome = RunRulesOn(db, options);
+    for (const rules::Finding& f : outcome.findings) page.findings.push_back(report_page::PageFinding(f));
+    for (const rules::Unchecked& u : outcome.unchecked) page.notChecked.push_back(report_page::PageNotChecked(u));
 }
 
 report_page::PageReport PageOf(const NativeChar* path, const LoadedReport& loaded) {
@@ -138,7 +138,7 @@ int ReportPage(const PageOptions& options, const std::string& lang) {
     const bool usable = Usable(options.path, loaded);
     if (!(old ? Usable(options.against, *old) : true) || !usable) return kSomeNotAReport;
     report_page::PageReport page = PageOf(options.path, loaded);
-    page.findings = FindingsOf(options.path, options.rules);
+    AddFindings(options.path, options.rules, page);
     std::string json;
     if (old) {
         const auto changes = report_model::DiffReports(old->report, loaded.report);

@@ -69,6 +69,11 @@ test.describe('report page', () => {
     await page.getByRole('link', { name: 'Evidence: line 128' }).click();
     await expect(page.locator('#L128')).toHaveClass(/target/);
     await expect(page.locator('#L128 .text')).toHaveText('* Standard installation directory (C:\\Program Files\\Orvane Software V9):');
+    // Rules that lacked the report's registry data say so rather than pass.
+    await expect(page.locator('details.not-checked > summary')).toHaveText('4 rules could not check this report');
+    await page.locator('details.not-checked > summary').click();
+    await expect(page.locator('details.not-checked li')).toHaveCount(4);
+    await expect(page.locator('details.not-checked li', { hasText: 'suite.registry-version' })).toContainText('\u2014 no registry data in the report');
     expectEveryLineOnce(await pageLines(page), s.readBody(path.join(s.DATA, 'wine-report.txt')));
     await expect(page.locator('details.section > summary h3')).toHaveText(
       ['Header', 'Program', 'Host', 'Windows', 'Hardware', 'Network', 'Orvane Software installation']);
@@ -116,12 +121,31 @@ test.describe('report page', () => {
     await page.keyboard.press('Tab');
     await expect(page.getByRole('link', { name: 'Evidence: line 128' })).toBeFocused();
     await page.keyboard.press('Tab');
+    await expect(page.locator('details.not-checked > summary')).toBeFocused();
+    await page.keyboard.press('Tab');
     await expect(page.getByRole('button', { name: 'Open every section' })).toBeFocused();
     await page.keyboard.press('Tab');
     await page.keyboard.press('Tab');
     await expect(page.locator('summary', { hasText: 'Header' })).toBeFocused();
     await page.keyboard.press('Enter');
     await expect(page.locator('#L1')).toBeHidden();
+  });
+
+  test('prints with every section and every directory\'s lines open, and no controls', async ({ page }) => {
+    const dir = s.tempDir('print');
+    const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
+    await s.openPage(page, made.url);
+    await page.getByRole('button', { name: 'Close every section' }).click();
+    await page.emulateMedia({ media: 'print' });
+    await page.evaluate(() => window.dispatchEvent(new Event('beforeprint')));
+    expect(await page.$$eval('details', (all) => all.filter((d) => !d.open).length)).toBe(0);
+    await expect(page.locator('#L128')).toBeVisible();
+    await expect(page.locator('tr[data-line="111"]')).toBeVisible();
+    await expect(page.locator('.controls').first()).toBeHidden();
+    expect(await page.$$eval('.controls, .pager', (all) => all.filter((n) => n.checkVisibility()).length)).toBe(0);
+    await page.evaluate(() => window.dispatchEvent(new Event('afterprint')));
+    await page.emulateMedia({ media: 'screen' });
+    await expect(page.locator('#L128')).toBeHidden();
   });
 
   test('lists findings most severe first, each leading to its evidence line', async ({ page }) => {

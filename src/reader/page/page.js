@@ -41,7 +41,9 @@
       noFleetFindings: 'No findings in these reports.', noFiles: 'No file of the suite in these reports.',
       page: (a, b) => 'Page ' + a + ' of ' + b, previous: 'Previous page', next: 'Next page',
       andMore: (n) => ' and ' + n + ' more', showMachines: 'Show the machines',
-      navigation: 'Contents', jumpFinding: 'Go to the evidence'
+      navigation: 'Contents', jumpFinding: 'Go to the evidence',
+      notChecked: (n) => n === 1 ? '1 rule could not check this report' : n + ' rules could not check this report',
+      missing: (what) => 'no ' + what + ' in the report'
     },
     fr: {
       reportTitle: 'Rapport', comparisonTitle: 'Comparaison', fleetTitle: 'Parc',
@@ -79,7 +81,9 @@
       noFleetFindings: 'Aucun constat dans ces rapports.', noFiles: 'Aucun fichier de la suite dans ces rapports.',
       page: (a, b) => 'Page ' + a + ' sur ' + b, previous: 'Page précédente', next: 'Page suivante',
       andMore: (n) => ' et ' + n + ' autres', showMachines: 'Montrer les machines',
-      navigation: 'Sommaire', jumpFinding: 'Aller à la preuve'
+      navigation: 'Sommaire', jumpFinding: 'Aller à la preuve',
+      notChecked: (n) => n === 1 ? '1 règle n’a pas pu vérifier ce rapport' : n + ' règles n’ont pas pu vérifier ce rapport',
+      missing: (what) => 'pas de « ' + what + ' » dans le rapport'
     }
   };
 
@@ -306,6 +310,16 @@
     ])));
   }
 
+  // The rules that lacked a section of the report: not passed, not checked.
+  function notCheckedList(notChecked) {
+    if (!notChecked || !notChecked.length) return null;
+    return el('details', { class: 'not-checked' }, [
+      el('summary', { text: T.notChecked(notChecked.length) }),
+      el('ul', null, notChecked.map((n) => el('li', null, [
+        textOf(n.title[lang] || n.title.en), ' ', el('span', { class: 'rule' }, [textOf(n.rule)]),
+        ' \u2014 ', textOf(T.missing(n.missing))])))]);
+  }
+
   function lineNode(report, number, marks) {
     const text = report.lines[number - 1];
     const div = el('div', { class: 'line', id: 'L' + number, 'data-line': number });
@@ -489,6 +503,8 @@
     document.title = T.reportTitle + ' \u2014 ' + report.file;
     main.append(el('h1', null, [T.reportTitle + T.colon, textOf(report.file)]), verdictBox(report));
     main.append(el('h2', { id: 'findings', text: T.findings }), findingsList(report.findings));
+    const unchecked = notCheckedList(report.notChecked);
+    if (unchecked) main.append(unchecked);
     main.append(...reportPart(report, null));
   }
 
@@ -500,6 +516,8 @@
       el('p', { class: 'sub' }, [textOf(T.against(cmp.oldFile))]),
       verdictBox(report, T.newReport), verdictBox(cmp.old, T.oldReport));
     main.append(el('h2', { id: 'findings', text: T.findings }), findingsList(report.findings));
+    const unchecked = notCheckedList(report.notChecked);
+    if (unchecked) main.append(unchecked);
     main.append(el('h2', { id: 'changes', text: T.changes }));
     if (!cmp.changes.length) {
       main.append(el('p', { text: T.noChanges }));
