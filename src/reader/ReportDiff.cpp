@@ -166,12 +166,6 @@ private:
         }
     }
 
-    // "Current directory", "Registry installation directory", ...
-    static std::string DirectoryName(DirectoryKind kind) {
-        if (kind != DirectoryKind::Registry) return std::string(DirectoryTitle(kind));
-        return ListHeadingTitle(kRegistryDirectoryHeading.Narrow());
-    }
-
     void Installation(const InstallationSection& inst) {
         const std::string s(kInstallationHeading.Name());
         for (const Directory& d : inst.directories) {
@@ -214,6 +208,12 @@ void Emit(std::vector<PlacedChange>& out, Place place, const Item& item, ChangeK
 }
 
 }  // namespace
+
+std::string DirectoryName(DirectoryKind kind) {
+    if (kind != DirectoryKind::Registry) return std::string(DirectoryTitle(kind));
+    return ListHeadingTitle(kRegistryDirectoryHeading.Narrow());
+}
+
 
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport) {
     const std::vector<Item> oldItems = Flattener().Run(oldReport);
