@@ -6,6 +6,8 @@
 #   DIAG_COLLECT_REPORTS  number of reports (10000)
 #   DIAG_COLLECT_RUNS     timed runs of each tool, the best kept (3)
 #   DIAG_COLLECT_RESULTS  the page to write (bench/COLLECT-RESULTS.md)
+# And show --json and diff on a report of some 100 MB (time and peak memory,
+# against the file's size: at most 4 x).
 # The reportcheck measured is an optimised build without sanitizers, as users
 # run it, in build-bench-native/.
 set -euo pipefail
@@ -48,6 +50,21 @@ lines=$("$checker" collect "$work/reports" | wc -l)
 
 verdict="within"
 awk -v r="$ratio" 'BEGIN { exit !(r > 3) }' && verdict="OVER"
+
+# A large report and the same a week later (every 1000th entry changed).
+large_mb=${DIAG_LARGE_REPORT_MB:-100}
+/usr/bin/python3 bench/make-large-report.py tests/reportcheck/data/wine-report.txt "$work/large.txt" "$large_mb"
+/usr/bin/python3 bench/make-large-report.py tests/reportcheck/data/wine-report.txt "$work/large-later.txt" "$large_mb" later
+large_bytes=$(stat -c %s "$work/large.txt")
+read -r show_s show_kb < <(measure "$checker" show --json "$work/large.txt")
+read -r diff_s diff_kb < <(measure "$checker" diff "$work/large.txt" "$work/large-later.txt")
+read -r diffj_s diffj_kb < <(measure "$checker" diff --json "$work/large.txt" "$work/large-later.txt")
+times_size() { awk -v k="$1" -v b="$large_bytes" 'BEGIN { printf "%.2f", k * 1024 / b }'; }
+show_x=$(times_size "$show_kb") diff_x=$(times_size "$diff_kb") diffj_x=$(times_size "$diffj_kb")
+memory_verdict="within"
+for x in "$show_x" "$diff_x" "$diffj_x"; do
+  awk -v r="$x" 'BEGIN { exit !(r > 4) }' && memory_verdict="OVER"
+done
 # Sections written by hand below the figures ("## ...": what the time went
 # to, measured under callgrind) stay when the figures are written again.
 notes=$(sed -n '/^## /,$p' "$results" 2>/dev/null || true)
@@ -66,6 +83,16 @@ notes=$(sed -n '/^## /,$p' "$results" 2>/dev/null || true)
   echo "| Lines written | $lines |"
   echo "| Peak memory, 1,000 reports | ${small_peak} kB |"
   echo "| Peak memory, $files reports | ${collect_peak} kB |"
+  echo
+  echo "A report of $large_bytes bytes (one file; diff against the same a week later,"
+  echo "every 1000th entry changed): peak memory against the file's size, target at most"
+  echo "4 x ($memory_verdict the target)."
+  echo
+  echo "| Command | Seconds | Peak memory | x the file |"
+  echo "|---|---|---|---|"
+  echo "| \`show --json\` | $show_s | ${show_kb} kB | $show_x |"
+  echo "| \`diff\` | $diff_s | ${diff_kb} kB | $diff_x |"
+  echo "| \`diff --json\` | $diffj_s | ${diffj_kb} kB | $diffj_x |"
   if [[ -n $notes ]]; then
     echo
     echo "$notes"

@@ -8,6 +8,7 @@
 #include "format/LineForms.h"
 #include "reader/ReportModelText.h"
 #include "reader/ReportRender.h"
+#include "reader/TerminalText.h"
 
 namespace report_model {
 
@@ -307,17 +308,19 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
             section = c.section;
             text += section + ":\n";
         }
+        // Names and values come from the reports: shown, never obeyed (TerminalText.h).
         text += "\t";
-        if (!c.subject.empty()) text += c.subject + ": ";
+        if (!c.subject.empty()) text += ForTerminal(c.subject) + ": ";
         switch (c.kind) {
             case ChangeKind::Added:
             case ChangeKind::Removed:
                 text += KindName(c.kind);
                 if (const auto& v = c.kind == ChangeKind::Added ? c.newValue : c.oldValue; v && !v->empty())
-                    text += " (" + *v + ")";
+                    text += " (" + ForTerminal(*v) + ")";
                 break;
             case ChangeKind::Changed:
-                text += c.field + ": " + c.oldValue.value_or("(none)") + " \u2192 " + c.newValue.value_or("(none)");
+                text += ForTerminal(c.field) + ": " + ForTerminal(c.oldValue.value_or("(none)")) + " \u2192 " +
+                        ForTerminal(c.newValue.value_or("(none)"));
                 break;
         }
         text += "\n";

@@ -2,17 +2,18 @@
 // whole, one line per file in the order given.
 #include <algorithm>
 
+#include "reader/TerminalText.h"
 #include "reportcheck/Commands.h"
 #include "reportcheck/LoadedReport.h"
 
 namespace {
 
 int CheckFile(const NativeString& path) {
-    const std::string name = ToUtf8(path);
+    const std::string name = report_model::ForTerminal(ToUtf8(path));
     std::string bytes;
-    int error = 0;
-    if (!ReadWholeFile(path.c_str(), bytes, error)) {
-        Print(stdout, name + ": " + CannotBeRead(error) + "\n");
+    std::string problem;
+    if (!ReadReportFile(path.c_str(), bytes, problem)) {
+        Print(stdout, name + ": " + problem + "\n");
         return kSomeNotAReport;
     }
     const ReportVerdict verdict = CheckReportBytes(bytes);
@@ -44,6 +45,9 @@ extern const Command kCheckCommand{
             "  FILE: altered (trailer says 1a2b3c4d, body gives 0badf00d)\n"
             "  FILE: not a report (REASON)\n"
             "  FILE: cannot be read (REASON)\n"
+            "Only regular files of at most 512 MB are read (no report is larger); a\n"
+            "pipe, a device, a folder or a larger file cannot be read, at once.\n"
+            "Control characters in FILE show escaped (\\x1b, \\u0085; see README).\n"
             "Exit status: 0 when every file is intact, 1 when one is altered,\n"
             "2 when one is not a report or cannot be read.\n"
             "The checksum catches accidental damage only: whoever edits a report on\n"

@@ -1,7 +1,11 @@
 // reportcheck collect PATH...: one JSON line per report file (JSON Lines),
 // folders searched recursively.
-#include <algorithm>
+#include <cstdint>
 #include <filesystem>
+#include <map>
+#include <optional>
+#include <tuple>
+#include <vector>
 
 #include "reader/ReportJson.h"
 #include "reportcheck/Commands.h"
@@ -14,27 +18,37 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// One line of collect's output: {"path", "verdict", "reason", "report"},
-// written straight as text, in a buffer kept from line to line (a report's
-// line is some 20 kB); a tree of the JSON first took most of collect's time.
-const std::string& CollectLine(const std::string& name, const char* verdict, const std::string* reason,
-                               const LoadedReport* loaded) {
+struct LineFacts {
+    const char* verdict;
+    const std::string* reason = nullptr;       // why it is not a report, or cannot be read
+    const std::string* copyOf = nullptr;       // the path of an earlier line with the same report
+    const LoadedReport* loaded = nullptr;      // the report, when it is one
+};
+
+// One line of collect's output: {"path", "pathBytes", "verdict", "reason",
+// "copyOf", "report"}, written straight as text, in a buffer kept from line
+// to line (a report's line is some 20 kB); a tree of the JSON first took
+// most of collect's time.
+const std::string& CollectLine(const fs::path& path, const LineFacts& facts) {
     static std::string line;
     line.clear();
     report_model::JsonWriter json(line);
+    const auto stringOrNull = [&](const std::string* text) { text ? json.String(*text) : json.Null(); };
     json.Open('{');
     json.Key("path");
-    json.String(name);
+    json.String(PathText(path));
+    json.Key("pathBytes");
+    const std::optional<std::string> bytes = PathBytesUnlessText(path);
+    stringOrNull(bytes ? &*bytes : nullptr);
     json.Key("verdict");
-    json.String(verdict);
+    json.String(facts.verdict);
     json.Key("reason");
-    if (reason)
-        json.String(*reason);
-    else
-        json.Null();
+    stringOrNull(facts.reason);
+    json.Key("copyOf");
+    stringOrNull(facts.copyOf);
     json.Key("report");
-    if (loaded)
-        report_model::WriteReportJson(json, loaded->report, loaded->verdict);
+    if (facts.loaded)
+        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict);
     else
         json.Null();
     json.Close('}');
@@ -42,19 +56,37 @@ const std::string& CollectLine(const std::string& name, const char* verdict, con
     return line;
 }
 
-int CollectFile(const fs::path& path) {
-    const std::string name = PathText(path);
+// Copies of one report (the same checksum and the same body, whatever the
+// file's name or time): the first path each was read at.
+class CopyFinder {
+public:
+    const std::string* EarlierCopy(const LoadedReport& loaded, const fs::path& path) {
+        const Key key{loaded.verdict.stored, loaded.verdict.computed, loaded.body.size(),
+                      std::hash<std::u16string_view>()(loaded.body)};
+        const auto [at, added] = first_.try_emplace(key, PathText(path));
+        return added ? nullptr : &at->second;
+    }
+
+private:
+    using Key = std::tuple<std::uint32_t, std::uint32_t, std::size_t, std::size_t>;
+    std::map<Key, std::string> first_;
+};
+
+int CollectFile(CopyFinder& copies, const fs::path& path) {
     const LoadedReport loaded = LoadReport(path.c_str());
     switch (loaded.state) {
         case LoadState::Report:
-            Print(stdout, CollectLine(name, loaded.verdict.state == ReportState::Intact ? "intact" : "altered",
-                                      nullptr, &loaded));
+            Print(stdout,
+                  CollectLine(path, {.verdict = loaded.verdict.state == ReportState::Intact ? "intact" : "altered",
+                                     .copyOf = copies.EarlierCopy(loaded, path),
+                                     .loaded = &loaded}));
             break;
         case LoadState::NotAReport:
         case LoadState::Unreadable:
-            Complain(name, loaded.problem);
-            Print(stdout, CollectLine(name, loaded.state == LoadState::NotAReport ? "not a report" : "unreadable",
-                                      &loaded.problem, nullptr));
+            Complain(PathText(path), loaded.problem);
+            Print(stdout, CollectLine(path, {.verdict = loaded.state == LoadState::NotAReport ? "not a report"
+                                                                                              : "unreadable",
+                                             .reason = &loaded.problem}));
             break;
     }
     std::fflush(stdout);
@@ -63,7 +95,7 @@ int CollectFile(const fs::path& path) {
 
 int CollectProblem(const fs::path& path, const std::string& problem) {
     Complain(PathText(path), problem);
-    Print(stdout, CollectLine(PathText(path), "unreadable", &problem, nullptr));
+    Print(stdout, CollectLine(path, {.verdict = "unreadable", .reason = &problem}));
     return kSomeNotAReport;
 }
 
@@ -76,10 +108,11 @@ int RunCollect(const Arguments& arguments) {
     // (glibc keeps its own size when not given the buffer).
     static char lineRoom[64 * 1024];
     std::setvbuf(stdout, lineRoom, _IOFBF, sizeof lineRoom);
-    int status = kAllIntact;
-    for (const NativeString& path : arguments.Operands())
-        status = std::max(status, ForEachFile(fs::path(path), CollectFile, CollectProblem));
-    return status;
+    std::vector<fs::path> roots;
+    for (const NativeString& path : arguments.Operands()) roots.emplace_back(path);
+    CopyFinder copies;
+    return ForEachFile(roots, {.onFile = [&](const fs::path& path) { return CollectFile(copies, path); },
+                               .onProblem = CollectProblem});
 }
 
 constexpr const Option* kCollectOptions[] = {&kDbOption, &kRulesOption, &kTimeLimitOption};
@@ -92,10 +125,16 @@ extern const Command kCollectCommand{
     .summary = "one JSON line per report (folders searched recursively)",
     .help = "Prints one JSON object per line (JSON Lines) for every file named, and\n"
             "for every file under a folder named (searched recursively, in name\n"
-            "order): {\"path\", \"verdict\", \"reason\", \"report\"}, where verdict is\n"
-            "intact, altered, not a report or unreadable, and report the document\n"
-            "that show --json prints (null unless intact or altered). A bad file gets\n"
-            "its line all the same, and a message on standard error.\n"
+            "order): {\"path\", \"pathBytes\", \"verdict\", \"reason\", \"copyOf\",\n"
+            "\"report\"}, where verdict is intact, altered, not a report or unreadable,\n"
+            "copyOf the path of an earlier line with the same report (checksum and\n"
+            "body), pathBytes the name's bytes in hex when it is not valid text, and\n"
+            "report the document that show --json prints (null unless intact or\n"
+            "altered). A bad file gets its line all the same, and a message on\n"
+            "standard error. Links to folders are not followed, nothing outside the\n"
+            "PATHs is read, and a file is read once however the PATHs overlap; what\n"
+            "is skipped is said on standard error. Files over 512 MB, pipes and\n"
+            "devices are unreadable.\n"
             "With --db FILE: the report tables and the findings of every report\n"
             "instead, into the SQLite database FILE (created when missing; see\n"
             "docs/report-tables.md). Run again over the same PATHs, it reads only new\n"

@@ -100,7 +100,8 @@ int CollectDatabase(const Arguments& arguments) {
     try {
         return Collect(file, roots, options);
     } catch (const rules::RuleError& failure) {
-        Print(stderr, std::string("reportcheck: ") + failure.what() + "\nreportcheck: " + file + ": nothing written\n");
+        Warn(failure.what());
+        Complain(file, "nothing written");
     } catch (const sqlite::Error& failure) {
         Complain(file, std::string(failure.what()) + "; nothing written");
     }

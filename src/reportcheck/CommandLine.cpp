@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "reader/TerminalText.h"
 #include "reportcheck/Commands.h"
 #include "reportcheck/LoadedReport.h"
 #include "reportcheck/Options.h"
@@ -173,7 +174,7 @@ void Arguments::AddOption(const Option& option, NativeString value) {
 }
 
 int UsageError(const Command& command, const std::string& problem) {
-    Print(stderr, "reportcheck: " + problem + "\nusage: reportcheck " + std::string(command.synopsis) +
+    Print(stderr, "reportcheck: " + report_model::ForTerminal(problem) + "\nusage: reportcheck " + std::string(command.synopsis) +
                       "\n(reportcheck " + std::string(command.name) + " --help tells more.)\n");
     return kUsageError;
 }

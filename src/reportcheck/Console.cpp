@@ -1,24 +1,74 @@
 #include "reportcheck/Console.h"
 
 #include <cerrno>
+#include <cstring>
 #include <new>
+
+#include "reader/TerminalText.h"
 
 #if defined(_WIN32)
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #endif
 
+OutputFailure::OutputFailure(int error)
+    : std::runtime_error(std::string("standard output: cannot be written (") + std::strerror(error) +
+                         "); the output is incomplete") {}
+
 namespace {
-#if defined(_WIN32)
-std::FILE* OpenForReading(const wchar_t* path) {
-    return _wfopen(path, L"rb");
+
+std::string CannotBeReadBecause(const std::string& reason) {
+    return "cannot be read (" + reason + ")";
 }
-#else
-std::FILE* OpenForReading(const char* path) {
-    return std::fopen(path, "rb");
+
+std::string TooLarge() {
+    return CannotBeReadBecause("larger than " + std::to_string(kMaxReportFileBytes / (1024 * 1024)) +
+                               " MB, which no report is");
 }
-#endif
+
+void WriteBytes(std::FILE* stream, std::string_view bytes) {
+    if (bytes.empty()) return;
+    errno = 0;
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+    if (!written && stream == stdout) throw OutputFailure(errno ? errno : EIO);
+}
+
+// Reads up to `size` bytes (what the file's size said) and one more, to
+// notice a file that grows while it is read; `readSome` gives what one read
+// call gave, 0 at the end, or -1.
+template <class ReadSome>
+bool ReadKnownSize(std::uint64_t size, std::string& bytes, std::string& problem, ReadSome readSome) {
+    try {
+        bytes.resize(static_cast<std::size_t>(size) + 1);
+    } catch (const std::bad_alloc&) {
+        problem = CannotBeReadBecause(std::strerror(ENOMEM));
+        return false;
+    }
+    std::size_t filled = 0;
+    for (;;) {
+        const std::size_t room = bytes.size() - filled;
+        if (room == 0) break;
+        const long long got = readSome(bytes.data() + filled, room);
+        if (got < 0) {
+            problem = CannotBeReadBecause(std::strerror(errno));
+            return false;
+        }
+        if (got == 0) break;
+        filled += static_cast<std::size_t>(got);
+    }
+    if (filled > kMaxReportFileBytes) {
+        problem = TooLarge();
+        return false;
+    }
+    bytes.resize(filled);  // a file that grew is read as far as its size said and one byte: checked as such
+    return true;
+}
+
 }  // namespace
 
 #if defined(_WIN32)
@@ -32,64 +82,152 @@ std::string ToUtf8(std::wstring_view text) {
     return utf8;
 }
 
-void Print(std::FILE* stream, const std::string& utf8) {
+void Print(std::FILE* stream, std::string_view utf8) {
     const HANDLE handle = ::GetStdHandle(stream == stderr ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
     DWORD mode = 0;
     if (handle != INVALID_HANDLE_VALUE && ::GetConsoleMode(handle, &mode)) {
+        if (utf8.empty()) return;
         std::wstring wide(utf8.size(), L'\0');
         wide.resize(static_cast<std::size_t>(::MultiByteToWideChar(
             CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(), static_cast<int>(wide.size()))));
         std::fflush(stream);
         DWORD written = 0;
-        ::WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
+        const bool ok = ::WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) &&
+                        written == wide.size();
+        if (!ok && stream == stdout) throw OutputFailure(EIO);
         return;
     }
-    std::fputs(utf8.c_str(), stream);
+    WriteBytes(stream, utf8);
 }
 
 void BinaryOutput() {
     std::fflush(stdout);
     _setmode(_fileno(stdout), _O_BINARY);
 }
+
+bool ReadReportFile(const wchar_t* path, std::string& bytes, std::string& problem) {
+    // A folder would fail to open as "access denied": named as on Linux instead.
+    const DWORD attributes = ::GetFileAttributesW(path);
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY)) {
+        problem = CannotBeReadBecause(std::strerror(EISDIR));
+        return false;
+    }
+    // FILE_SHARE_DELETE: a report being moved away while read is still read whole.
+    const HANDLE file = ::CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        const DWORD error = ::GetLastError();
+        // _doserrno's mapping as _wfopen gives it: the same reasons as on Linux.
+        const int code = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? ENOENT
+                         : error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION ? EACCES
+                                                                : EINVAL;
+        problem = CannotBeReadBecause(std::strerror(code));
+        return false;
+    }
+    struct Closer {
+        HANDLE handle;
+        ~Closer() { ::CloseHandle(handle); }
+    } closer{file};
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (::GetFileType(file) != FILE_TYPE_DISK || !::GetFileInformationByHandle(file, &information) ||
+        (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) {
+        problem = CannotBeReadBecause("not a regular file");
+        return false;
+    }
+    const std::uint64_t size = (std::uint64_t{information.nFileSizeHigh} << 32) | information.nFileSizeLow;
+    if (size > kMaxReportFileBytes) {
+        problem = TooLarge();
+        return false;
+    }
+    return ReadKnownSize(size, bytes, problem, [&](char* into, std::size_t room) -> long long {
+        DWORD got = 0;
+        const DWORD ask = static_cast<DWORD>(room < (1u << 30) ? room : (1u << 30));
+        if (!::ReadFile(file, into, ask, &got, nullptr)) {
+            errno = EIO;
+            return -1;
+        }
+        return got;
+    });
+}
 #else
 std::string ToUtf8(std::string_view text) {
     return std::string(text);
 }
 
-void Print(std::FILE* stream, const std::string& text) {
-    std::fputs(text.c_str(), stream);
+void Print(std::FILE* stream, std::string_view text) {
+    WriteBytes(stream, text);
 }
 
 void BinaryOutput() {}
+
+bool ReadReportFile(const char* path, std::string& bytes, std::string& problem) {
+    // O_NONBLOCK: opening a pipe with no writer would wait for one. It does
+    // nothing to a regular file, the only kind read.
+    const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) {
+        problem = CannotBeReadBecause(std::strerror(errno));
+        return false;
+    }
+    struct Closer {
+        int fd;
+        ~Closer() { ::close(fd); }
+    } closer{fd};
+    struct stat information{};
+    if (::fstat(fd, &information) != 0) {
+        problem = CannotBeReadBecause(std::strerror(errno));
+        return false;
+    }
+    if (!S_ISREG(information.st_mode)) {
+        problem = CannotBeReadBecause(S_ISDIR(information.st_mode) ? std::strerror(EISDIR) : "not a regular file");
+        return false;
+    }
+    if (static_cast<std::uint64_t>(information.st_size) > kMaxReportFileBytes) {
+        problem = TooLarge();
+        return false;
+    }
+    return ReadKnownSize(static_cast<std::uint64_t>(information.st_size), bytes, problem,
+                         [&](char* into, std::size_t room) -> long long {
+                             ssize_t got;
+                             do got = ::read(fd, into, room);
+                             while (got < 0 && errno == EINTR);
+                             return got;
+                         });
+}
 #endif
+
+void FinishOutput() {
+    errno = 0;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) throw OutputFailure(errno ? errno : EIO);
+}
 
 std::string PathText(const std::filesystem::path& path) {
     return ToUtf8(path.native());
 }
 
-bool ReadWholeFile(const NativeChar* path, std::string& bytes, int& error) {
-    std::FILE* file = OpenForReading(path);
-    if (!file) {
-        error = errno;
-        return false;
+std::optional<std::string> PathBytesUnlessText(const std::filesystem::path& path) {
+    const auto& name = path.native();
+#if defined(_WIN32)
+    bool text = true;
+    for (std::size_t i = 0; i < name.size() && text; ++i) {
+        const bool high = name[i] >= 0xD800 && name[i] <= 0xDBFF, low = name[i] >= 0xDC00 && name[i] <= 0xDFFF;
+        if (high && i + 1 < name.size() && name[i + 1] >= 0xDC00 && name[i + 1] <= 0xDFFF) ++i;
+        else if (high || low) text = false;
     }
-    std::setvbuf(file, nullptr, _IONBF, 0);  // straight into the buffer below, no stdio one between
-    bool ok = true;
-    try {
-        char buffer[64 * 1024];
-        std::size_t count;
-        while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) {
-            bytes.append(buffer, count);
-            if (count < sizeof buffer) break;  // the end, or an error: no need to ask again
-        }
-        if (std::ferror(file)) {
-            ok = false;
-            error = errno;
-        }
-    } catch (const std::bad_alloc&) {
-        ok = false;
-        error = ENOMEM;
+    if (text) return std::nullopt;
+    std::string bytes;
+    for (const wchar_t unit : name) {
+        bytes += static_cast<char>(unit & 0xFF);
+        bytes += static_cast<char>(unit >> 8);
     }
-    std::fclose(file);
-    return ok;
+#else
+    if (report_model::IsWellFormedUtf8(name)) return std::nullopt;
+    const std::string& bytes = name;
+#endif
+    static constexpr char kHexDigits[] = "0123456789abcdef";
+    std::string hex;
+    for (const char byte : bytes) {
+        hex += kHexDigits[static_cast<unsigned char>(byte) >> 4];
+        hex += kHexDigits[static_cast<unsigned char>(byte) & 0xF];
+    }
+    return hex;
 }

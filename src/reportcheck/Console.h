@@ -1,9 +1,13 @@
 // What reportcheck needs of the system: file names as the platform gives
-// them, reading a whole file, and printing UTF-8 so that any name shows.
+// them, reading a report file with bounds, and printing UTF-8 so that any
+// name shows, every write checked.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -17,14 +21,41 @@ using NativeString = std::basic_string<NativeChar>;
 std::string ToUtf8(std::basic_string_view<NativeChar> text);
 std::string PathText(const std::filesystem::path& path);
 
+// A name that is not valid text (bytes that are not UTF-8 on Linux, a lone
+// surrogate on Windows) shows in PathText with U+FFFD in their place, which
+// names no file: then its exact bytes as the system gives them, in hex
+// (UTF-8 on Linux, UTF-16LE on Windows), so that the file can be found
+// again; nothing when the name is text.
+std::optional<std::string> PathBytesUnlessText(const std::filesystem::path& path);
+
+// Standard output could not be written (a full disk, /dev/full, a closed
+// console): thrown by Print and FinishOutput, caught in main, which says so
+// on standard error and exits with the trouble status. Nothing is claimed
+// once output is lost.
+class OutputFailure : public std::runtime_error {
+public:
+    explicit OutputFailure(int error);
+};
+
 // On a Windows console through the wide API, whatever its code page; to a
-// pipe or a file as UTF-8 bytes.
-void Print(std::FILE* stream, const std::string& utf8);
+// pipe or a file as UTF-8 bytes, every byte (a NUL too). A failed write to
+// standard output throws OutputFailure; one to standard error has nowhere
+// to be told and is let go.
+void Print(std::FILE* stream, std::string_view utf8);
+
+// Flushes standard output; throws OutputFailure when the last bytes could
+// not be written. main calls it after every command.
+void FinishOutput();
 
 // The same bytes on every system: no CR LF translation of standard output.
 void BinaryOutput();
 
-// The whole file, or false and the errno value that stopped the reading.
-// Reports are small; a file too large for memory is simply one that cannot
-// be read.
-bool ReadWholeFile(const NativeChar* path, std::string& bytes, int& error);
+// The largest file check, show, diff and collect read: a report of a
+// million directory entries is some 150 MB; a larger file is not a report
+// and is refused before it is read.
+inline constexpr std::uint64_t kMaxReportFileBytes = 512ull * 1024 * 1024;
+
+// The whole of a regular file of at most kMaxReportFileBytes, or false and
+// why not, as "cannot be read (REASON)". A pipe, a device or a folder is
+// refused at once, before any read that could wait or never end.
+bool ReadReportFile(const NativeChar* path, std::string& bytes, std::string& problem);

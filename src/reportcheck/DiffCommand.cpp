@@ -12,8 +12,8 @@ constexpr const Option* kDiffOptions[] = {&kJsonOption};
 int RunDiff(const Arguments& arguments) {
     const NativeString& oldPath = arguments.Operands()[0];
     const NativeString& newPath = arguments.Operands()[1];
-    const LoadedReport before = LoadReport(oldPath.c_str());
-    const LoadedReport after = LoadReport(newPath.c_str());
+    const LoadedReport before = LoadReport(oldPath.c_str(), KeepBody::No);
+    const LoadedReport after = LoadReport(newPath.c_str(), KeepBody::No);
     bool trouble = false;
     for (const auto& [loaded, path] : {std::pair{&before, &oldPath}, std::pair{&after, &newPath}}) {
         if (loaded->state == LoadState::Report) continue;

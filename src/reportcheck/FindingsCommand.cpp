@@ -8,6 +8,7 @@
 
 #include "reader/ReportTables.h"
 #include "reader/ReportJson.h"
+#include "reader/TerminalText.h"
 #include "reportcheck/Commands.h"
 #include "reportcheck/LoadedReport.h"
 #include "reportcheck/Options.h"
@@ -108,20 +109,25 @@ std::string Plural(std::size_t count, const char* one, const char* many) {
 std::string AsText(const std::vector<ReportRow>& rows, Evidence& evidence) {
     std::string out;
     std::size_t counts[3] = {}, unchecked = 0;
+    // Paths, report lines, and texts of rules that quote them: shown, never
+    // obeyed by the terminal (reader/TerminalText.h).
+    using report_model::ForTerminal;
     for (const ReportRow& row : rows) {
-        out += row.path + ": " + VerdictText(row) + "\n";
+        out += ForTerminal(row.path) + ": " + VerdictText(row) + "\n";
         for (const rules::Finding* f : row.findings) {
             const rules::Rule& rule = *f->rule;
             ++counts[static_cast<int>(rule.severity)];
-            out += "  " + std::string(rules::SeverityName(rule.severity)) + " " + rule.id + ": " + rule.title + "\n";
-            if (f->line) out += "    line " + std::to_string(*f->line) + ": " + evidence.Line(row.id, *f->line) + "\n";
-            out += "    " + f->detail + "\n";
-            out += "    remedy: " + rule.remedy + "\n";
-            if (!rule.link.empty()) out += "    see " + rule.link + "\n";
+            out += "  " + std::string(rules::SeverityName(rule.severity)) + " " + ForTerminal(rule.id) + ": " +
+                   ForTerminal(rule.title) + "\n";
+            if (f->line) out += "    line " + std::to_string(*f->line) + ": " +
+                                  ForTerminal(evidence.Line(row.id, *f->line), report_model::Tabs::Keep) + "\n";
+            out += "    " + ForTerminal(f->detail) + "\n";
+            out += "    remedy: " + ForTerminal(rule.remedy) + "\n";
+            if (!rule.link.empty()) out += "    see " + ForTerminal(rule.link) + "\n";
         }
         for (const rules::Unchecked* u : row.unchecked) {
             ++unchecked;
-            out += "  not checked: " + u->rule->id + " (no " + u->missing + ")\n";
+            out += "  not checked: " + ForTerminal(u->rule->id) + " (no " + ForTerminal(u->missing) + ")\n";
         }
     }
     out += Plural(rows.size(), "report", "reports") + ": " + Plural(counts[2], "error", "errors") + ", " +
@@ -256,9 +262,9 @@ int RunFindings(const Arguments& arguments) {
         const auto inForce = rules::RulesInForce(options.rules.rulesFolder);
         return LooksLikeDatabase(options.paths.front()) ? FromDatabase(options, inForce) : FromFiles(options, inForce);
     } catch (const rules::RuleError& failure) {
-        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+        Warn(failure.what());
     } catch (const sqlite::Error& failure) {
-        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+        Warn(failure.what());
     }
     return kSomeNotAReport;
 }

@@ -2,23 +2,34 @@
 
 #include <cstring>
 
-LoadedReport LoadReport(const NativeChar* path) {
-    LoadedReport loaded;
+#include "reader/TerminalText.h"
+
+namespace {
+
+// The file's body as UTF-16, its bytes freed before the reader starts: a
+// large report is held once as bytes, then once as text, never both with
+// the model.
+bool LoadBody(const NativeChar* path, LoadedReport& loaded) {
     std::string bytes;
-    int error = 0;
-    if (!ReadWholeFile(path, bytes, error)) {
-        loaded.problem = CannotBeRead(error);
-        return loaded;
-    }
+    if (!ReadReportFile(path, bytes, loaded.problem)) return false;
     loaded.verdict = CheckReportBytes(bytes);
     if (loaded.verdict.state == ReportState::NotAReport) {
         loaded.state = LoadState::NotAReport;
         loaded.problem = DescribeReportVerdict(loaded.verdict);
-        return loaded;
+        return false;
     }
-    loaded.state = LoadState::Report;
     loaded.body = ReportBodyOf(bytes);
+    return true;
+}
+
+}  // namespace
+
+LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody) {
+    LoadedReport loaded;
+    if (!LoadBody(path, loaded)) return loaded;
+    loaded.state = LoadState::Report;
     loaded.report = report_model::ParseReportBody(loaded.body);
+    if (keepBody == KeepBody::No) std::u16string().swap(loaded.body);
     return loaded;
 }
 
@@ -28,7 +39,11 @@ int StatusOf(const LoadedReport& loaded) {
 }
 
 void Complain(const std::string& name, const std::string& problem) {
-    Print(stderr, "reportcheck: " + name + ": " + problem + "\n");
+    Print(stderr, "reportcheck: " + report_model::ForTerminal(name) + ": " + report_model::ForTerminal(problem) + "\n");
+}
+
+void Warn(std::string_view message) {
+    Print(stderr, "reportcheck: " + report_model::ForTerminal(message) + "\n");
 }
 
 std::string CannotBeRead(int error) {

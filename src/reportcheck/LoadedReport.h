@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "format/ReportVerdict.h"
 #include "reader/ReportModel.h"
@@ -27,13 +28,22 @@ struct LoadedReport {
     std::u16string body;  // the body as it is, for whoever quotes its lines
 };
 
-LoadedReport LoadReport(const NativeChar* path);
+// Whether the caller quotes the body's lines (the page, the report tables);
+// show and diff do not, and hold the model alone.
+enum class KeepBody { No, Yes };
+
+LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody = KeepBody::Yes);
 
 // kAllIntact, kSomeAltered or kSomeNotAReport.
 int StatusOf(const LoadedReport& loaded);
 
-// "reportcheck: NAME: PROBLEM" on standard error.
+// "reportcheck: NAME: PROBLEM" on standard error, control characters of
+// either shown escaped (reader/TerminalText.h).
 void Complain(const std::string& name, const std::string& problem);
+
+// "reportcheck: MESSAGE" on standard error, escaped the same way: for a
+// message that may quote a file name or a report's text (a library's error).
+void Warn(std::string_view message);
 
 // "cannot be read (REASON)" for an errno value.
 std::string CannotBeRead(int error);

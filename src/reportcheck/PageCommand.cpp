@@ -202,9 +202,9 @@ int RunPage(const Arguments& arguments) {
     try {
         return folder || database ? FleetPage(options, options.lang, database) : ReportPage(options, options.lang);
     } catch (const rules::RuleError& failure) {
-        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+        Warn(failure.what());
     } catch (const sqlite::Error& failure) {
-        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+        Warn(failure.what());
     }
     return kSomeNotAReport;
 }

@@ -202,16 +202,13 @@ int AddReportFiles(const sqlite::Connection& db, const std::vector<std::filesyst
         "CREATE TEMP TABLE IF NOT EXISTS changed (report INTEGER PRIMARY KEY);"
         "CREATE TEMP TABLE IF NOT EXISTS gone (report INTEGER PRIMARY KEY);");
     FileAdder adder(db, incremental);
-    int status = kAllIntact;
-    for (const std::filesystem::path& root : roots) {
-        status = std::max(
-            status, ForEachFile(
-                        root, [&](const std::filesystem::path& path) { return adder.File(path); },
-                        [&](const std::filesystem::path& path, const std::string& problem) {
-                            return adder.Problem(path, problem);
-                        }));
-        if (incremental) RemoveGone(db, root);
-    }
+    const int status = ForEachFile(
+        roots, {.onFile = [&](const std::filesystem::path& path) { return adder.File(path); },
+                .onProblem = [&](const std::filesystem::path& path, const std::string& problem) {
+                    return adder.Problem(path, problem);
+                }});
+    if (incremental)
+        for (const std::filesystem::path& root : roots) RemoveGone(db, root);
     return status;
 }
 

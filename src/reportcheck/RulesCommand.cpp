@@ -73,7 +73,7 @@ int RunRulesCommand(const Arguments& arguments) {
         Print(stdout, arguments.Has(kMarkdownOption) ? AsMarkdown(ordered) : AsList(ordered));
         return kAllIntact;
     } catch (const rules::RuleError& failure) {
-        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+        Warn(failure.what());
         return kSomeNotAReport;
     }
 }

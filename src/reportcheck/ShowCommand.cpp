@@ -1,4 +1,5 @@
 // reportcheck show --json FILE: the whole report as one JSON document.
+#include "reader/JsonIndent.h"
 #include "reader/ReportJson.h"
 #include "reportcheck/Commands.h"
 #include "reportcheck/LoadedReport.h"
@@ -13,17 +14,23 @@ int RunShow(const Arguments& arguments) {
     // command line open to others.
     if (!arguments.Has(kJsonOption)) return UsageError(kShowCommand, "show: --json is needed");
     const NativeString& path = arguments.Operands().front();
-    const LoadedReport loaded = LoadReport(path.c_str());
+    LoadedReport loaded = LoadReport(path.c_str(), KeepBody::No);
     if (loaded.state != LoadState::Report) {
         Complain(ToUtf8(path), loaded.problem);
         return kSomeNotAReport;
     }
-    // Made whole before anything is written: a failure leaves no half document.
-    const std::string text =
-        report_model::DumpJson(report_model::ReportToJson(loaded.report, loaded.verdict), 2) + "\n";
+    // Made whole before anything is written: a failure leaves no half
+    // document. The text on one line, the model freed, then laid out as it
+    // is written: a large report is held as its JSON text and little more.
+    std::string compact;
+    report_model::JsonWriter json(compact);
+    report_model::WriteReportJson(json, loaded.report, loaded.verdict);
+    compact += '\n';
+    const int status = StatusOf(loaded);
+    loaded = LoadedReport();
     BinaryOutput();
-    Print(stdout, text);
-    return StatusOf(loaded);
+    report_model::IndentJson(compact, [](std::string_view piece) { Print(stdout, piece); });
+    return status;
 }
 
 }  // namespace

@@ -7,7 +7,9 @@
 //   reportcheck collect PATH...        one JSON line per report (JSON Lines)
 // The commands are the table of Commands.h, each in its own file; the
 // command line is read by CommandLine.cpp. Output is made whole before it is
-// written, so a failure never leaves half a JSON document on standard output.
+// written, so a failure never leaves half a JSON document on standard output;
+// every write to it is checked, and a failed one ends the command with the
+// trouble status (Console.h).
 
 #include <exception>
 #include <string>
@@ -24,15 +26,22 @@ namespace {
 
 int Run(int argc, NativeChar* argv[]) {
     try {
-        return RunCommandLine(argc, argv);
+        const int status = RunCommandLine(argc, argv);
+        FinishOutput();
+        return status;
+    } catch (const OutputFailure& failure) {
+        // A full disk, /dev/full: what was written is not all there is, and
+        // no verdict stands on it.
+        Warn(failure.what());
+        return kSomeNotAReport;
     } catch (const std::exception& failure) {
         // Out of memory on a huge file, mostly: say so, and print nothing more.
-        Print(stderr, std::string("reportcheck: ") + failure.what() + "\n");
+        Warn(failure.what());
         return kSomeNotAReport;
     } catch (...) {
         // Nothing of ours throws anything else; should a library do so, the
         // user still gets a word and the documented status, not an abort.
-        Print(stderr, "reportcheck: unexpected failure\n");
+        Warn("unexpected failure");
         return kSomeNotAReport;
     }
 }

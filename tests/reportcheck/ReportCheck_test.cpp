@@ -16,6 +16,7 @@
 
 #include "../reader/SampleReport.h"
 #include "format/ReportChecksum.h"
+#include "reader/ReportModel.h"
 #include "reader/ReportTables.h"
 
 #if defined(_WIN32)
@@ -103,8 +104,10 @@ protected:
         ASSERT_TRUE(out.good()) << name;
     }
 
-    // Runs the checker in the files' folder with these arguments (UTF-8).
-    Outcome Check(const std::vector<std::string>& arguments) {
+    // Runs the checker in the files' folder with these arguments (UTF-8);
+    // on Linux, standard output may go to `outTo` instead of a file of the
+    // test's own (then Outcome::out is empty).
+    Outcome Check(const std::vector<std::string>& arguments, const fs::path& outTo = {}) {
         // Files of their own for each run: under Wine a finished child's
         // handles may still be open for a moment, and the next run could
         // not replace them.
@@ -113,6 +116,7 @@ protected:
         const fs::path err = root_ / ("stderr-" + run + ".txt");
         Outcome outcome;
 #if defined(_WIN32)
+        EXPECT_TRUE(outTo.empty()) << "standard output elsewhere is for the Linux build's tests";
         std::wstring commandLine = L"\"" + CheckerPath().wstring() + L"\"";
         for (const std::string& argument : arguments) commandLine += L" \"" + PathFromUtf8(argument).wstring() + L"\"";
         SECURITY_ATTRIBUTES inherit{sizeof(inherit), nullptr, TRUE};
@@ -154,7 +158,7 @@ protected:
         auto quote = [](const std::string& text) { return "'" + text + "'"; };
         std::string command = "cd " + quote((root_ / "files").string()) + " && exec " + quote(CheckerPath().string());
         for (const std::string& argument : arguments) command += " " + quote(argument);
-        command += " >" + quote(out.string()) + " 2>" + quote(err.string());
+        command += " >" + quote(outTo.empty() ? out.string() : outTo.string()) + " 2>" + quote(err.string());
         const int raw = std::system(command.c_str());
         outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
 #endif
@@ -254,9 +258,9 @@ TEST_F(ReportCheck, MissingFileCannotBeRead) {
 TEST_F(ReportCheck, FolderCannotBeRead) {
     fs::create_directory(root_ / "files" / "folder");
     const Outcome outcome = Check({"folder"});
-    // The reason is the system's own (a folder is "Is a directory" on Linux,
-    // "Permission denied" on Windows).
-    EXPECT_EQ(outcome.out.rfind("folder: cannot be read (", 0), 0u) << outcome.out;
+    // The same words on Linux and Windows (where opening a folder as a file
+    // is "access denied").
+    EXPECT_EQ(outcome.out, Lines({"folder: cannot be read (Is a directory)"}));
     EXPECT_EQ(outcome.status, 2);
 }
 
@@ -564,13 +568,14 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     const auto line = [&](const std::string& path, const std::string& verdict, const std::string& body,
                           const std::string& version) {
         std::string m = Replaced(Replaced(Replaced(model, "%V", verdict), "%B", body), "%N", version);
-        return "{\"path\":\"" + path + "\",\"verdict\":\"" + verdict + "\",\"reason\":null,\"report\":" + m + "}\n";
+        return "{\"path\":\"" + path + "\",\"pathBytes\":null,\"verdict\":\"" + verdict +
+               "\",\"reason\":null,\"copyOf\":null,\"report\":" + m + "}\n";
     };
     const Outcome outcome = Check({"collect", "fleet"});
     EXPECT_EQ(outcome.out, line("fleet" + sep + "a" + sep + "pc1.txt", "intact", "14244c76", "1") +
                                "{\"path\":\"fleet" + sep +
-                               "notes.txt\",\"verdict\":\"not a report\",\"reason\":\"not a report (no UTF-16 "
-                               "byte-order mark)\",\"report\":null}\n" +
+                               "notes.txt\",\"pathBytes\":null,\"verdict\":\"not a report\",\"reason\":\"not a "
+                               "report (no UTF-16 byte-order mark)\",\"copyOf\":null,\"report\":null}\n" +
                                line("fleet" + sep + Utf8(u8"\u00e9t\u00e9") + sep + "pc2.txt", "altered",
                                     "14274c76", "2"));
     EXPECT_EQ(outcome.err, "reportcheck: fleet" + std::string(sep == "/" ? "/" : "\\") +
@@ -591,6 +596,239 @@ TEST_F(ReportCheck, ShowReadsA50MegabyteReport) {
     ASSERT_GE(outcome.out.size(), expectedTail.size());
     EXPECT_EQ(outcome.out.substr(0, 2), "{\n");
     EXPECT_TRUE(outcome.out.compare(outcome.out.size() - expectedTail.size(), expectedTail.size(), expectedTail) == 0);
+}
+
+// --- Safe reading, checked output, control characters -----------------------
+
+namespace {
+
+// The first control character that is not the output's own line layout (a
+// line feed, a tab; a CR before a line feed in Windows' text mode), or "".
+std::string RawControl(const std::string& text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool layout = byte == '\n' || byte == '\t' || (byte == '\r' && i + 1 < text.size() && text[i + 1] == '\n');
+        if ((byte < 0x20 && !layout) || byte == 0x7F) return "byte " + std::to_string(byte) + " at " + std::to_string(i);
+        if (byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) <= 0x9F)
+            return "C1 control at " + std::to_string(i);
+    }
+    return "";
+}
+
+// Names and values a hostile machine could put in a report: screen clearing
+// and fake output, a bell, a title set through OSC, DEL, C1 controls (NEL,
+// CSI) as characters.
+const std::string kHostileName = "evil\x1b[2J\x1b[H\x1b[32mALL GOOD\x1b[0m\x07\x7f\xC2\x85\xC2\x9B" "2J.txt";
+const std::string kHostileNameShown = "evil\\x1b[2J\\x1b[H\\x1b[32mALL GOOD\\x1b[0m\\x07\\x7f\\u0085\\u009b2J.txt";
+const std::string kHostileUser = "\x1b]0;owned\x07";
+const std::string kHostileUserShown = "\\x1b]0;owned\\x07";
+
+// The sample with a hostile file name among its entries and a hostile user,
+// saved with its right checksum.
+std::string HostileReport() {
+    std::string body = Replaced(kSampleReportBody, "\tuser: anne\n", "\tuser: " + kHostileUser + "\n");
+    body = Replaced(body, "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n",
+                    "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
+                    "\t00000020         12\t29/11/2026  09:01:00\t29/11/2026  09:01:00\t" + kHostileName + "\t\n");
+    return BuildReportFileBytes(report_model::Utf16FromUtf8(WithCrLf(body)));
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, ControlCharactersFromAReportNeverReachTheTerminalRaw) {
+    Write("before.txt", SavedReport(kSampleReportBody));
+    Write("hostile.txt", HostileReport());
+    const Outcome diff = Check({"diff", "before.txt", "hostile.txt"});
+    EXPECT_EQ(diff.out, Lines({"Host:", "\tuser: anne \u2192 " + kHostileUserShown, "Orvane Software installation:",
+                               "\tStandard installation directory: " + kHostileNameShown + ": added (size 12)"}));
+    EXPECT_EQ(diff.status, 1);
+    const Outcome findings = Check({"findings", "before.txt", "hostile.txt"});
+    const Outcome show = Check({"show", "--json", "hostile.txt"});
+    EXPECT_EQ(show.status, 0);
+    EXPECT_NE(show.out.find("\"user\": \"\\u001b]0;owned\\u0007\""), std::string::npos);  // JSON as it was
+    for (const Outcome* outcome : {&diff, &findings, &show}) {
+        EXPECT_EQ(RawControl(outcome->out), "") << outcome->out;
+        EXPECT_EQ(RawControl(outcome->err), "") << outcome->err;
+    }
+}
+
+#if !defined(_WIN32)
+// Windows names hold no control character below 0x20; Linux names hold any byte but / and NUL.
+TEST_F(ReportCheck, HostileFileNamesAreShownEscapedInEveryTextOutput) {
+    fs::create_directories(root_ / "files" / "fleet");
+    Write("fleet/" + kHostileName, "not a report");
+    Write("fleet/\x1b]0;owned\x07.txt", SavedReport(kTinyBody));
+    const std::string shownTitle = "fleet/\\x1b]0;owned\\x07.txt";
+    const Outcome check = Check({"check", "fleet/" + kHostileName, "fleet/\x1b]0;owned\x07.txt"});
+    EXPECT_EQ(check.out, Lines({"fleet/" + kHostileNameShown + ": not a report (no UTF-16 byte-order mark)",
+                                shownTitle + ": intact (checksum 14244c76)"}));
+    const Outcome collect = Check({"collect", "fleet"});
+    EXPECT_EQ(collect.err, "reportcheck: fleet/" + kHostileNameShown + ": not a report (no UTF-16 byte-order mark)\n");
+    const Outcome show = Check({"show", "--json", "fleet/" + kHostileName});
+    EXPECT_EQ(show.err, "reportcheck: fleet/" + kHostileNameShown + ": not a report (no UTF-16 byte-order mark)\n");
+    const Outcome findings = Check({"findings", "fleet"});
+    const Outcome usage = Check({"show", "--json", "--\x1b[2J"});
+    EXPECT_EQ(usage.err.substr(0, 39), "reportcheck: unknown option --\\x1b[2J\n");
+    for (const Outcome* outcome : {&check, &collect, &show, &findings, &usage}) {
+        EXPECT_EQ(RawControl(outcome->out + outcome->err), "") << outcome->out << outcome->err;
+    }
+}
+
+TEST_F(ReportCheck, PipesDevicesAndOversizedFilesAreRefusedAtOnce) {
+    // A pipe with no writer would block an open or a read for ever; /dev/zero never ends.
+    ASSERT_EQ(::mkfifo((root_ / "files" / "pipe").c_str(), 0600), 0);
+    {
+        std::ofstream sparse(root_ / "files" / "huge.txt", std::ios::binary);
+    }
+    fs::resize_file(root_ / "files" / "huge.txt", 512ull * 1024 * 1024 + 1);  // sparse: no disk used
+    const std::string notRegular = "cannot be read (not a regular file)";
+    const std::string tooLarge = "cannot be read (larger than 512 MB, which no report is)";
+    const Outcome check = Check({"check", "pipe", "/dev/zero", "huge.txt"});
+    EXPECT_EQ(check.out, Lines({"pipe: " + notRegular, "/dev/zero: " + notRegular, "huge.txt: " + tooLarge}));
+    EXPECT_EQ(check.status, 2);
+    for (const std::string& file : {std::string("pipe"), std::string("/dev/zero"), std::string("huge.txt")}) {
+        const Outcome show = Check({"show", "--json", file});
+        EXPECT_EQ(show.out, "");
+        EXPECT_EQ(show.err, "reportcheck: " + file + ": " + (file == "huge.txt" ? tooLarge : notRegular) + "\n");
+        EXPECT_EQ(show.status, 2);
+    }
+    const Outcome diff = Check({"diff", "pipe", "huge.txt"});
+    EXPECT_EQ(diff.err, "reportcheck: pipe: " + notRegular + "\nreportcheck: huge.txt: " + tooLarge + "\n");
+    EXPECT_EQ(diff.status, 2);
+}
+
+TEST_F(ReportCheck, CollectStaysInItsFoldersAndReadsEachFileOnce) {
+    // Two links to the folder itself and one to its parent: followed, they
+    // would never end and would leave the folder.
+    const fs::path inbox = root_ / "files" / "inbox";
+    fs::create_directories(inbox / "sub");
+    Write("inbox/sub/pc1.txt", SavedReport(kTinyBody));
+    Write("outside.txt", SavedReport(kTinyBody));
+    fs::create_directory_symlink(".", inbox / "a");
+    fs::create_directory_symlink(".", inbox / "b");
+    fs::create_directory_symlink("..", inbox / "up");
+    fs::create_symlink("sub/pc1.txt", inbox / "link-to-file.txt");
+    const Outcome outcome = Check({"collect", "inbox", "inbox/sub", "inbox/sub/pc1.txt"});
+    EXPECT_EQ(outcome.err,
+              "reportcheck: inbox/a: skipped (a link to a folder, not followed)\n"
+              "reportcheck: inbox/b: skipped (a link to a folder, not followed)\n"
+              "reportcheck: inbox/up: skipped (a link to a folder, not followed)\n"
+              "reportcheck: inbox/sub: skipped (already read)\n"
+              "reportcheck: inbox/sub/pc1.txt: skipped (already read)\n");
+    std::istringstream lines(outcome.out);
+    std::string first, second, rest;
+    std::getline(lines, first);
+    std::getline(lines, second);
+    std::getline(lines, rest);
+    const std::string linked = "{\"path\":\"inbox/link-to-file.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
+                               "\"reason\":null,\"copyOf\":null,\"report\":{";
+    const std::string copy = "{\"path\":\"inbox/sub/pc1.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
+                             "\"reason\":null,\"copyOf\":\"inbox/link-to-file.txt\",\"report\":{";
+    EXPECT_EQ(first.substr(0, linked.size()), linked);
+    EXPECT_EQ(second.substr(0, copy.size()), copy);
+    EXPECT_EQ(rest, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ReportCheck, ALinkLoopSaysTheSameInCheckAndCollect) {
+    fs::create_directories(root_ / "files" / "loop");
+    fs::create_symlink("x.txt", root_ / "files" / "loop" / "y.txt");
+    fs::create_symlink("y.txt", root_ / "files" / "loop" / "x.txt");
+    const Outcome check = Check({"check", "loop/x.txt"});
+    EXPECT_EQ(check.out, "loop/x.txt: cannot be read (Too many levels of symbolic links)\n");
+    const Outcome collect = Check({"collect", "loop"});
+    EXPECT_EQ(collect.err, "reportcheck: loop/x.txt: cannot be read (Too many levels of symbolic links)\n"
+                           "reportcheck: loop/y.txt: cannot be read (Too many levels of symbolic links)\n");
+    EXPECT_EQ(collect.status, 2);
+}
+
+TEST_F(ReportCheck, ANameThatIsNotUtf8CanBeFoundAgainFromItsLine) {
+    Write("caf\xE9.txt", SavedReport(kTinyBody));  // Latin-1, as an old system names it
+    const Outcome outcome = Check({"collect", "caf\xE9.txt"});
+    const std::string start = "{\"path\":\"caf\xEF\xBF\xBD.txt\",\"pathBytes\":\"636166e92e747874\",\"verdict\":\"intact\",";
+    EXPECT_EQ(outcome.out.substr(0, start.size()), start);
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ReportCheck, OutputThatCannotBeWrittenIsTroubleInEveryCommand) {
+    Write("a.txt", SavedReport(kSampleReportBody));
+    Write("b.txt", SavedReport(LaterSample()));
+    const std::string said = "reportcheck: standard output: cannot be written (No space left on device); the "
+                             "output is incomplete\n";
+    const std::vector<std::vector<std::string>> commands = {
+        {"check", "a.txt"},           {"show", "--json", "a.txt"}, {"diff", "a.txt", "b.txt"},
+        {"diff", "--json", "a.txt", "b.txt"}, {"collect", "a.txt"},   {"findings", "a.txt"},
+        {"rules"},                    {"page", "a.txt"},           {"--help"},
+        {"--version"},
+    };
+    for (const auto& command : commands) {
+        const Outcome outcome = Check(command, "/dev/full");
+        EXPECT_EQ(outcome.err, said) << command.front();
+        EXPECT_EQ(outcome.status, 2) << command.front();
+    }
+}
+
+TEST_F(ReportCheck, AFullFileSystemGetsNoClaimOfSuccess) {
+    // A file system of 64 kB of its own, filled before show writes its JSON
+    // (some 10 kB, more than the room left).
+    const fs::path small = root_ / "small";
+    fs::create_directories(small);
+    if (std::system(("mount -t tmpfs -o size=64k tmpfs '" + small.string() + "' 2>/dev/null").c_str()) != 0)
+        GTEST_SKIP() << "cannot mount a tmpfs here (not root, or no CAP_SYS_ADMIN)";
+    struct Unmount {
+        fs::path at;
+        ~Unmount() { std::system(("umount '" + at.string() + "'").c_str()); }
+    } unmount{small};
+    {
+        std::ofstream filler(small / "filler", std::ios::binary);
+        filler << std::string(60 * 1024, 'x');
+    }
+    Write("a.txt", SavedReport(kSampleReportBody));
+    const Outcome outcome = Check({"show", "--json", "a.txt"}, small / "out.json");
+    EXPECT_EQ(outcome.err, "reportcheck: standard output: cannot be written (No space left on device); the output "
+                           "is incomplete\n");
+    EXPECT_EQ(outcome.status, 2);
+}
+#endif
+
+TEST_F(ReportCheck, CollectMarksCopiesOfOneReport) {
+    fs::create_directories(root_ / "files" / "fleet");
+    Write("fleet/a.txt", SavedReport(kTinyBody));
+    Write("fleet/b.txt", SavedReport(kSampleReportBody));
+    Write("fleet/c.txt", SavedReport(kTinyBody));
+    const Outcome outcome = Check({"collect", "fleet"});
+    std::istringstream lines(outcome.out);
+    std::vector<nlohmann::json> parsed;
+    for (std::string line; std::getline(lines, line);) parsed.push_back(nlohmann::json::parse(line));
+    ASSERT_EQ(parsed.size(), 3u);
+    EXPECT_TRUE(parsed[0]["copyOf"].is_null());
+    EXPECT_TRUE(parsed[1]["copyOf"].is_null());
+#if defined(_WIN32)
+    EXPECT_EQ(parsed[2]["copyOf"], "fleet\\a.txt");
+#else
+    EXPECT_EQ(parsed[2]["copyOf"], "fleet/a.txt");
+#endif
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ReportCheck, CollectOfAnEmptyFolderSaysSo) {
+    fs::create_directories(root_ / "files" / "empty" / "inner");
+    const Outcome outcome = Check({"collect", "empty"});
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, std::string("reportcheck: empty: no file in this folder") + kNewline);
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ReportCheck, CollectReadsOverlappingPathsOnce) {
+    fs::create_directories(root_ / "files" / "inbox" / "sub");
+    Write("inbox/sub/pc1.txt", SavedReport(kTinyBody));
+    const Outcome outcome = Check({"collect", "inbox", "inbox/sub"});
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
+#if defined(_WIN32)
+    EXPECT_EQ(outcome.err, std::string("reportcheck: inbox\\sub: skipped (already read)") + kNewline);
+#else
+    EXPECT_EQ(outcome.err, "reportcheck: inbox/sub: skipped (already read)\n");
+#endif
 }
 
 TEST_F(ReportCheck, SubcommandsExplainThemselves) {
@@ -741,12 +979,14 @@ TEST_F(ReportCheck, CollectGoesOnPastFilesThatCannotBeRead) {
     std::getline(lines, second);
     std::getline(lines, third);
     std::getline(lines, rest);
-    EXPECT_EQ(first, "{\"path\":\"fleet/a-broken-link.txt\",\"verdict\":\"unreadable\",\"reason\":\"cannot be read "
-                     "(No such file or directory)\",\"report\":null}");
-    const std::string intact = "{\"path\":\"fleet/b.txt\",\"verdict\":\"intact\",\"reason\":null,\"report\":{";
+    EXPECT_EQ(first, "{\"path\":\"fleet/a-broken-link.txt\",\"pathBytes\":null,\"verdict\":\"unreadable\","
+                     "\"reason\":\"cannot be read (No such file or directory)\",\"copyOf\":null,\"report\":null}");
+    const std::string intact =
+        "{\"path\":\"fleet/b.txt\",\"pathBytes\":null,\"verdict\":\"intact\",\"reason\":null,\"copyOf\":null,"
+        "\"report\":{";
     EXPECT_EQ(second.substr(0, intact.size()), intact);
-    EXPECT_EQ(third, "{\"path\":\"fleet/c-pipe\",\"verdict\":\"unreadable\",\"reason\":\"cannot be read (not a regular "
-                     "file)\",\"report\":null}");
+    EXPECT_EQ(third, "{\"path\":\"fleet/c-pipe\",\"pathBytes\":null,\"verdict\":\"unreadable\",\"reason\":\"cannot "
+                     "be read (not a regular file)\",\"copyOf\":null,\"report\":null}");
     EXPECT_EQ(rest, "");
     EXPECT_EQ(outcome.status, 2);
 }
