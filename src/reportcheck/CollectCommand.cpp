@@ -89,7 +89,7 @@ int CollectFile(CopyFinder& copies, const fs::path& path) {
                                              .reason = &loaded.problem}));
             break;
     }
-    std::fflush(stdout);
+    FlushOutput();
     return StatusOf(loaded);
 }
 
@@ -112,7 +112,8 @@ int RunCollect(const Arguments& arguments) {
     for (const NativeString& path : arguments.Operands()) roots.emplace_back(path);
     CopyFinder copies;
     return ForEachFile(roots, {.onFile = [&](const fs::path& path) { return CollectFile(copies, path); },
-                               .onProblem = CollectProblem});
+                               .onProblem = CollectProblem,
+                               .onSkip = {}});
 }
 
 constexpr const Option* kCollectOptions[] = {&kDbOption, &kRulesOption, &kTimeLimitOption};

@@ -195,7 +195,7 @@ bool ReadReportFile(const char* path, std::string& bytes, std::string& problem) 
 }
 #endif
 
-void FinishOutput() {
+void FlushOutput() {
     errno = 0;
     if (std::fflush(stdout) != 0 || std::ferror(stdout)) throw OutputFailure(errno ? errno : EIO);
 }

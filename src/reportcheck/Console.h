@@ -29,7 +29,7 @@ std::string PathText(const std::filesystem::path& path);
 std::optional<std::string> PathBytesUnlessText(const std::filesystem::path& path);
 
 // Standard output could not be written (a full disk, /dev/full, a closed
-// console): thrown by Print and FinishOutput, caught in main, which says so
+// console): thrown by Print and FlushOutput, caught in main, which says so
 // on standard error and exits with the trouble status. Nothing is claimed
 // once output is lost.
 class OutputFailure : public std::runtime_error {
@@ -43,9 +43,9 @@ public:
 // to be told and is let go.
 void Print(std::FILE* stream, std::string_view utf8);
 
-// Flushes standard output; throws OutputFailure when the last bytes could
-// not be written. main calls it after every command.
-void FinishOutput();
+// Flushes standard output; throws OutputFailure when the bytes could not be
+// written. main calls it after every command; collect after every line.
+void FlushOutput();
 
 // The same bytes on every system: no CR LF translation of standard output.
 void BinaryOutput();

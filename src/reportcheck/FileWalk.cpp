@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <compare>
+#include <cstdint>
 #include <cstring>
 #include <set>
 #include <utility>
@@ -148,8 +150,11 @@ bool ListFolder(const fs::path& folder, std::vector<Entry>& entries, std::string
         reason = std::strerror(errno);
         return false;
     }
-    errno = 0;
-    while (const dirent* entry = ::readdir(listing)) {
+    // readdir tells its error through errno only; KindOfEntry's calls set it too.
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(listing);
+        if (!entry) break;
         const std::string_view name = entry->d_name;
         if (name == "." || name == "..") continue;
         fs::path path = folder / name;

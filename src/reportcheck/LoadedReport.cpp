@@ -12,6 +12,7 @@ namespace {
 bool LoadBody(const NativeChar* path, LoadedReport& loaded) {
     std::string bytes;
     if (!ReadReportFile(path, bytes, loaded.problem)) return false;
+    loaded.fileSize = bytes.size();
     loaded.verdict = CheckReportBytes(bytes);
     if (loaded.verdict.state == ReportState::NotAReport) {
         loaded.state = LoadState::NotAReport;

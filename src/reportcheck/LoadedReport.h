@@ -26,6 +26,7 @@ struct LoadedReport {
     std::string problem;  // why it is not a report, or cannot be read
     report_model::Report report;
     std::u16string body;  // the body as it is, for whoever quotes its lines
+    std::size_t fileSize = 0;  // the file's bytes
 };
 
 // Whether the caller quotes the body's lines (the page, the report tables);

@@ -70,7 +70,9 @@ bool UserLocaleIsFrench() {
 bool WritePage(const std::string& page, const NativeChar* output) {
     if (!output) {
         BinaryOutput();
-        return std::fwrite(page.data(), 1, page.size(), stdout) == page.size() && std::fflush(stdout) == 0;
+        Print(stdout, page);
+        FlushOutput();  // a failure throws, and main says so
+        return true;
     }
     namespace fs = std::filesystem;
     const fs::path target(output);

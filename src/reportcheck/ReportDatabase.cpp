@@ -206,7 +206,8 @@ int AddReportFiles(const sqlite::Connection& db, const std::vector<std::filesyst
         roots, {.onFile = [&](const std::filesystem::path& path) { return adder.File(path); },
                 .onProblem = [&](const std::filesystem::path& path, const std::string& problem) {
                     return adder.Problem(path, problem);
-                }});
+                },
+                .onSkip = {}});
     if (incremental)
         for (const std::filesystem::path& root : roots) RemoveGone(db, root);
     return status;

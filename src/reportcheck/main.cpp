@@ -27,7 +27,7 @@ namespace {
 int Run(int argc, NativeChar* argv[]) {
     try {
         const int status = RunCommandLine(argc, argv);
-        FinishOutput();
+        FlushOutput();
         return status;
     } catch (const OutputFailure& failure) {
         // A full disk, /dev/full: what was written is not all there is, and
