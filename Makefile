@@ -6,7 +6,8 @@
 #   make dist   builds and packs the release zip into build/dist/
 #   make bench  builds and runs the benchmarks under Wine, writes bench/RESULTS.md
 #   make bench-collect  only reportcheck collect against sha256sum (native)
-.PHONY: all deps build native fuzz-build fuzz report run test dist bench bench-collect clean
+#   make bench-page     only the report page in headless Chromium (native)
+.PHONY: all deps build native fuzz-build fuzz report run test dist bench bench-collect bench-page clean
 
 all: build
 
@@ -45,6 +46,9 @@ bench: build
 
 bench-collect: deps
 	@scripts/bench.sh collect
+
+bench-page: deps
+	@scripts/bench.sh page
 
 clean:
 	rm -rf build build-native build-fuzz build-bench-native

@@ -8,12 +8,17 @@
 #   DIAG_BENCH_PARTS    the parts to run, by number ("6", "3 6"; all by default);
 #                       with only some parts the page shows only their figures
 # `scripts/bench.sh collect` runs only the report checker's part, natively
-# (bench/collect-bench.sh, bench/COLLECT-RESULTS.md); the full run ends with it.
+# (bench/collect-bench.sh, bench/COLLECT-RESULTS.md); `scripts/bench.sh page`
+# only the report page's (bench/page-bench.sh, bench/PAGE-RESULTS.md); the
+# full run ends with both.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [[ "${1:-}" == "collect" ]]; then
   bench/collect-bench.sh
   exec bench/findings-bench.sh
+fi
+if [[ "${1:-}" == "page" ]]; then
+  exec bench/page-bench.sh
 fi
 source scripts/wine-env.sh
 
@@ -255,6 +260,7 @@ python3 bench/results.py "$raw" >"$results.tmp"
 mv "$results.tmp" "$results"
 step "Results written to $results"
 
-# The report checker's part (native, no Wine).
+# The report checker's parts (native, no Wine).
 bench/collect-bench.sh
 bench/findings-bench.sh
+bench/page-bench.sh

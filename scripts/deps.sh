@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs, from Debian's archive, the packages the build and the tests need
-# that are not installed yet, and unpacks SQLite's amalgamation (below).
+# that are not installed yet, unpacks SQLite's amalgamation (below), then
+# installs the page tests' npm packages (pinned by tests/page/package-lock.json,
+# with their checksums; no browser download: they drive Debian's chromium).
 # Does nothing when everything is there.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -12,6 +14,7 @@ packages=(
   wine wine64
   xvfb xauth x11-utils xdotool imagemagick
   fonts-wine fonts-liberation
+  chromium nodejs
 )
 
 missing=()
@@ -66,4 +69,12 @@ $sqlite_h_sha256  $work/package/deps/sqlite3/sqlite3.h" | sha256sum --check --qu
     mv "$work/package/deps/sqlite3/$file" "$sqlite_dir/$file.new"
     mv "$sqlite_dir/$file.new" "$sqlite_dir/$file"
   done
+fi
+
+# npm ci again only when the lock file changed since the last install.
+page_tests=tests/page
+if ! cmp -s "$page_tests/package-lock.json" "$page_tests/node_modules/.installed-lock.json"; then
+  echo "Installing the page tests' npm packages (tests/page)"
+  (cd "$page_tests" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 PUPPETEER_SKIP_DOWNLOAD=1 \
+     npm ci --no-audit --no-fund --loglevel=error && cp package-lock.json node_modules/.installed-lock.json)
 fi

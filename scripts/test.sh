@@ -12,6 +12,10 @@ status=0
 echo "== Host tests (AddressSanitizer, UBSan)"
 ctest --test-dir "${DIAG_NATIVE_BUILD_DIR:-build-native}" --output-on-failure -j "$jobs" || status=1
 
+echo "== Report page in headless Chromium (tests/page)"
+page_reportcheck="$(realpath "${DIAG_NATIVE_BUILD_DIR:-build-native}")/bin/reportcheck"
+(cd tests/page && DIAG_REPORTCHECK="$page_reportcheck" npx --no-install playwright test) || status=1
+
 echo "== Fuzz smoke (libFuzzer, AddressSanitizer, UBSan: ${DIAG_FUZZ_SMOKE_SECONDS:-15} s per target)"
 DIAG_FUZZ_BUILD_DIR="${DIAG_FUZZ_BUILD_DIR:-build-fuzz}" scripts/fuzz.sh --smoke || status=1
 

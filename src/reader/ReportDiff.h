@@ -33,6 +33,9 @@ struct ReportSide {
     ReportVerdict verdict;
 };
 
+// How a change names a directory: "Current directory", "Standard installation directory"...
+std::string DirectoryName(DirectoryKind kind);
+
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport);
 
 // The human form: the verdicts first when either report is altered, then

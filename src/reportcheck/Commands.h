@@ -11,6 +11,7 @@ extern const Command kDiffCommand;
 extern const Command kCollectCommand;
 extern const Command kFindingsCommand;
 extern const Command kRulesCommand;
+extern const Command kPageCommand;
 
 // In the order reportcheck --help lists them. The first is the default:
 // "reportcheck FILE..." is "reportcheck check FILE...".
@@ -21,4 +22,5 @@ inline const Command* const kCommands[] = {
     &kCollectCommand,
     &kFindingsCommand,
     &kRulesCommand,
+    &kPageCommand,
 };

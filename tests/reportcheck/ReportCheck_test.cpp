@@ -838,6 +838,116 @@ TEST_F(ReportCheck, FleetExampleRunsOnCollectedTables) {
 }
 #endif
 
+// --- reportcheck page ---------------------------------------------------------
+
+namespace {
+std::size_t Count(const std::string& text, const std::string& what) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
+    return count;
+}
+}  // namespace
+
+TEST_F(ReportCheck, PageOfAReportCarriesItsLinesAsData) {
+    Write("report.txt", BuildReportFileBytes(u"A\r\nB\r\n"));
+    const Outcome outcome = Check({"page", "--lang", "en", "report.txt"});
+    EXPECT_EQ(outcome.out.rfind("<!DOCTYPE html>\n<html lang=\"en\">\n", 0), 0u) << outcome.out.substr(0, 80);
+    EXPECT_NE(outcome.out.find("<script type=\"application/json\" id=\"page-data\">"
+                               "{\"kind\":\"report\",\"lang\":\"en\",\"report\":{\"file\":\"report.txt\","
+                               "\"verdict\":\"intact\",\"storedChecksum\":\"43080448\",\"bodyChecksum\":\"43080448\","
+                               "\"lines\":[\"A\",\"B\"],\"sections\":[{\"name\":\"Header\",\"first\":1,\"last\":2}]"),
+              std::string::npos);
+    EXPECT_NE(outcome.out.find("<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
+                               "script-src 'sha256-"),
+              std::string::npos);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ReportCheck, PageKeepsHostileTextInsideItsDataBlock) {
+    Write("report.txt", BuildReportFileBytes(u"</script><!-- & {{script}}\r\n"));
+    const Outcome outcome = Check({"page", "--lang", "fr", "report.txt"});
+    EXPECT_NE(outcome.out.find("\"lines\":[\"\\u003c/script\\u003e\\u003c!-- \\u0026 {{script}}\"]"),
+              std::string::npos);
+    EXPECT_EQ(Count(outcome.out, "</script>"), 2u);  // the data's and the page's own script's
+    EXPECT_EQ(Count(outcome.out, "<script"), 2u);
+    EXPECT_EQ(outcome.out.find("<!--"), std::string::npos);
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ReportCheck, PageWrittenWholeToItsFile) {
+    Write("report.txt", AlteredAB());
+    const Outcome toOutput = Check({"page", "--lang", "en", "report.txt"});
+    const Outcome toFile = Check({"page", "-o", "page.html", "--lang", "en", "report.txt"});
+    EXPECT_EQ(toFile.out, "");
+    EXPECT_EQ(toFile.err, "");
+    EXPECT_EQ(toFile.status, 1);  // altered: the page says so, and so does the status
+    EXPECT_EQ(ReadFile(root_ / "files" / "page.html"), toOutput.out);
+    EXPECT_NE(toOutput.out.find("\"verdict\":\"altered\",\"storedChecksum\":\"01024145\",\"bodyChecksum\":\"01024045\""),
+              std::string::npos);
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(root_ / "files")) names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"page.html", "report.txt"}));
+}
+
+TEST_F(ReportCheck, PageRefusesWhatShowRefusesAndWritesNothing) {
+    Write("notes.txt", "plain text");
+    Write("report.txt", kReportAB);
+    for (const auto& arguments : {std::vector<std::string>{"page", "-o", "page.html", "notes.txt"},
+                                  std::vector<std::string>{"page", "-o", "page.html", "--against", "notes.txt", "report.txt"}}) {
+        const Outcome outcome = Check(arguments);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err, "reportcheck: notes.txt: not a report (no UTF-16 byte-order mark)" + std::string(kNewline));
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_FALSE(fs::exists(root_ / "files" / "page.html"));
+    }
+}
+
+TEST_F(ReportCheck, PageBadArgumentsGetTheUsage) {
+    Write("report.txt", kReportAB);
+    fs::create_directories(root_ / "files" / "fleet");
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"page"}, "reportcheck: page: too few arguments"},
+        {{"page", "--lang", "de", "report.txt"}, "reportcheck: --lang takes en or fr"},
+        {{"page", "report.txt", "report.txt"}, "reportcheck: page: too many arguments"},
+        {{"page", "--colour", "report.txt"}, "reportcheck: unknown option --colour"},
+        {{"page", "--against", "report.txt", "fleet"},
+         "reportcheck: --against compares two reports, not a folder or a database"},
+    };
+    for (const auto& [arguments, problem] : cases) {
+        const Outcome outcome = Check(arguments);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err.rfind(problem, 0), 0u) << outcome.err;
+        EXPECT_NE(outcome.err.find("usage: reportcheck page [--against OLD] [--lang en|fr] [-o FILE] "
+                                   "REPORT|FOLDER|DATABASE"),
+                  std::string::npos)
+            << outcome.err;
+        EXPECT_EQ(outcome.status, 64);
+    }
+    const Outcome help = Check({"page", "--help"});
+    EXPECT_EQ(help.out.rfind("usage: reportcheck page", 0), 0u);
+    EXPECT_EQ(help.status, 0);
+}
+
+TEST_F(ReportCheck, PageOfAFolderHasARowPerFile) {
+    fs::create_directories(root_ / "files" / "fleet" / "more");
+    Write("fleet/a.txt", kReportAB);
+    Write("fleet/more/b.txt", AlteredAB());
+    Write("fleet/notes.txt", "plain");
+    const Outcome outcome = Check({"page", "--lang", "en", "fleet"});
+    EXPECT_EQ(outcome.status, 2);  // as collect: one file is not a report, and the page is written
+    EXPECT_EQ(Count(outcome.err, "not a report (no UTF-16 byte-order mark)"), 1u);
+    EXPECT_NE(outcome.out.find("{\"kind\":\"fleet\",\"lang\":\"en\",\"fleet\":{\"source\":\"fleet\",\"reports\":[{\"path\":"),
+              std::string::npos);
+    const std::size_t intact = outcome.out.find("\"verdict\":\"intact\"");
+    const std::size_t altered = outcome.out.find("\"verdict\":\"altered\"");
+    const std::size_t notReport = outcome.out.find("\"verdict\":\"not a report\"");
+    EXPECT_LT(intact, altered);  // as collect walks: a.txt, more/ (b.txt), notes.txt
+    EXPECT_LT(altered, notReport);
+    EXPECT_NE(notReport, std::string::npos);
+}
+
 // --- findings, collect --db, rules ------------------------------------------
 
 namespace {
@@ -1141,4 +1251,25 @@ TEST_F(ReportCheck, TablesAreAsDocumented) {
         << "docs/report-tables.md must show the CREATE statements of src/reader/ReportTables.cpp";
     EXPECT_NE(page.find("# Report tables (schema version " + std::to_string(report_tables::kTablesSchemaVersion) + ")"),
               std::string::npos);
+}
+
+TEST_F(ReportCheck, PageOfACollectedDatabase) {
+    fs::create_directories(root_ / "files" / "fleet");
+    Write("fleet/a.txt", kReportAB);
+    Write("fleet/b.txt", AlteredAB());
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 1);
+    const Outcome outcome = Check({"page", "--lang", "fr", "-o", "fleet.html", "fleet.db"});
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 1);  // one report altered, as collect said
+    const std::string page = ReadFile(root_ / "files" / "fleet.html");
+    EXPECT_NE(page.find("{\"kind\":\"fleet\",\"lang\":\"fr\",\"fleet\":{\"source\":\"fleet.db\",\"reports\":[{\"path\":"),
+              std::string::npos);
+    EXPECT_LT(page.find("\"verdict\":\"intact\""), page.find("\"verdict\":\"altered\""));
+    EXPECT_NE(page.find("\"verdict\":\"altered\""), std::string::npos);
+
+    Write("other.db", "SQLite format 3");
+    const Outcome foreign = Check({"page", "-o", "other.html", "other.db"});
+    EXPECT_EQ(foreign.status, 2);
+    EXPECT_FALSE(fs::exists(root_ / "files" / "other.html"));
+    EXPECT_EQ(foreign.err.rfind("reportcheck: other.db: ", 0), 0u) << foreign.err;
 }

@@ -1,0 +1,71 @@
+# Makes the header that carries the report page's template, style sheet and
+# script into reportcheck, with the SHA-256 of the style and the script in
+# the form a Content-Security-Policy names them ('sha256-<base64>'): the page
+# allows exactly these two blocks and nothing else.
+#   cmake -DPAGE_DIR=<src/reader/page> -DOUTPUT=<PageAssets.h> -P cmake/EmbedPage.cmake
+
+cmake_minimum_required(VERSION 3.21)
+
+set(DIAG_BASE64 "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
+
+# Base64 of the bytes that `hex` spells (two hex digits a byte).
+function(diag_hex_to_base64 hex result)
+  string(LENGTH "${hex}" length)
+  set(out "")
+  set(i 0)
+  while(i LESS length)
+    math(EXPR left "${length} - ${i}")
+    if(left GREATER_EQUAL 6)
+      string(SUBSTRING "${hex}" ${i} 6 group)
+      set(pad "")
+    elseif(left EQUAL 4)
+      string(SUBSTRING "${hex}" ${i} 4 group)
+      string(APPEND group "00")
+      set(pad "=")
+    else()
+      string(SUBSTRING "${hex}" ${i} 2 group)
+      string(APPEND group "0000")
+      set(pad "==")
+    endif()
+    math(EXPR value "0x${group}")
+    foreach(shift 18 12 6 0)
+      math(EXPR index "(${value} >> ${shift}) & 63")
+      string(SUBSTRING "${DIAG_BASE64}" ${index} 1 char)
+      string(APPEND out "${char}")
+    endforeach()
+    if(pad)
+      string(LENGTH "${pad}" padLength)
+      string(LENGTH "${out}" outLength)
+      math(EXPR keep "${outLength} - ${padLength}")
+      string(SUBSTRING "${out}" 0 ${keep} out)
+      string(APPEND out "${pad}")
+    endif()
+    math(EXPR i "${i} + 6")
+  endwhile()
+  set(${result} "${out}" PARENT_SCOPE)
+endfunction()
+
+# The file's bytes as a C array body ("0x3c,0x21,..."): no string literal,
+# whose length MSVC limits.
+function(diag_bytes_of file result)
+  file(READ "${file}" hex HEX)
+  string(REGEX REPLACE "([0-9a-f][0-9a-f])" "'\\\\x\\1'," bytes "${hex}")
+  string(REGEX REPLACE "([^\n]{1,160})" "\\1\n" bytes "${bytes}")
+  set(${result} "${bytes}" PARENT_SCOPE)
+endfunction()
+
+set(text "// Made by cmake/EmbedPage.cmake from ${PAGE_DIR}; do not edit.\n#pragma once\n#include <string_view>\nnamespace report_page::assets {\n")
+foreach(part html css js)
+  diag_bytes_of("${PAGE_DIR}/page.${part}" bytes)
+  string(APPEND text "inline constexpr char k_${part}[] = {\n${bytes}};\n")
+  string(APPEND text "inline constexpr std::string_view ${part}{k_${part}, sizeof k_${part}};\n")
+endforeach()
+foreach(part css js)
+  file(SHA256 "${PAGE_DIR}/page.${part}" digest)
+  diag_hex_to_base64("${digest}" base64)
+  string(APPEND text "inline constexpr std::string_view ${part}Hash = \"sha256-${base64}\";\n")
+endforeach()
+string(APPEND text "}  // namespace report_page::assets\n")
+file(WRITE "${OUTPUT}.tmp" "${text}")
+file(COPY_FILE "${OUTPUT}.tmp" "${OUTPUT}" ONLY_IF_DIFFERENT)
+file(REMOVE "${OUTPUT}.tmp")

@@ -1,0 +1,45 @@
+// Screenshots of the report page for README (docs/screenshots/page-*.png):
+// a report, a comparison and a fleet, in English and in French, made by
+// reportcheck and shown by headless Chromium.
+//   node scripts/page-screenshots.js [REPORTCHECK]
+'use strict';
+const fs = require('fs');
+const path = require('path');
+const s = require('../tests/page/support');
+const { chromium } = require('../tests/page/node_modules/@playwright/test');
+
+const out = path.join(s.ROOT, 'docs/screenshots');
+const dir = s.tempDir('screenshots');
+if (process.argv[2]) process.env.DIAG_REPORTCHECK = process.argv[2];
+
+// A small fleet: eight machines, one with an older tool.dll, one report altered.
+const fleet = path.join(dir, 'reports');
+fs.mkdirSync(fleet);
+for (let i = 1; i <= 8; i++) {
+  const machine = 'PC' + String(i).padStart(3, '0');
+  const body = s.makeBody({ machine, user: 'user' + i, when: '11/' + (10 + i) + '/2026 9:' + (10 + i) + ':00 AM',
+    entries: [{ name: 'Base.dll', version: '9.3.1.1042' }, { name: 'tool.dll', version: i === 3 ? '9.2.0.7' : '9.3.1.1042' },
+      { name: 'Runner.exe', version: '9.3.1.1042' }] });
+  s.writeReport(path.join(fleet, machine + '.txt'), body, i === 6 ? '0badf00d' : undefined);
+}
+
+(async () => {
+  const browser = await chromium.launch({ executablePath: process.env.DIAG_CHROMIUM || '/usr/bin/chromium' });
+  const shots = [
+    ['report', [path.join(s.DATA, 'wine-report.txt')], null],
+    ['comparison', ['--against', path.join(s.DATA, 'wine-before.txt'), path.join(s.DATA, 'wine-after.txt')], '#L107'],
+    ['fleet', [fleet], null]];
+  for (const [kind, args, scrollTo] of shots) {
+    for (const lang of ['en', 'fr']) {
+      const made = s.makePage(dir, kind + '-' + lang + '.html', ['--lang', lang, ...args]);
+      const page = await browser.newPage({ viewport: { width: 1100, height: 760 } });
+      await page.goto(made.url);
+      await page.waitForSelector('body[data-ready="true"]');
+      if (scrollTo) await page.locator(scrollTo).evaluate((e) => e.scrollIntoView({ block: 'start' }));
+      await page.screenshot({ path: path.join(out, 'page-' + kind + '-' + lang + '.png') });
+      await page.close();
+    }
+  }
+  await browser.close();
+  fs.rmSync(path.dirname(dir), { recursive: true, force: true });
+})();

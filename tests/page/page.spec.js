@@ -1,0 +1,399 @@
+// reportcheck page in headless Chromium: what each page shows, that it
+// shows every report line once and in order, that its controls do what
+// they say, that it runs nothing of a report's and asks nothing of the
+// network, in both languages, with no serious accessibility fault.
+'use strict';
+const fs = require('fs');
+const path = require('path');
+const { test, expect } = require('@playwright/test');
+const s = require('./support');
+
+const AXE = fs.readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
+
+// The page's texts of its report lines, in page order: [number, text],
+// once every section and every directory's lines as written are open.
+async function pageLines(page) {
+  await page.getByRole('button', { name: /^(Open every section|Ouvrir toutes les sections)$/ }).click();
+  return page.$$eval('.line', (nodes) => nodes.map((n) => [Number(n.dataset.line), n.querySelector('.text').textContent]));
+}
+
+function expectEveryLineOnce(shown, body) {
+  const lines = s.bodyLines(body);
+  expect(shown.length).toBe(lines.length);
+  expect(shown).toEqual(lines.map((text, i) => [i + 1, text]));
+}
+
+function expectQuiet(seen) {
+  expect(seen.console).toEqual([]);
+  expect(seen.errors).toEqual([]);
+  expect(seen.requests).toEqual([]);
+}
+
+// The page's data with findings of the rules' form put in, as the page
+// would get them from reportcheck: the data block is not part of the
+// policy's hashes, so the page stays as it was made.
+function withFindings(file, findings) {
+  const html = fs.readFileSync(file, 'utf8');
+  const open = '<script type="application/json" id="page-data">';
+  const start = html.indexOf(open) + open.length;
+  const end = html.indexOf('</script>', start);
+  const data = JSON.parse(html.slice(start, end));
+  if (findings) data.report.findings = findings;
+  const json = JSON.stringify(data).replace(/</g, '\\u003c').replace(/>/g, '\\u003e').replace(/&/g, '\\u0026');
+  const out = file.replace(/\.html$/, '-findings.html');
+  fs.writeFileSync(out, html.slice(0, start) + json + html.slice(end));
+  return 'file://' + out;
+}
+
+const FINDINGS = [
+  { rule: 'suite.free-space', severity: 'info', title: { en: 'Little free space on C:', fr: 'Peu de place libre sur C:' },
+    remedy: { en: 'Free some space.', fr: 'Libérez de la place.' }, line: 31, detail: 'C volume free: 77006768K' },
+  { rule: 'suite.mixed-versions', severity: 'warning', title: { en: 'The suite carries more than one version', fr: 'La suite porte plus d’une version' },
+    remedy: { en: 'Install the suite again.', fr: 'Réinstallez la suite.' }, line: 117, detail: 'fixture_version_both.dll: 1.4.0.12, most have 3.2.1.0' },
+  { rule: 'report.altered', severity: 'error', title: { en: 'The report was altered', fr: 'Le rapport a été modifié' },
+    remedy: { en: 'Ask for the report again.', fr: 'Redemandez le rapport.' }, line: 1, detail: 'checksum' }
+];
+
+test.describe('report page', () => {
+  test('shows the verdict, then every line of the report once and in order, and nothing else happens', async ({ page }) => {
+    const dir = s.tempDir('report');
+    const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
+    expect(made.status).toBe(0);
+    const seen = await s.openPage(page, made.url);
+    await expect(page.locator('h1')).toHaveText('Report: ' + path.join(s.DATA, 'wine-report.txt'));
+    await expect(page.locator('.verdict.intact')).toHaveText(/Intact.*The checksum 500e534b matches the text/);
+    // The findings rules' own, on a report whose suite is not installed.
+    await expect(page.locator('.findings li')).toHaveCount(1);
+    await expect(page.locator('.findings li .title')).toHaveText('The suite is not installed');
+    await expect(page.locator('.findings li .sev')).toHaveText('\u26A0 Warning');
+    await page.getByRole('link', { name: 'Evidence: line 128' }).click();
+    await expect(page.locator('#L128')).toHaveClass(/target/);
+    await expect(page.locator('#L128 .text')).toHaveText('* Standard installation directory (C:\\Program Files\\Orvane Software V9):');
+    // Rules that lacked the report's registry data say so rather than pass.
+    await expect(page.locator('details.not-checked > summary')).toHaveText('4 rules could not check this report');
+    await page.locator('details.not-checked > summary').click();
+    await expect(page.locator('details.not-checked li')).toHaveCount(4);
+    await expect(page.locator('details.not-checked li', { hasText: 'suite.registry-version' })).toContainText('\u2014 no registry data in the report');
+    expectEveryLineOnce(await pageLines(page), s.readBody(path.join(s.DATA, 'wine-report.txt')));
+    await expect(page.locator('details.section > summary h3')).toHaveText(
+      ['Header', 'Program', 'Host', 'Windows', 'Hardware', 'Network', 'Orvane Software installation']);
+    expectQuiet(seen);
+  });
+
+  test('sorts a directory table by any column and filters it as one types', async ({ page }) => {
+    const dir = s.tempDir('sort');
+    const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
+    await s.openPage(page, made.url);
+    const table = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Current directory' }) });
+    const names = () => table.locator('tbody tr:not([hidden]) td:nth-child(6)').allTextContents();
+    const sizes = async () => (await table.locator('tbody tr:not([hidden]) td:nth-child(3)').allTextContents()).map(Number);
+    await table.getByRole('button', { name: 'Size' }).click();
+    const up = await sizes();
+    expect(up).toEqual([...up].sort((a, b) => a - b));
+    expect(up[0]).toBe(0);
+    await table.getByRole('button', { name: 'Size' }).click();
+    expect(await sizes()).toEqual([...up].reverse());
+    await expect(table.locator('th').nth(2)).toHaveAttribute('aria-sort', 'descending');
+    await table.getByRole('button', { name: 'Name' }).click();
+    expect((await names()).slice(0, 3)).toEqual(['.', '..', 'bench_floor.exe']);
+    await table.getByLabel('Filter').fill('fixture_version');
+    expect(await names()).toEqual(['fixture_version_blanks.dll', 'fixture_version_both.dll', 'fixture_version_english.dll',
+      'fixture_version_french.dll', 'fixture_version_neutral.dll']);
+    await expect(table.locator('.count')).toHaveText('5 of 19 shown');
+    await table.getByLabel('Filter').fill('');
+    await expect(table.locator('.count')).toHaveText('19 of 19 shown');
+  });
+
+  test('collapses and opens its sections', async ({ page }) => {
+    const dir = s.tempDir('collapse');
+    const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
+    await s.openPage(page, made.url);
+    await expect(page.locator('#L10')).toBeVisible();
+    await page.locator('summary', { hasText: 'Host' }).click();
+    await expect(page.locator('#L10')).toBeHidden();
+    await expect(page.locator('#L14')).toBeVisible();
+    await page.getByRole('button', { name: 'Close every section' }).click();
+    await expect(page.locator('#L14')).toBeHidden();
+    await page.getByRole('button', { name: 'Open every section' }).click();
+    await expect(page.locator('#L10')).toBeVisible();
+    // From the keyboard: the first stop is the first control, then each section's heading.
+    await page.reload();
+    await page.keyboard.press('Tab');
+    await expect(page.getByRole('link', { name: 'Evidence: line 128' })).toBeFocused();
+    await page.keyboard.press('Tab');
+    await expect(page.locator('details.not-checked > summary')).toBeFocused();
+    await page.keyboard.press('Tab');
+    await expect(page.getByRole('button', { name: 'Open every section' })).toBeFocused();
+    await page.keyboard.press('Tab');
+    await page.keyboard.press('Tab');
+    await expect(page.locator('summary', { hasText: 'Header' })).toBeFocused();
+    await page.keyboard.press('Enter');
+    await expect(page.locator('#L1')).toBeHidden();
+  });
+
+  test('prints with every section and every directory\'s lines open, and no controls', async ({ page }) => {
+    const dir = s.tempDir('print');
+    const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
+    await s.openPage(page, made.url);
+    await page.getByRole('button', { name: 'Close every section' }).click();
+    await page.emulateMedia({ media: 'print' });
+    await page.evaluate(() => window.dispatchEvent(new Event('beforeprint')));
+    expect(await page.$$eval('details', (all) => all.filter((d) => !d.open).length)).toBe(0);
+    await expect(page.locator('#L128')).toBeVisible();
+    await expect(page.locator('tr[data-line="111"]')).toBeVisible();
+    await expect(page.locator('.controls').first()).toBeHidden();
+    expect(await page.$$eval('.controls, .pager', (all) => all.filter((n) => n.checkVisibility()).length)).toBe(0);
+    await page.evaluate(() => window.dispatchEvent(new Event('afterprint')));
+    await page.emulateMedia({ media: 'screen' });
+    await expect(page.locator('#L128')).toBeHidden();
+  });
+
+  test('lists findings most severe first, each leading to its evidence line', async ({ page }) => {
+    const dir = s.tempDir('findings');
+    const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
+    const seen = await s.openPage(page, withFindings(made.file, FINDINGS));
+    await expect(page.locator('.findings li .sev')).toHaveText(['\u2716 Error', '\u26A0 Warning', '\u2139 Information']);
+    await expect(page.locator('.findings li .title')).toHaveText(
+      ['The report was altered', 'The suite carries more than one version', 'Little free space on C:']);
+    await expect(page.locator('.findings li').nth(1)).toContainText('What to do: Install the suite again.');
+    // The evidence is a directory entry: its row is marked and shown, its line as written opened.
+    await page.getByRole('link', { name: 'Evidence: line 117' }).click();
+    const row = page.locator('tr[data-line="117"]');
+    await expect(row).toHaveClass(/target/);
+    await expect(row).toBeInViewport();
+    await expect(page.locator('#L117')).toHaveClass(/target/);
+    await expect(page.locator('#L117')).toBeVisible();
+    await expect(row.locator('td.outlier')).toHaveText('1.4.0.12');
+    await expect(page.locator('td.outlier')).toHaveCount(1);
+    // A line of a closed section: the section opens.
+    await page.locator('summary', { hasText: 'Hardware' }).click();
+    await expect(page.locator('#L31')).toBeHidden();
+    await page.getByRole('link', { name: 'Evidence: line 31' }).click();
+    await expect(page.locator('#L31')).toBeVisible();
+    await expect(page.locator('#L31')).toHaveClass(/target/);
+    await expect(page.locator('#L117')).not.toHaveClass(/target/);
+    expectQuiet(seen);
+  });
+
+  test('the rules\' mixed-versions finding marks the outlying version in its directory\'s table', async ({ page }) => {
+    const dir = s.tempDir('mixed');
+    const body = s.makeBody({ entries: [{ name: 'a.dll', version: '9.3.1.1042' }, { name: 'b.dll', version: '9.2.0.7' },
+      { name: 'c.exe', version: '9.3.1.1042' }] });
+    const made = s.makePage(dir, 'mixed.html', ['--lang', 'en', s.writeReport(path.join(dir, 'mixed.txt'), body)]);
+    const seen = await s.openPage(page, made.url);
+    await expect(page.locator('.findings li .rule')).toHaveText(['suite.mixed-versions']);
+    await expect(page.locator('td.outlier')).toHaveText(['9.2.0.7']);
+    await expect(page.locator('tr:has(td.outlier) td:nth-child(6)')).toHaveText('b.dll');
+    await page.getByRole('link', { name: 'Evidence: line 11' }).click();
+    await expect(page.locator('tr[data-line="11"]')).toHaveClass(/target/);
+    expectQuiet(seen);
+  });
+
+  test('says at the top, in words of danger, that an altered report was altered, and still shows it', async ({ page }) => {
+    const dir = s.tempDir('altered');
+    const body = s.makeBody({ entries: [{ name: 'tool.dll', version: '9.3.1.1042' }] });
+    const file = s.writeReport(path.join(dir, 'altered.txt'), body, '0badf00d');
+    const made = s.makePage(dir, 'altered.html', ['--lang', 'en', file]);
+    expect(made.status).toBe(1);
+    const seen = await s.openPage(page, made.url);
+    const verdict = page.locator('main > .verdict');
+    await expect(verdict).toHaveClass(/altered/);
+    await expect(verdict).toHaveAttribute('role', 'alert');
+    await expect(verdict).toHaveText(new RegExp('Altered.*The trailer says 0badf00d, the text gives ' + s.checksum(body)));
+    expect(await page.evaluate(() => document.querySelector('main').firstElementChild.nextElementSibling.className)).toBe('verdict altered');
+    expectEveryLineOnce(await pageLines(page), body);
+    expectQuiet(seen);
+  });
+
+  test('refuses what show refuses, and writes nothing', async () => {
+    const dir = s.tempDir('refused');
+    fs.writeFileSync(path.join(dir, 'notes.txt'), 'just text\n');
+    const made = s.makePage(dir, 'out.html', [path.join(dir, 'notes.txt')]);
+    expect(made.status).toBe(2);
+    expect(made.stderr).toBe('reportcheck: ' + path.join(dir, 'notes.txt') + ': not a report (no UTF-16 byte-order mark)\n');
+    expect(fs.readdirSync(dir)).toEqual(['notes.txt']);
+  });
+});
+
+test.describe('hostile text', () => {
+  const HOSTILE = [
+    '"quoted" & \'single\'', '<b>bold</b>', '</script><script>window.__pwned = 1</script>',
+    '<img src=x onerror="window.__pwned = 2">', '\u001b[31mred\u001b[0m\u0007', '\u202Eexe.txt', '{{data}} {{script}}',
+    '<!-- comment', '\u0000nul'
+  ];
+
+  test('names with quotes, markup, script ends, controls, direction overrides show as text and run nothing', async ({ page }) => {
+    const dir = s.tempDir('hostile');
+    const body = s.makeBody({ machine: 'PC<i>1</i>', user: '</script>&amp;',
+      entries: HOSTILE.map((name, i) => ({ name, version: i === 2 ? '<script>alert(1)</script>' : '1.0' })) });
+    const file = s.writeReport(path.join(dir, '<script>&"x".txt'), body);
+    const made = s.makePage(dir, 'hostile.html', ['--lang', 'en', file]);
+    expect(made.status).toBe(0);
+    const seen = await s.openPage(page, made.url);
+    expect(await page.evaluate(() => window.__pwned)).toBeUndefined();
+    expect(await page.locator('main img, main b, main i, main script').count()).toBe(0);
+    expectEveryLineOnce(await pageLines(page), body);
+    const cells = await page.locator('tbody td:nth-child(6)').allTextContents();
+    expect(cells).toEqual(HOSTILE);
+    await expect(page.locator('h1')).toHaveText('Report: ' + file);
+    // Controls and overrides show their names, isolated from the text around them.
+    const shown = await page.$$eval('tbody td:nth-child(6) .ctl', (n) => n.map((x) => x.dataset.show));
+    expect(shown).toEqual(['\u241B', '\u241B', '\u2407', 'U+202E', '\u2400']);
+    expectQuiet(seen);
+  });
+
+  test('a report made by the program under Wine from a folder of names Windows allows shows them as text', async ({ page }) => {
+    const dir = s.tempDir('wine-hostile');
+    const file = path.join(__dirname, 'data/wine-hostile.txt');
+    const made = s.makePage(dir, 'wine-hostile.html', ['--lang', 'en', file]);
+    expect(made.status).toBe(0);
+    const seen = await s.openPage(page, made.url);
+    const table = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Current directory' }) });
+    await expect(table.locator('tbody td:nth-child(6)')).toHaveText(['.', '..', '$(id) `id` %TEMP%.txt', '&amp;&lt;script&gt;.txt',
+      'OrvaneDiagnostics.exe', 'Tom & Jerry\'s.dll', '{{data}} {{script}}.txt', '\u202Etxt.exe', '\uFF1Cscript\uFF1E.txt']);
+    await expect(table.locator('tbody tr:nth-child(8) .ctl')).toHaveAttribute('data-show', 'U+202E');
+    expectEveryLineOnce(await pageLines(page), s.readBody(file));
+    expect(await page.locator('main script, main img').count()).toBe(0);
+    expectQuiet(seen);
+  });
+
+  test('the page\'s own policy refuses a script put into it, and any request', async ({ page }) => {
+    const dir = s.tempDir('policy');
+    const made = s.makePage(dir, 'report.html', ['--lang', 'en', path.join(s.DATA, 'wine-report.txt')]);
+    const seen = await s.openPage(page, made.url);
+    await page.evaluate(() => {
+      const script = document.createElement('script');
+      script.textContent = 'window.__injected = 1';
+      document.body.append(script);
+      const image = document.createElement('img');
+      image.src = 'https://example.invalid/pixel.png';
+      document.body.append(image);
+      document.body.append(Object.assign(document.createElement('style'), { textContent: 'body { color: red }' }));
+    });
+    await page.waitForTimeout(200);
+    expect(await page.evaluate(() => window.__injected)).toBeUndefined();
+    expect(await page.evaluate(() => getComputedStyle(document.body).color)).toBe('rgb(27, 31, 36)');
+    expect(seen.requests).toEqual(['refused by the policy: https://example.invalid/pixel.png']);
+    expect(seen.console.filter((m) => /Content Security Policy/.test(m)).length).toBe(3);
+    expect(await page.locator('meta[http-equiv="Content-Security-Policy"]').getAttribute('content')).toMatch(
+      /^default-src 'none'; script-src 'sha256-[A-Za-z0-9+/]{43}='; style-src 'sha256-[A-Za-z0-9+/]{43}='; img-src 'none'; base-uri 'none'; form-action 'none'$/);
+  });
+});
+
+test.describe('comparison page', () => {
+  test('marks each change where it stands, counts them by section, and shows the changes only', async ({ page }) => {
+    const dir = s.tempDir('comparison');
+    const made = s.makePage(dir, 'cmp.html', ['--lang', 'en', '--against', path.join(s.DATA, 'wine-before.txt'), path.join(s.DATA, 'wine-after.txt')]);
+    expect(made.status).toBe(0);
+    const seen = await s.openPage(page, made.url);
+    await expect(page.locator('#changes ~ p').first()).toHaveText('13 changes');
+    await expect(page.locator('.summary-table tbody tr')).toHaveText(['Windows1', 'Hardware2', 'Orvane Software installation10']);
+    await expect(page.locator('details.section summary .badge')).toHaveText(['1 change', '2 changes', '10 changes']);
+    await expect(page.locator('#L16')).toHaveClass(/chg-changed/);
+    await expect(page.locator('#L16 + .note')).toHaveText('changed id: 12345-oem-0000001-54321 \u2192 12345-oem-0000001-99999');
+    await expect(page.locator('tr[data-line="111"]')).toHaveClass(/chg-added/);
+    await expect(page.locator('#L108 ~ .note.removed')).toHaveText('removed Current directory: setup.log: size 5');
+    expectEveryLineOnce(await pageLines(page), s.readBody(path.join(s.DATA, 'wine-after.txt')));
+
+    await page.getByRole('button', { name: 'Close every section' }).click();
+    await page.getByRole('button', { name: 'Open every section' }).click();
+    await page.getByLabel('Show changes only').check();
+    const shown = (selector) => page.$$eval(selector, (nodes) => nodes.filter((n) => n.checkVisibility()).map((n) => Number(n.dataset.line)));
+    expect(await shown('.line')).toEqual([16, 31, 108, 109, 110, 111, 114, 119]);
+    expect(await shown('tr[data-line]')).toEqual([109, 110, 111, 114, 119]);
+    await expect(page.locator('details.section', { hasText: 'Host' })).toBeHidden();
+    await page.getByLabel('Show changes only').uncheck();
+    await expect(page.locator('#L10')).toBeVisible();
+    expectQuiet(seen);
+  });
+});
+
+test.describe('fleet page', () => {
+  test('10,000 reports: one row per report, a page at a time, sorted, filtered, and the versions of each file', async ({ page }) => {
+    test.setTimeout(120000);
+    const dir = s.tempDir('fleet');
+    const reports = path.join(dir, 'reports');
+    fs.mkdirSync(reports);
+    for (let i = 1; i <= 10000; i++) {
+      const machine = 'PC' + String(i).padStart(5, '0');
+      const odd = i % 4000 === 0;  // PC04000 and PC08000 carry another version
+      s.writeReport(path.join(reports, machine + '.txt'), s.makeBody({ machine, user: 'user' + i,
+        entries: [{ name: 'Base.dll', version: '9.3.1.1042' }, { name: 'tool.dll', version: odd ? '9.2.0.7' : '9.3.1.1042' },
+          { name: 'Runner.exe', version: '9.3.1.1042' }] }));
+    }
+    fs.writeFileSync(path.join(reports, 'zz-notes.txt'), 'not a report');
+    const made = s.makePage(dir, 'fleet.html', ['--lang', 'en', reports]);
+    expect(made.status).toBe(2);
+    const seen = await s.openPage(page, made.url);
+    const table = page.locator('.table-block').first();
+    await expect(page.locator('.sub')).toHaveText('10001 files: 0 altered, 1 not reports or unreadable.');
+    await expect(table.locator('tbody tr')).toHaveCount(100);
+    await expect(table.locator('.count')).toHaveText('10001 of 10001 shown');
+    await expect(table.locator('.pager span')).toHaveText('Page 1 of 101');
+    await table.getByRole('button', { name: 'Next page' }).click();
+    await expect(table.locator('tbody tr').first().locator('td').first()).toHaveText('PC00101');
+    await table.getByRole('button', { name: 'Machine' }).click();
+    await table.getByRole('button', { name: 'Machine' }).click();
+    await expect(table.locator('tbody tr').first().locator('td').first()).toHaveText('PC10000');
+    await table.getByLabel('Filter').fill('not a report');
+    await expect(table.locator('tbody tr')).toHaveCount(1);
+    await expect(table.locator('tbody tr td').nth(3)).toHaveText('\u2716 not a report');
+    await table.getByLabel('Filter').fill('pc0999');
+    await expect(table.locator('.count')).toHaveText('10 of 10001 shown');
+
+    const files = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Files of the suite' }) });
+    await expect(files.locator('tbody tr')).toHaveText(['Base.dll9.3.1.104210000Show the machines', 'Runner.exe9.3.1.104210000Show the machines',
+      'tool.dll9.3.1.10429998Show the machines', 'tool.dll9.2.0.72PC04000, PC08000']);
+    await expect(files.locator('td.outlier')).toHaveText(['9.2.0.7']);
+    // The mixed-versions rule finds the two machines, and their rows count it.
+    const found = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Findings across the fleet' }) });
+    await expect(found.locator('tbody tr')).toHaveText(['\u26A0 Warningsuite.mixed-versionsThe suite\'s files carry more than one product version2PC04000, PC08000']);
+    await table.getByLabel('Filter').fill('PC04000');
+    await expect(table.locator('tbody tr td')).toHaveText(['PC04000', 'user4000', '11/22/2026 2:36:06 PM', 'intact', '0', '1', '0', path.join(reports, 'PC04000.txt')]);
+    expectQuiet(seen);
+  });
+});
+
+test.describe('languages', () => {
+  test('French by --lang or by the locale, English otherwise; the report\'s lines as they are', async ({ page }) => {
+    const dir = s.tempDir('languages');
+    const report = path.join(s.DATA, 'wine-report.txt');
+    const french = s.makePage(dir, 'fr.html', ['--lang', 'fr', report]);
+    await s.openPage(page, french.url);
+    await expect(page.locator('html')).toHaveAttribute('lang', 'fr');
+    await expect(page.locator('h1')).toHaveText('Rapport\u00A0: ' + report);
+    await expect(page.locator('.verdict')).toHaveText(/La somme de contrôle 500e534b correspond au texte/);
+    await expect(page.locator('details.section > summary h3')).toHaveText(
+      ['En-tête', 'Programme', 'Hôte', 'Windows', 'Matériel', 'Réseau', 'Installation d’Orvane Software']);
+    await expect(page.locator('#L4 .text')).toHaveText('Program:');
+    const { spawnSync } = require('child_process');
+    for (const [env, expected] of [[{ LANG: 'fr_FR.UTF-8' }, 'fr'], [{ LANG: 'de_DE.UTF-8' }, 'en'], [{ LC_ALL: 'fr_CA.UTF-8', LANG: 'en_US' }, 'fr']]) {
+      const out = path.join(dir, 'locale.html');
+      const run = spawnSync(s.REPORTCHECK, ['page', '-o', out, report], { env: { PATH: process.env.PATH, ...env } });
+      expect(run.status).toBe(0);
+      expect(fs.readFileSync(out, 'utf8')).toContain('<html lang="' + expected + '">');
+    }
+  });
+});
+
+test.describe('accessibility', () => {
+  for (const [kind, args] of [
+    ['report', (dir) => [path.join(s.DATA, 'wine-report.txt')]],
+    ['comparison', (dir) => ['--against', path.join(s.DATA, 'wine-before.txt'), path.join(s.DATA, 'wine-after.txt')]],
+    ['fleet', (dir) => [s.DATA]]]) {
+    for (const lang of ['en', 'fr']) {
+      test(`${kind} page in ${lang}: no serious or critical axe-core violation`, async ({ page }) => {
+        const dir = s.tempDir('axe');
+        const made = s.makePage(dir, kind + '.html', ['--lang', lang, ...args(dir)]);
+        await s.openPage(page, withFindings(made.file, kind === 'fleet' ? undefined : FINDINGS));
+        await page.evaluate(AXE);
+        const result = await page.evaluate(() => window.axe.run(document, { resultTypes: ['violations'] }));
+        expect(result.testEngine.name).toBe('axe-core');
+        expect(result.passes.length).toBeGreaterThan(10);
+        const grave = result.violations.filter((v) => v.impact === 'serious' || v.impact === 'critical')
+          .map((v) => v.id + ': ' + v.nodes.slice(0, 3).map((n) => n.target.join(' ')).join(', '));
+        expect(grave).toEqual([]);
+      });
+    }
+  }
+});
