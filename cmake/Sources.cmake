@@ -37,6 +37,7 @@ set(DIAG_PURE_TESTS
   tests/format/InstallationText_test.cpp
   tests/format/InstallationRecord_test.cpp
   tests/reader/ReportModel_test.cpp
+  tests/reader/RoundTrip_test.cpp
   tests/format/SystemSections_test.cpp
   tests/diagwin/SaveLocation_test.cpp
   tests/format/ViewText_test.cpp

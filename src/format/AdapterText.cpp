@@ -9,7 +9,6 @@ std::string AsSigned(std::uint32_t value) { return numtext::Signed<char>(static_
 std::string AsUnsigned(std::uint32_t value) { return numtext::Unsigned<char>(value); }
 
 void AppendLine(std::string& output, std::string_view label, const std::string& value) {
-    output += '\t';
     output += label;
     output += value;
     output += '\n';
@@ -17,15 +16,19 @@ void AppendLine(std::string& output, std::string_view label, const std::string& 
 
 void AppendCount(std::string& output, std::size_t count, std::string_view what) {
     if (count == 0) {
-        AppendLine(output, "No " + std::string(what), "");
+        output += lineform::kNoCount.Narrow();
+        output += what;
+        output += '\n';
         return;
     }
-    AppendLine(output, "Number of " + std::string(what) + ": ", AsSigned(static_cast<std::uint32_t>(count)));
+    output += lineform::kNumberOf.Narrow();
+    output += what;
+    AppendLine(output, lineform::kCountSeparator.Narrow(), AsSigned(static_cast<std::uint32_t>(count)));
 }
 
 void AppendPhysicalAddress(std::string& output, const std::vector<std::uint8_t>& address) {
     if (address.empty()) return;
-    output += "\tPhysical address: ";
+    output += lineform::kPhysicalAddress.Narrow();
     for (std::size_t i = 0; i < address.size(); ++i) {
         output += numtext::Hex<char>(address[i], 2, true);
         output += i + 1 < address.size() ? '-' : '\n';
@@ -33,7 +36,7 @@ void AppendPhysicalAddress(std::string& output, const std::vector<std::uint8_t>&
 }
 
 void AppendZoneIndices(std::string& output, const std::array<std::uint32_t, 16>& zones) {
-    output += "\tZoneIndices (hex): ";
+    output += lineform::kZoneIndices.Narrow();
     for (std::uint32_t zone : zones) {
         output += numtext::Hex<char>(zone, 1, false);
         output += ' ';
@@ -41,39 +44,33 @@ void AppendZoneIndices(std::string& output, const std::array<std::uint32_t, 16>&
     output += '\n';
 }
 
-void AppendPrefixCount(std::string& output, std::size_t count) {
-    if (count == 0) {
-        output += "\tNo IP Adapter Prefix entries\n";
-        return;
-    }
-    AppendLine(output, "Number of IP Adapter Prefix entries: ", AsSigned(static_cast<std::uint32_t>(count)));
-}
 }  // namespace
 
 void AppendAdapterBlock(std::string& output, const AdapterRecord& adapter) {
-    AppendLine(output, "Adapter name: ", adapter.adapterName);
-    AppendLine(output, "IfIndex (IPv4 interface): ", AsUnsigned(adapter.ifIndex));
-    AppendCount(output, adapter.unicastCount, "Unicast Addresses");
-    AppendCount(output, adapter.anycastCount, "Anycast Addresses");
-    AppendCount(output, adapter.multicastCount, "Multicast Addresses");
-    AppendCount(output, adapter.dnsServerCount, "DNS Server Addresses");
-    AppendLine(output, "DNS Suffix: ", adapter.dnsSuffix);
-    AppendLine(output, "Description: ", adapter.description);
-    AppendLine(output, "Friendly name: ", adapter.friendlyName);
+    using namespace lineform;
+    AppendLine(output, kAdapterName.Narrow(), adapter.adapterName);
+    AppendLine(output, kIfIndex.Narrow(), AsUnsigned(adapter.ifIndex));
+    AppendCount(output, adapter.unicastCount, kUnicastAddresses.Narrow());
+    AppendCount(output, adapter.anycastCount, kAnycastAddresses.Narrow());
+    AppendCount(output, adapter.multicastCount, kMulticastAddresses.Narrow());
+    AppendCount(output, adapter.dnsServerCount, kDnsServerAddresses.Narrow());
+    AppendLine(output, kDnsSuffix.Narrow(), adapter.dnsSuffix);
+    AppendLine(output, kDescription.Narrow(), adapter.description);
+    AppendLine(output, kFriendlyName.Narrow(), adapter.friendlyName);
     AppendPhysicalAddress(output, adapter.physicalAddress);
-    AppendLine(output, "Flags: ", AsSigned(adapter.flags));
-    AppendLine(output, "Mtu: ", AsUnsigned(adapter.mtu));
-    AppendLine(output, "IfType: ", AsSigned(adapter.ifType));
-    AppendLine(output, "OperStatus: ", AsSigned(adapter.operStatus));
-    AppendLine(output, "Ipv6IfIndex (IPv6 interface): ", AsUnsigned(adapter.ipv6IfIndex));
+    AppendLine(output, kFlags.Narrow(), AsSigned(adapter.flags));
+    AppendLine(output, kMtu.Narrow(), AsUnsigned(adapter.mtu));
+    AppendLine(output, kIfType.Narrow(), AsSigned(adapter.ifType));
+    AppendLine(output, kOperStatus.Narrow(), AsSigned(adapter.operStatus));
+    AppendLine(output, kIpv6IfIndex.Narrow(), AsUnsigned(adapter.ipv6IfIndex));
     AppendZoneIndices(output, adapter.zoneIndices);
-    AppendPrefixCount(output, adapter.prefixCount);
+    AppendCount(output, adapter.prefixCount, kPrefixEntries.Narrow());
     output += '\n';
 }
 
 std::string FormatAdaptersFailure(std::uint32_t error, const std::optional<std::string>& firstCharacter) {
-    std::string text = "Call to GetAdaptersAddresses failed with error: " + AsSigned(error) + "\n";
-    if (error == kErrorNoData) return text + "\tNo addresses were found for the requested parameters\n";
-    if (firstCharacter) text += "\tError: " + *firstCharacter;
+    std::string text = std::string(lineform::kEnumerationError.Narrow()) + AsSigned(error) + "\n";
+    if (error == kErrorNoData) return text + std::string(lineform::kNoAddressesFound.Narrow()) + "\n";
+    if (firstCharacter) text += std::string(lineform::kErrorText.Narrow()) + *firstCharacter;
     return text;
 }

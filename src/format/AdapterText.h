@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "format/LineForms.h"
+
 // What the listing reports of one adapter, already in 8-bit text.
 struct AdapterRecord {
     std::string adapterName;
@@ -31,9 +33,10 @@ struct AdapterRecord {
     std::size_t prefixCount = 0;
 };
 
-inline constexpr std::string_view kAdaptersHeading = "Adapters enumeration:\n";
-inline constexpr std::string_view kAdapterAllocationFailure =
-    "Memory allocation failed for IP_ADAPTER_ADDRESSES struct\n";
+inline constexpr auto kAdaptersHeadingPiece = lineform::LinePiece<char>(lineform::kAdaptersHeading);
+inline constexpr auto kAdapterAllocationFailurePiece = lineform::LinePiece<char>(lineform::kAllocationFailure);
+inline constexpr std::string_view kAdaptersHeading = kAdaptersHeadingPiece.View();  // "Adapters enumeration:\n"
+inline constexpr std::string_view kAdapterAllocationFailure = kAdapterAllocationFailurePiece.View();
 inline constexpr std::uint32_t kErrorNoData = 232;  // ERROR_NO_DATA
 
 // Appends the block of one adapter, closed by a blank line.

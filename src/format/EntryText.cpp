@@ -77,7 +77,7 @@ std::string CleanExcerpt(std::string_view line) {
 }
 
 std::wstring FormatContentPart(std::wstring_view excerpt) {
-    return L"\n\t\t\t\tContent:\"" + std::wstring(excerpt) + L"\"";
+    return L"\n" + std::wstring(lineform::kContentLead.Wide()) + std::wstring(excerpt) + lineform::kContentEnd.wide;
 }
 
 bool IsDotEntry(std::wstring_view name) { return name == L"." || name == L".."; }

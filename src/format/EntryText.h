@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "format/LineForms.h"
+
 // "%08x %10d\t": the attribute bits, then the low 32 bits of the size read as
 // a signed number (sizes from 2 GiB show negative, from 4 GiB wrap).
 std::wstring FormatEntryHead(std::uint32_t attributes, std::uint32_t sizeLow);
@@ -46,7 +48,7 @@ struct AccountName {
 // then "DOMAIN\\name [RWX];", or just ";" when the account is unknown.
 std::wstring FormatAccessEntry(AceKind kind, const std::optional<AccountName>& account, std::uint32_t mask);
 
-inline constexpr std::wstring_view kAccessListHeading = L" ACL:";
+inline constexpr std::wstring_view kAccessListHeading = lineform::kAccessList.Wide();  // " ACL:"
 inline constexpr std::wstring_view kNullAccessList = L" NULL (Allow All)";
 // What an entry that cannot be read shows.
 inline constexpr std::wstring_view kUnreadableAccessEntry = L";";

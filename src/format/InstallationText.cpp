@@ -15,11 +15,12 @@ std::wstring Joined(std::wstring_view base, std::wstring_view tail) {
 }
 
 std::wstring Heading(std::wstring_view title, std::wstring_view directory) {
-    std::wstring heading = L"* ";
+    std::wstring heading(lineform::kDirectoryLead.Wide());
     heading.append(title);
-    heading.append(L" (");
+    heading.append(lineform::kDirectoryPathOpen.Wide());
     heading.append(directory);
-    heading.append(L"):\n");
+    heading.append(lineform::kDirectoryPathClose.Wide());
+    heading.push_back(L'\n');
     return heading;
 }
 
@@ -36,19 +37,19 @@ std::wstring SharedBatchDirectory(std::wstring_view commonAppData) {
 }
 
 std::wstring FormatCurrentDirectoryHeading(std::wstring_view directory) {
-    return Heading(L"Current directory", directory);
+    return Heading(lineform::kCurrentDirectory.Wide(), directory);
 }
 
 std::wstring FormatStandardDirectoryHeading(std::wstring_view directory) {
-    return Heading(L"Standard installation directory", directory);
+    return Heading(lineform::kStandardDirectory.Wide(), directory);
 }
 
 std::wstring FormatSharedParametersHeading(std::wstring_view directory) {
-    return Heading(L"Shared parameters directory", directory);
+    return Heading(lineform::kSharedParametersDirectory.Wide(), directory);
 }
 
 std::wstring FormatSharedBatchHeading(std::wstring_view directory) {
-    return Heading(L"Shared Batch directory", directory);
+    return Heading(lineform::kSharedBatchDirectory.Wide(), directory);
 }
 
 bool ShouldListRegistryDirectory(std::wstring_view location, std::wstring_view standardDirectory,

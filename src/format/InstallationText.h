@@ -5,10 +5,16 @@
 #include <string>
 #include <string_view>
 
-inline constexpr std::wstring_view kInstallationHeading = L"\nOrvane Software installation:\n";
-inline constexpr std::wstring_view kRegistryDataHeading = L"* Registry installation data:\n";
+#include "format/LineForms.h"
+
+inline constexpr auto kInstallationHeadingPiece = lineform::HeadingPiece<wchar_t>(lineform::kInstallationHeading);
+inline constexpr auto kRegistryDataHeadingPiece = lineform::LinePiece<wchar_t>(lineform::kRegistryDataHeading);
+inline constexpr auto kRegistryDirectoryHeadingPiece =
+    lineform::LinePiece<wchar_t>(lineform::kRegistryDirectoryHeading);
+inline constexpr std::wstring_view kInstallationHeading = kInstallationHeadingPiece.View();
+inline constexpr std::wstring_view kRegistryDataHeading = kRegistryDataHeadingPiece.View();
 // This heading names no path: the location was printed with the data above.
-inline constexpr std::wstring_view kRegistryDirectoryHeading = L"* Registry installation directory:\n";
+inline constexpr std::wstring_view kRegistryDirectoryHeading = kRegistryDirectoryHeadingPiece.View();
 
 // Under HKEY_LOCAL_MACHINE.
 inline constexpr wchar_t kSuiteRegistryKey[] = L"Software\\Orvane Software";

@@ -10,15 +10,21 @@
 
 namespace numtext {
 
+// The digits of `value`, at least `minDigits` of them (zeros in front).
+// Written backwards into a buffer and copied once: these run for every
+// entry of a listing and every line of a collected report.
 template <typename Ch>
-std::basic_string<Ch> Unsigned(std::uint64_t value, unsigned base = 10, bool upper = false) {
+std::basic_string<Ch> Unsigned(std::uint64_t value, unsigned base = 10, bool upper = false, std::size_t minDigits = 1) {
     const char* digits = upper ? "0123456789ABCDEF" : "0123456789abcdef";
-    std::basic_string<Ch> text;
+    Ch buffer[64];
+    Ch* const end = buffer + 64;
+    Ch* first = end;
     do {
-        text.insert(text.begin(), static_cast<Ch>(digits[value % base]));
+        *--first = static_cast<Ch>(digits[value % base]);
         value /= base;
     } while (value != 0);
-    return text;
+    while (static_cast<std::size_t>(end - first) < minDigits && first > buffer) *--first = static_cast<Ch>('0');
+    return std::basic_string<Ch>(first, end);
 }
 
 template <typename Ch>
@@ -40,7 +46,7 @@ std::basic_string<Ch> PadLeft(std::basic_string<Ch> text, std::size_t width, Ch 
 
 template <typename Ch>
 std::basic_string<Ch> Hex(std::uint64_t value, std::size_t minDigits, bool upper) {
-    return PadLeft(Unsigned<Ch>(value, 16, upper), minDigits, static_cast<Ch>('0'));
+    return Unsigned<Ch>(value, 16, upper, minDigits);
 }
 
 }  // namespace numtext

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "format/LineForms.h"
+
 namespace {
 
 // Whatever the caller hands over, nothing beyond the read buffer's capacity
@@ -35,7 +37,7 @@ std::int32_t RegistryDataAsNumber(RegistryBytes data) {
 std::wstring FormatInstallationValueLine(const InstallationValue& value, RegistryBytes data) {
     std::wstring line = L"\t";
     line.append(value.name);
-    line.append(L": ");
+    line.append(lineform::kRegistryValueSeparator.Wide());
     if (value.format == RegistryValueFormat::kNumber)
         line.append(std::to_wstring(RegistryDataAsNumber(data)));
     else
@@ -44,4 +46,6 @@ std::wstring FormatInstallationValueLine(const InstallationValue& value, Registr
     return line;
 }
 
-std::wstring FormatProductIdLine(RegistryBytes data) { return L"\tid: " + RegistryDataAsText(data) + L"\n"; }
+std::wstring FormatProductIdLine(RegistryBytes data) {
+    return std::wstring(lineform::kProductId.Wide()) + RegistryDataAsText(data) + L"\n";
+}

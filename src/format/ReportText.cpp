@@ -53,7 +53,7 @@ std::wstring FormatLocalDateAndTime(const std::tm& localTime) {
 }
 
 std::wstring ComposeReportHeader(std::wstring_view dateAndTime, std::size_t capacity) {
-    constexpr std::wstring_view kLead = L"Orvane Software system report on ";
+    constexpr std::wstring_view kLead = lineform::kHeaderLead.Wide();
     constexpr std::wstring_view kEnd = L"\n\n";
     // The terminator counts: a buffer of `capacity` holds capacity - 1 characters.
     if (kLead.size() + dateAndTime.size() + kEnd.size() >= capacity) return {};
@@ -85,20 +85,21 @@ std::wstring ProgramDirectoryOf(std::wstring_view modulePath) {
     return std::wstring(modulePath.substr(0, cut));
 }
 
-std::wstring FormatProgramDirectoryLine(std::wstring_view directory) { return Line(L"in ", directory); }
+std::wstring FormatProgramDirectoryLine(std::wstring_view directory) { return Line(lineform::kProgramDirectory.Wide(), directory); }
 
 std::wstring FormatHostNameLine(std::wstring_view netbiosName, std::wstring_view wmiDomain, std::wstring_view wmiName) {
-    std::wstring line = L"\tname: ";
+    std::wstring line(lineform::kHostName.Wide());
     line.append(netbiosName);
-    line.append(L" (");
+    line.append(lineform::kOpenParenthesis.Wide());
     line.append(wmiDomain);
-    line.append(L"\\");
+    line.append(lineform::kDomainSeparator.Wide());
     line.append(wmiName);
-    line.append(L")\n");
+    line.append(lineform::kCloseParenthesis.Wide());
+    line.push_back(L'\n');
     return line;
 }
 
-std::wstring FormatUserLine(std::wstring_view userName) { return Line(L"\tuser: ", userName); }
+std::wstring FormatUserLine(std::wstring_view userName) { return Line(lineform::kUser.Wide(), userName); }
 
 std::wstring_view ChooseWindowsVersionLabel(const WindowsVersionTest& isAtLeast) {
     for (const VersionThreshold& threshold : kVersionThresholds) {
@@ -110,59 +111,65 @@ std::wstring_view ChooseWindowsVersionLabel(const WindowsVersionTest& isAtLeast)
 std::wstring_view WindowsEditionLabel(bool isWorkstation) { return isWorkstation ? L"Desktop" : L"Server"; }
 
 std::wstring FormatVersionReportedLine(std::wstring_view versionLabel, std::wstring_view editionLabel) {
-    std::wstring line = L"\tversion reported: ";
+    std::wstring line(lineform::kVersionReported.Wide());
     line.append(versionLabel);
-    line.append(L" (");
+    line.append(lineform::kOpenParenthesis.Wide());
     line.append(editionLabel);
-    line.append(L")\n");
+    line.append(lineform::kCloseParenthesis.Wide());
+    line.push_back(L'\n');
     return line;
 }
 
-std::wstring FormatRealVersionLine(std::wstring_view version) { return Line(L"\treal version: ", version); }
+std::wstring FormatRealVersionLine(std::wstring_view version) { return Line(lineform::kRealVersion.Wide(), version); }
 
-std::wstring FormatSystemPathLine(std::wstring_view path) { return Line(L"\tsystem path: ", path); }
+std::wstring FormatSystemPathLine(std::wstring_view path) { return Line(lineform::kSystemPath.Wide(), path); }
 
-std::wstring FormatProgramFilesLine(std::wstring_view path) { return Line(L"\tprogram file path: ", path); }
+std::wstring FormatProgramFilesLine(std::wstring_view path) { return Line(lineform::kProgramFilesPath.Wide(), path); }
 
 std::wstring FormatCommonAppDataLine(std::wstring_view path) {
-    return Line(L"\tapplication common shared path: ", path);
+    return Line(lineform::kCommonAppDataPath.Wide(), path);
 }
 
-std::wstring FormatBiosLine(std::wstring_view name) { return Line(L"\tbios: ", name); }
+std::wstring FormatBiosLine(std::wstring_view name) { return Line(lineform::kBios.Wide(), name); }
 
-std::wstring FormatBoardLine(std::wstring_view manufacturer) { return Line(L"\tboard: ", manufacturer); }
+std::wstring FormatBoardLine(std::wstring_view manufacturer) { return Line(lineform::kBoard.Wide(), manufacturer); }
 
 std::wstring FormatProcessorCountLine(std::uint32_t count) {
-    return Line(L"\tnumber of processors: ", std::to_wstring(count));
+    return Line(lineform::kProcessorCount.Wide(), std::to_wstring(count));
 }
 
 std::wstring FormatProcessorLine(std::uint16_t architecture, std::uint16_t level, std::uint16_t revision) {
-    return L"\tprocessor : " + std::to_wstring(architecture) + L" (" + std::to_wstring(level) + L"." +
-           std::to_wstring(revision) + L")\n";
+    return std::wstring(lineform::kProcessor.Wide()) + std::to_wstring(architecture) + lineform::kOpenParenthesis.wide +
+           std::to_wstring(level) + L"." + std::to_wstring(revision) + lineform::kCloseParenthesis.wide + L"\n";
 }
 
 // Only the low half of the 64-bit mask is shown: the line keeps the form it
 // has always had in the report.
 std::wstring FormatActiveProcessorMaskLine(std::uint64_t mask) {
-    return Line(L"\tactive processor mask: ", std::to_wstring(static_cast<std::uint32_t>(mask)));
+    return Line(lineform::kActiveProcessorMask.Wide(), std::to_wstring(static_cast<std::uint32_t>(mask)));
 }
 
-std::wstring FormatPageSizeLine(std::uint32_t pageSize) { return Line(L"\tpage size: ", std::to_wstring(pageSize)); }
+std::wstring FormatPageSizeLine(std::uint32_t pageSize) { return Line(lineform::kPageSize.Wide(), std::to_wstring(pageSize)); }
 
 // Like the mask, each address shows its low 32 bits only (0x10000-0xfffeffff
 // on a usual system).
 std::wstring FormatApplicationAddressesLine(std::uint64_t lowest, std::uint64_t highest) {
-    return L"\tapplication addresses: 0x" + Low32Hex(lowest) + L"-0x" + Low32Hex(highest) + L"\n";
+    const wchar_t* hex = lineform::kHexPrefix.wide;
+    return std::wstring(lineform::kApplicationAddresses.Wide()) + hex + Low32Hex(lowest) + L"-" + hex +
+           Low32Hex(highest) + L"\n";
 }
 
 std::wstring FormatMemoryLine(std::uint64_t totalPhysical, std::uint64_t totalVirtual, std::uint64_t totalPaging) {
-    return L"\tmemory: " + Kilobytes(totalPhysical) + L"K physical, " + Kilobytes(totalVirtual) + L"K virtual, " +
-           Kilobytes(totalPaging) + L"K paging\n";
+    return std::wstring(lineform::kMemory.Wide()) + Kilobytes(totalPhysical) + lineform::kMemoryPhysical.wide +
+           Kilobytes(totalVirtual) + lineform::kMemoryVirtual.wide + Kilobytes(totalPaging) +
+           lineform::kMemoryPaging.wide + L"\n";
 }
 
 std::wstring FormatVolumeLine(const VolumeRecord& volume) {
-    return L"\tC volume: 0x" + Low32Hex(volume.serialNumber) + L" 0x" + Low32Hex(volume.fileSystemFlags) + L" " +
-           volume.fileSystemName + L" total " + SignedKilobytes(volume.totalBytes) + L"K free " +
-           SignedKilobytes(volume.totalFreeBytes) + L"K (user " + SignedKilobytes(volume.bytesAvailableToCaller) +
-           L"K)\n";
+    const wchar_t* hex = lineform::kHexPrefix.wide;
+    return std::wstring(lineform::kVolume.Wide()) + hex + Low32Hex(volume.serialNumber) + L" " + hex +
+           Low32Hex(volume.fileSystemFlags) + L" " + volume.fileSystemName + lineform::kVolumeTotal.wide +
+           SignedKilobytes(volume.totalBytes) + lineform::kVolumeFree.wide + SignedKilobytes(volume.totalFreeBytes) +
+           lineform::kVolumeUser.wide + SignedKilobytes(volume.bytesAvailableToCaller) + lineform::kVolumeEnd.wide +
+           L"\n";
 }

@@ -14,6 +14,8 @@
 #include <string>
 #include <string_view>
 
+#include "format/LineForms.h"
+
 // --- Header -----------------------------------------------------------------
 
 // The header is formatted into a buffer of this many characters, terminator
@@ -32,11 +34,16 @@ std::wstring FormatReportHeader(const std::tm& localTime, std::size_t capacity =
 
 // --- Headings (each appended as one piece) -----------------------------------
 
-inline constexpr std::wstring_view kProgramHeading = L"\nProgram:\n";
-inline constexpr std::wstring_view kHostHeading = L"\nHost:\n";
-inline constexpr std::wstring_view kWindowsHeading = L"\nWindows:\n";
-inline constexpr std::wstring_view kHardwareHeading = L"\nHardware:\n";
-inline constexpr std::wstring_view kNetworkHeading = L"\nNetwork:\n";
+inline constexpr auto kProgramHeadingPiece = lineform::HeadingPiece<wchar_t>(lineform::kProgramHeading);
+inline constexpr auto kHostHeadingPiece = lineform::HeadingPiece<wchar_t>(lineform::kHostHeading);
+inline constexpr auto kWindowsHeadingPiece = lineform::HeadingPiece<wchar_t>(lineform::kWindowsHeading);
+inline constexpr auto kHardwareHeadingPiece = lineform::HeadingPiece<wchar_t>(lineform::kHardwareHeading);
+inline constexpr auto kNetworkHeadingPiece = lineform::HeadingPiece<wchar_t>(lineform::kNetworkHeading);
+inline constexpr std::wstring_view kProgramHeading = kProgramHeadingPiece.View();    // "\nProgram:\n"
+inline constexpr std::wstring_view kHostHeading = kHostHeadingPiece.View();          // "\nHost:\n"
+inline constexpr std::wstring_view kWindowsHeading = kWindowsHeadingPiece.View();    // "\nWindows:\n"
+inline constexpr std::wstring_view kHardwareHeading = kHardwareHeadingPiece.View();  // "\nHardware:\n"
+inline constexpr std::wstring_view kNetworkHeading = kNetworkHeadingPiece.View();    // "\nNetwork:\n"
 
 // --- Program ----------------------------------------------------------------
 
@@ -50,7 +57,8 @@ std::wstring ProgramDirectoryOf(std::wstring_view modulePath);
 // "in <directory>\n"
 std::wstring FormatProgramDirectoryLine(std::wstring_view directory);
 
-inline constexpr std::wstring_view kAdministratorLine = L"launched as administrator\n";
+inline constexpr auto kAdministratorLinePiece = lineform::LinePiece<wchar_t>(lineform::kAdministratorLine);
+inline constexpr std::wstring_view kAdministratorLine = kAdministratorLinePiece.View();
 
 // --- Host -------------------------------------------------------------------
 
@@ -86,7 +94,9 @@ std::wstring FormatCommonAppDataLine(std::wstring_view path);
 
 // --- Hardware ---------------------------------------------------------------
 
-inline constexpr std::wstring_view kSystemBitsLine = L"\tsystem: 64 bits\n";
+inline constexpr auto kSystemBitsLinePiece =
+    lineform::Joined<wchar_t>({lineform::kSystemBits.Narrow(), "64", lineform::kBitsUnit.Narrow(), "\n"});
+inline constexpr std::wstring_view kSystemBitsLine = kSystemBitsLinePiece.View();  // "\tsystem: 64 bits\n"
 
 // "\tbios: <name>\n"
 std::wstring FormatBiosLine(std::wstring_view name);

@@ -164,7 +164,7 @@ private:
         for (const auto& a : report_.network.adapters) subjects_.emplace("Network\x1f" "adapter " + a.name, a.line);
         const std::string section = "Orvane Software installation";
         for (const auto& d : report_.installation.directories) {
-            const std::string title = report_model::DirectoryTitle(d.kind);
+            const std::string title = report_model::DirectoryName(d.kind);
             subjects_.emplace(section + '\x1f' + title, d.line);
             for (const auto& e : d.entries) subjects_.emplace(section + '\x1f' + title + ": " + e.name, e.line);
         }
@@ -216,7 +216,7 @@ private:
         for (const auto& d : report_.installation.directories) {
             json.Open('{');
             Member(json, "kind", report_model::DirectoryKindName(d.kind));
-            Member(json, "title", report_model::DirectoryTitle(d.kind));
+            Member(json, "title", report_model::DirectoryName(d.kind));
             MemberOrNull(json, "path", d.path);
             LineMember(json, "line", d.line);
             json.Key("entries");  // each an array: line, contentLine, attributes, size, created, written, name, version, acl, content

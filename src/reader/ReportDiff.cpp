@@ -5,21 +5,13 @@
 #include <set>
 #include <utility>
 
+#include "format/LineForms.h"
 #include "reader/ReportModelText.h"
 #include "reader/ReportRender.h"
 
 namespace report_model {
 
-std::string DirectoryTitle(DirectoryKind kind) {
-    switch (kind) {
-        case DirectoryKind::Current: return "Current directory";
-        case DirectoryKind::Standard: return "Standard installation directory";
-        case DirectoryKind::Registry: return "Registry installation directory";
-        case DirectoryKind::SharedParameters: return "Shared parameters directory";
-        case DirectoryKind::SharedBatch: return "Shared Batch directory";
-    }
-    return {};
-}
+using namespace lineform;
 
 namespace {
 
@@ -30,8 +22,16 @@ struct Item {
     std::optional<std::string> value;
 };
 
-constexpr const char* kSectionOrder[] = {"Program", "Host", "Windows", "Hardware", "Network",
-                                         "Orvane Software installation", "Unrecognised lines"};
+constexpr std::string_view kSectionOrder[] = {kProgramHeading.Name(),  kHostHeading.Name(),
+                                              kWindowsHeading.Name(),  kHardwareHeading.Name(),
+                                              kNetworkHeading.Name(),  kInstallationHeading.Name(),
+                                              "Unrecognised lines"};
+
+// "Registry installation data" of "* Registry installation data:".
+std::string ListHeadingTitle(std::string_view heading) {
+    heading.remove_prefix(kDirectoryLead.Narrow().size());
+    return std::string(heading.substr(0, heading.size() - 1));  // less its colon
+}
 
 std::string Key(const Item& item) {
     return item.section + '\x1f' + item.subject + '\x1f' + item.field;
@@ -59,9 +59,9 @@ public:
     }
 
 private:
-    void Add(const std::string& section, const std::string& subject, const std::string& field,
+    void Add(const std::string& section, const std::string& subject, std::string_view field,
              std::optional<std::string> value) {
-        items_.push_back({section, subject, field, std::move(value)});
+        items_.push_back({section, subject, std::string(field), std::move(value)});
     }
     // Subjects are matched by name; a name that comes twice (only an edited
     // report can do that) is told apart by its rank.
@@ -73,49 +73,49 @@ private:
     }
 
     void Program(const ProgramSection& p) {
-        const std::string s = "Program";
+        const std::string s(kProgramHeading.Name());
         Add(s, "", "name", p.name);
         Add(s, "", "version", p.version);
-        Add(s, "", "in", p.directory);
-        Add(s, "", "launched as administrator", p.heading.present ? std::optional<std::string>(p.elevated ? "yes" : "no")
+        Add(s, "", kProgramDirectory.Name(), p.directory);
+        Add(s, "", kAdministratorLine.Name(), p.heading.present ? std::optional<std::string>(p.elevated ? "yes" : "no")
                                                                   : std::nullopt);
     }
 
     void Host(const HostSection& h) {
-        const std::string s = "Host";
+        const std::string s(kHostHeading.Name());
         const auto part = [&](const std::string& v) { return h.hasNameLine ? std::optional(v) : std::nullopt; };
         Add(s, "", "name", part(h.netbiosName));
         Add(s, "", "domain", part(h.domain));
         Add(s, "", "WMI name", part(h.wmiName));
-        Add(s, "", "user", h.user);
+        Add(s, "", kUser.Name(), h.user);
     }
 
     void Windows(const WindowsSection& w) {
-        const std::string s = "Windows";
-        Add(s, "", "version reported",
-            w.hasVersionReported ? std::optional(w.versionLabel + " (" + w.edition + ")") : std::nullopt);
-        Add(s, "", "real version", w.realVersion);
-        Add(s, "", "id", w.productId);
-        Add(s, "", "system path", w.systemPath);
-        Add(s, "", "program file path", w.programFilesPath);
-        Add(s, "", "application common shared path", w.commonAppDataPath);
+        const std::string s(kWindowsHeading.Name());
+        Add(s, "", kVersionReported.Name(),
+            w.hasVersionReported ? std::optional(VersionReportedValue(w)) : std::nullopt);
+        Add(s, "", kRealVersion.Name(), w.realVersion);
+        Add(s, "", kProductId.Name(), w.productId);
+        Add(s, "", kSystemPath.Name(), w.systemPath);
+        Add(s, "", kProgramFilesPath.Name(), w.programFilesPath);
+        Add(s, "", kCommonAppDataPath.Name(), w.commonAppDataPath);
     }
 
     void Hardware(const HardwareSection& h) {
-        const std::string s = "Hardware";
+        const std::string s(kHardwareHeading.Name());
         const auto num = [](const auto& v) {
             return v ? std::optional<std::string>(UnsignedText(*v)) : std::nullopt;
         };
-        Add(s, "", "system", h.bits ? std::optional(UnsignedText(*h.bits) + " bits") : std::nullopt);
-        Add(s, "", "bios", h.bios);
-        Add(s, "", "board", h.board);
-        Add(s, "", "number of processors", num(h.processorCount));
-        Add(s, "", "processor",
-            h.processor ? std::optional(ProcessorLineText(*h.processor).substr(13)) : std::nullopt);
-        Add(s, "", "active processor mask", num(h.activeProcessorMask));
-        Add(s, "", "page size", num(h.pageSize));
-        Add(s, "", "application addresses",
-            h.applicationAddresses ? std::optional(AddressesLine(*h.applicationAddresses).substr(24)) : std::nullopt);
+        Add(s, "", kSystemBits.Name(),
+            h.bits ? std::optional(UnsignedText(*h.bits) + std::string(kBitsUnit.Narrow())) : std::nullopt);
+        Add(s, "", kBios.Name(), h.bios);
+        Add(s, "", kBoard.Name(), h.board);
+        Add(s, "", kProcessorCount.Name(), num(h.processorCount));
+        Add(s, "", kProcessor.Name(), h.processor ? std::optional(ProcessorValue(*h.processor)) : std::nullopt);
+        Add(s, "", kActiveProcessorMask.Name(), num(h.activeProcessorMask));
+        Add(s, "", kPageSize.Name(), num(h.pageSize));
+        Add(s, "", kApplicationAddresses.Name(),
+            h.applicationAddresses ? std::optional(AddressesValue(*h.applicationAddresses)) : std::nullopt);
         const auto& m = h.memory;
         Add(s, "", "memory physical", m ? std::optional(K(m->physicalK)) : std::nullopt);
         Add(s, "", "memory virtual", m ? std::optional(K(m->virtualK)) : std::nullopt);
@@ -130,13 +130,13 @@ private:
     }
 
     void Network(const NetworkSection& n) {
-        const std::string s = "Network";
+        const std::string s(kNetworkHeading.Name());
         const auto flag = [](bool b) { return b ? std::optional<std::string>("yes") : std::nullopt; };
         Add(s, "", "memory allocation failed", flag(n.allocationFailed));
         Add(s, "", "GetAdaptersAddresses failed with error",
             n.enumerationError ? std::optional(SignedText(*n.enumerationError)) : std::nullopt);
         Add(s, "", "no addresses were found", flag(n.noAddressesFound));
-        Add(s, "", "Error", n.errorText);
+        Add(s, "", kErrorText.Name(), n.errorText);
         for (const Adapter& a : n.adapters) {
             const std::string subject =
                 AddSubject(s, "adapter " + a.name, a.friendlyName ? "friendly name " + *a.friendlyName : "");
@@ -146,30 +146,30 @@ private:
             const auto i = [](const auto& v) {
                 return v ? std::optional<std::string>(SignedText(*v)) : std::nullopt;
             };
-            Add(s, subject, "IfIndex (IPv4 interface)", u(a.ifIndex));
-            Add(s, subject, "Unicast Addresses", u(a.unicastCount));
-            Add(s, subject, "Anycast Addresses", u(a.anycastCount));
-            Add(s, subject, "Multicast Addresses", u(a.multicastCount));
-            Add(s, subject, "DNS Server Addresses", u(a.dnsServerCount));
-            Add(s, subject, "DNS Suffix", a.dnsSuffix);
-            Add(s, subject, "Description", a.description);
-            Add(s, subject, "Friendly name", a.friendlyName);
-            Add(s, subject, "Physical address", a.physicalAddress);
-            Add(s, subject, "Flags", i(a.flags));
-            Add(s, subject, "Mtu", u(a.mtu));
-            Add(s, subject, "IfType", i(a.ifType));
-            Add(s, subject, "OperStatus", i(a.operStatus));
-            Add(s, subject, "Ipv6IfIndex (IPv6 interface)", u(a.ipv6IfIndex));
-            Add(s, subject, "ZoneIndices (hex)",
-                a.zoneIndices ? std::optional(ZoneIndicesLine(*a.zoneIndices).substr(20)) : std::nullopt);
-            Add(s, subject, "IP Adapter Prefix entries", u(a.prefixCount));
+            Add(s, subject, kIfIndex.Name(), u(a.ifIndex));
+            Add(s, subject, kUnicastAddresses.Name(), u(a.unicastCount));
+            Add(s, subject, kAnycastAddresses.Name(), u(a.anycastCount));
+            Add(s, subject, kMulticastAddresses.Name(), u(a.multicastCount));
+            Add(s, subject, kDnsServerAddresses.Name(), u(a.dnsServerCount));
+            Add(s, subject, kDnsSuffix.Name(), a.dnsSuffix);
+            Add(s, subject, kDescription.Name(), a.description);
+            Add(s, subject, kFriendlyName.Name(), a.friendlyName);
+            Add(s, subject, kPhysicalAddress.Name(), a.physicalAddress);
+            Add(s, subject, kFlags.Name(), i(a.flags));
+            Add(s, subject, kMtu.Name(), u(a.mtu));
+            Add(s, subject, kIfType.Name(), i(a.ifType));
+            Add(s, subject, kOperStatus.Name(), i(a.operStatus));
+            Add(s, subject, kIpv6IfIndex.Name(), u(a.ipv6IfIndex));
+            Add(s, subject, kZoneIndices.Name(),
+                a.zoneIndices ? std::optional(ZoneIndicesValue(*a.zoneIndices)) : std::nullopt);
+            Add(s, subject, kPrefixEntries.Name(), u(a.prefixCount));
         }
     }
 
     void Installation(const InstallationSection& inst) {
-        const std::string s = "Orvane Software installation";
+        const std::string s(kInstallationHeading.Name());
         for (const Directory& d : inst.directories) {
-            const std::string dir = AddSubject(s, DirectoryTitle(d.kind), d.path.value_or(""));
+            const std::string dir = AddSubject(s, DirectoryName(d.kind), d.path.value_or(""));
             Add(s, dir, "path", d.path);
             for (const DirectoryEntry& e : d.entries) {
                 std::string summary = "size " + SignedText(e.size);
@@ -185,7 +185,7 @@ private:
             }
         }
         for (const RegistryValue& v : inst.registryValues)
-            Add(s, "Registry installation data", v.name, v.number ? SignedText(*v.number) : v.text.value_or(""));
+            Add(s, ListHeadingTitle(kRegistryDataHeading.Narrow()), v.name, v.number ? SignedText(*v.number) : v.text.value_or(""));
     }
 
     std::vector<Item> items_;
@@ -208,6 +208,12 @@ void Emit(std::vector<PlacedChange>& out, Place place, const Item& item, ChangeK
 }
 
 }  // namespace
+
+std::string DirectoryName(DirectoryKind kind) {
+    if (kind != DirectoryKind::Registry) return std::string(DirectoryTitle(kind));
+    return ListHeadingTitle(kRegistryDirectoryHeading.Narrow());
+}
+
 
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport) {
     const std::vector<Item> oldItems = Flattener().Run(oldReport);
@@ -233,7 +239,7 @@ std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport
         oldPlaces[i] = kept != newByKey.end() ? Place{anchor, 0} : Place{anchor, i + 1};
     }
     std::vector<Change> changes;
-    for (const char* section : kSectionOrder) {
+    for (std::string_view section : kSectionOrder) {
         std::vector<PlacedChange> placed;
         for (std::size_t i = 0; i < oldItems.size(); ++i) {
             const Item& o = oldItems[i];

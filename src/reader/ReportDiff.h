@@ -34,7 +34,7 @@ struct ReportSide {
 };
 
 // How a change names a directory: "Current directory", "Standard installation directory"...
-std::string DirectoryTitle(DirectoryKind kind);
+std::string DirectoryName(DirectoryKind kind);
 
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport);
 

@@ -3,16 +3,18 @@
 // grows), and a line is taken only when the writer would make it again from
 // what was read. Whatever is not taken goes to `unrecognised`.
 #include <algorithm>
+#include <array>
+#include <initializer_list>
 #include <limits>
 
-#include "format/AdapterText.h"
-#include "format/InstallationText.h"
+#include "format/LineForms.h"
 #include "format/RegistryValueText.h"
-#include "format/ReportText.h"
 #include "reader/ReportModelText.h"
 #include "reader/ReportRender.h"
 
 namespace report_model {
+
+using namespace lineform;
 
 namespace {
 
@@ -33,13 +35,42 @@ std::optional<std::string_view> After(std::string_view line, std::string_view la
     if (!StartsWith(line, label)) return std::nullopt;
     return line.substr(label.size());
 }
-// Whether `line` is the word of a heading ("\n<Word>:\n" less its line
-// breaks), compared in place: every line is tried against the headings.
-bool IsHeadingWord(std::string_view line, std::wstring_view heading) {
-    const std::wstring_view word = heading.substr(1, heading.size() - 2);
-    return line.size() == word.size() &&
-           std::equal(line.begin(), line.end(), word.begin(), [](char c, wchar_t w) { return c == w; });
+// "<outer> (<inner>)": the parenthesis found first, or the last one.
+struct Parenthesised {
+    std::string_view outer;
+    std::optional<std::string_view> inner;
+};
+Parenthesised SplitParenthesised(std::string_view text, bool last) {
+    const std::string_view open = kOpenParenthesis.Narrow();
+    const std::string_view close = kCloseParenthesis.Narrow();
+    const std::size_t at = last ? text.rfind(open) : text.find(open);
+    if (at == std::string_view::npos || !EndsWith(text, close) || text.size() < at + open.size() + close.size())
+        return {text, std::nullopt};
+    return {text.substr(0, at), text.substr(at + open.size(), text.size() - at - open.size() - close.size())};
 }
+
+// The text cut at three separators, in order: the three parts before them
+// and what follows the last.
+std::optional<std::array<std::string_view, 4>> SplitAt(std::string_view text,
+                                                        std::initializer_list<std::string_view> separators) {
+    std::array<std::string_view, 4> parts;
+    std::size_t part = 0;
+    for (std::string_view separator : separators) {
+        const std::size_t at = text.find(separator);
+        if (at == std::string_view::npos) return std::nullopt;
+        parts[part++] = text.substr(0, at);
+        text.remove_prefix(at + separator.size());
+    }
+    parts[part] = text;
+    return parts;
+}
+
+// "0x<hex digits>" of a 32-bit value.
+bool IsHex32(std::string_view text) {
+    const auto digits = After(text, kHexPrefix.Narrow());
+    return digits && ParseUnsigned(*digits, kU32, 16).has_value();
+}
+
 std::optional<std::uint32_t> U32(std::string_view text) {
     const auto v = ParseUnsigned(text, kU32);
     if (!v) return std::nullopt;
@@ -56,7 +87,7 @@ public:
     Report Run() {
         report_.lineCount = lines_.size();
         std::size_t i = 0;
-        if (!lines_.empty() && StartsWith(lines_[0], "Orvane Software system report on ")) {
+        if (!lines_.empty() && StartsWith(lines_[0], kHeaderLead.Narrow())) {
             report_.header.present = true;
             report_.header.text = lines_[0];
             i = 1;
@@ -91,19 +122,19 @@ private:
     bool TakeHeading(std::string_view line, bool blankBefore) {
         struct Candidate {
             Section section;
-            std::wstring_view text;
+            std::string_view word;
             Heading* heading;
         };
         const Candidate candidates[] = {
-            {kProgram, kProgramHeading, &report_.program.heading},
-            {kHost, kHostHeading, &report_.host.heading},
-            {kWindows, kWindowsHeading, &report_.windows.heading},
-            {kHardware, kHardwareHeading, &report_.hardware.heading},
-            {kNetwork, kNetworkHeading, &report_.network.heading},
-            {kInstallation, kInstallationHeading, &report_.installation.heading},
+            {kProgram, kProgramHeading.Narrow(), &report_.program.heading},
+            {kHost, kHostHeading.Narrow(), &report_.host.heading},
+            {kWindows, kWindowsHeading.Narrow(), &report_.windows.heading},
+            {kHardware, kHardwareHeading.Narrow(), &report_.hardware.heading},
+            {kNetwork, kNetworkHeading.Narrow(), &report_.network.heading},
+            {kInstallation, kInstallationHeading.Narrow(), &report_.installation.heading},
         };
         for (const Candidate& c : candidates) {
-            if (c.section <= section_ || !IsHeadingWord(line, c.text)) continue;
+            if (c.section <= section_ || line != c.word) continue;
             c.heading->present = true;
             c.heading->blankLineBefore = blankBefore;
             c.heading->line = lineNumber_;
@@ -140,11 +171,11 @@ private:
 
     bool TakeProgram(std::string_view line) {
         ProgramSection& p = report_.program;
-        if (auto dir = After(line, "in ")) return Field(2, true, [&] {
+        if (auto dir = After(line, kProgramDirectory.Narrow())) return Field(2, true, [&] {
                 p.directory = *dir;
                 p.directoryLine = lineNumber_;
             });
-        if (line == "launched as administrator") return Field(3, true, [&] {
+        if (line == kAdministratorLine.Narrow()) return Field(3, true, [&] {
                 p.elevated = true;
                 p.elevatedLine = lineNumber_;
             });
@@ -159,18 +190,17 @@ private:
 
     bool TakeHost(std::string_view line) {
         HostSection& h = report_.host;
-        if (auto user = After(line, "\tuser: ")) return Field(2, true, [&] { h.user = *user; });
-        auto value = After(line, "\tname: ");
+        if (auto user = After(line, kUser.Narrow())) return Field(2, true, [&] { h.user = *user; });
+        auto value = After(line, kHostName.Narrow());
         if (!value) return false;
-        const std::size_t open = value->find(" (");
-        if (open == std::string::npos || !EndsWith(*value, ")")) return false;
-        const std::string_view inner = value->substr(open + 2, value->size() - open - 3);
-        const std::size_t slash = inner.find('\\');
+        const auto [outer, inner] = SplitParenthesised(*value, false);
+        if (!inner) return false;
+        const std::size_t slash = inner->find(kDomainSeparator.Narrow());
         if (slash == std::string::npos) return false;
         HostSection parsed;
-        parsed.netbiosName = value->substr(0, open);
-        parsed.domain = inner.substr(0, slash);
-        parsed.wmiName = inner.substr(slash + 1);
+        parsed.netbiosName = outer;
+        parsed.domain = inner->substr(0, slash);
+        parsed.wmiName = inner->substr(slash + kDomainSeparator.Narrow().size());
         return Field(1, HostNameLine(parsed) == line, [&] {
             h.hasNameLine = true;
             h.netbiosName = parsed.netbiosName;
@@ -181,70 +211,70 @@ private:
 
     bool TakeWindows(std::string_view line) {
         WindowsSection& w = report_.windows;
-        if (auto v = After(line, "\tversion reported: ")) {
-            const std::size_t open = v->rfind(" (");
-            if (open == std::string::npos || !EndsWith(*v, ")")) return false;
+        if (auto v = After(line, kVersionReported.Narrow())) {
+            const auto [outer, inner] = SplitParenthesised(*v, true);
+            if (!inner) return false;
             WindowsSection parsed;
-            parsed.versionLabel = v->substr(0, open);
-            parsed.edition = v->substr(open + 2, v->size() - open - 3);
+            parsed.versionLabel = outer;
+            parsed.edition = *inner;
             return Field(1, VersionReportedLine(parsed) == line, [&] {
                 w.hasVersionReported = true;
                 w.versionLabel = parsed.versionLabel;
                 w.edition = parsed.edition;
             });
         }
-        if (auto v = After(line, "\treal version: ")) return Field(2, true, [&] { w.realVersion = *v; });
-        if (auto v = After(line, "\tid: ")) return Field(3, true, [&] { w.productId = *v; });
-        if (auto v = After(line, "\tsystem path: ")) return Field(4, true, [&] { w.systemPath = *v; });
-        if (auto v = After(line, "\tprogram file path: ")) return Field(5, true, [&] { w.programFilesPath = *v; });
-        if (auto v = After(line, "\tapplication common shared path: "))
+        if (auto v = After(line, kRealVersion.Narrow())) return Field(2, true, [&] { w.realVersion = *v; });
+        if (auto v = After(line, kProductId.Narrow())) return Field(3, true, [&] { w.productId = *v; });
+        if (auto v = After(line, kSystemPath.Narrow())) return Field(4, true, [&] { w.systemPath = *v; });
+        if (auto v = After(line, kProgramFilesPath.Narrow()))
+            return Field(5, true, [&] { w.programFilesPath = *v; });
+        if (auto v = After(line, kCommonAppDataPath.Narrow()))
             return Field(6, true, [&] { w.commonAppDataPath = *v; });
         return false;
     }
 
     bool TakeHardware(std::string_view line) {
         HardwareSection& h = report_.hardware;
-        if (auto v = After(line, "\tsystem: ")) {
-            if (!EndsWith(*v, " bits")) return false;
-            const auto bits = U32(std::string_view(*v).substr(0, v->size() - 5));
+        if (auto v = After(line, kSystemBits.Narrow())) {
+            if (!EndsWith(*v, kBitsUnit.Narrow())) return false;
+            const auto bits = U32(v->substr(0, v->size() - kBitsUnit.Narrow().size()));
             return Field(1, bits.has_value(), [&] { h.bits = bits; });
         }
-        if (auto v = After(line, "\tbios: ")) return Field(2, true, [&] { h.bios = *v; });
-        if (auto v = After(line, "\tboard: ")) return Field(3, true, [&] { h.board = *v; });
-        if (auto v = After(line, "\tnumber of processors: ")) {
+        if (auto v = After(line, kBios.Narrow())) return Field(2, true, [&] { h.bios = *v; });
+        if (auto v = After(line, kBoard.Narrow())) return Field(3, true, [&] { h.board = *v; });
+        if (auto v = After(line, kProcessorCount.Narrow())) {
             const auto n = U32(*v);
             return Field(4, n.has_value(), [&] { h.processorCount = n; });
         }
-        if (auto v = After(line, "\tprocessor : ")) return TakeProcessor(line, *v);
-        if (auto v = After(line, "\tactive processor mask: ")) {
+        if (auto v = After(line, kProcessor.Narrow())) return TakeProcessor(line, *v);
+        if (auto v = After(line, kActiveProcessorMask.Narrow())) {
             const auto n = U32(*v);
             return Field(6, n.has_value(), [&] { h.activeProcessorMask = n; });
         }
-        if (auto v = After(line, "\tpage size: ")) {
+        if (auto v = After(line, kPageSize.Narrow())) {
             const auto n = U32(*v);
             return Field(7, n.has_value(), [&] { h.pageSize = n; });
         }
-        if (auto v = After(line, "\tapplication addresses: ")) {
+        if (auto v = After(line, kApplicationAddresses.Narrow())) {
             const std::size_t dash = v->find('-');
             if (dash == std::string::npos) return false;
             AddressRange range{std::string(v->substr(0, dash)), std::string(v->substr(dash + 1))};
-            const bool ok = StartsWith(range.lowest, "0x") && StartsWith(range.highest, "0x") &&
-                            ParseUnsigned(range.lowest.substr(2), kU32, 16) &&
-                            ParseUnsigned(range.highest.substr(2), kU32, 16);
+            const bool ok = IsHex32(range.lowest) && IsHex32(range.highest);
             return Field(8, ok, [&] { h.applicationAddresses = range; });
         }
-        if (auto v = After(line, "\tmemory: ")) return TakeMemory(line, *v);
-        if (auto v = After(line, "\tC volume: ")) return TakeVolume(line, *v);
+        if (auto v = After(line, kMemory.Narrow())) return TakeMemory(line, *v);
+        if (auto v = After(line, kVolume.Narrow())) return TakeVolume(line, *v);
         return false;
     }
 
     bool TakeProcessor(std::string_view line, std::string_view v) {
-        const std::size_t open = v.find(" (");
-        const std::size_t dot = v.find('.', open == std::string::npos ? 0 : open);
-        if (open == std::string::npos || dot == std::string::npos || !EndsWith(v, ")")) return false;
-        const auto arch = ParseUnsigned(v.substr(0, open), 0xFFFF);
-        const auto level = ParseUnsigned(v.substr(open + 2, dot - open - 2), 0xFFFF);
-        const auto revision = ParseUnsigned(v.substr(dot + 1, v.size() - dot - 2), 0xFFFF);
+        const auto [outer, inner] = SplitParenthesised(v, false);
+        if (!inner) return false;
+        const std::size_t dot = inner->find('.');
+        if (dot == std::string::npos) return false;
+        const auto arch = ParseUnsigned(outer, 0xFFFF);
+        const auto level = ParseUnsigned(inner->substr(0, dot), 0xFFFF);
+        const auto revision = ParseUnsigned(inner->substr(dot + 1), 0xFFFF);
         if (!arch || !level || !revision) return false;
         ProcessorLine p{static_cast<std::uint32_t>(*arch), static_cast<std::uint32_t>(*level),
                         static_cast<std::uint32_t>(*revision)};
@@ -253,12 +283,11 @@ private:
 
     bool TakeMemory(std::string_view line, std::string_view v) {
         // "<n>K physical, <n>K virtual, <n>K paging"
-        const std::size_t a = v.find("K physical, ");
-        const std::size_t b = v.find("K virtual, ");
-        if (a == std::string::npos || b == std::string::npos || b < a || !EndsWith(v, "K paging")) return false;
-        const auto physical = ParseSigned(v.substr(0, a), kI64Min, kI64Max);
-        const auto virt = ParseSigned(v.substr(a + 12, b - a - 12), kI64Min, kI64Max);
-        const auto paging = ParseSigned(v.substr(b + 11, v.size() - b - 11 - 8), kI64Min, kI64Max);
+        const auto parts = SplitAt(v, {kMemoryPhysical.Narrow(), kMemoryVirtual.Narrow(), kMemoryPaging.Narrow()});
+        if (!parts || !(*parts)[3].empty()) return false;
+        const auto physical = ParseSigned((*parts)[0], kI64Min, kI64Max);
+        const auto virt = ParseSigned((*parts)[1], kI64Min, kI64Max);
+        const auto paging = ParseSigned((*parts)[2], kI64Min, kI64Max);
         if (!physical || !virt || !paging) return false;
         MemoryLine m{*physical, *virt, *paging};
         return Field(9, MemoryLineText(m) == line, [&] { report_.hardware.memory = m; });
@@ -268,21 +297,19 @@ private:
         // "0x<serial> 0x<flags> <fs> total <n>K free <n>K (user <n>K)"
         const std::size_t first = v.find(' ');
         const std::size_t second = first == std::string::npos ? first : v.find(' ', first + 1);
-        const std::size_t total = v.rfind(" total ");
-        const std::size_t free = v.rfind("K free ");
-        const std::size_t user = v.rfind("K (user ");
-        if (second == std::string::npos || total == std::string::npos || total < second || free == std::string::npos ||
-            free < total || user == std::string::npos || user < free || !EndsWith(v, "K)"))
-            return false;
+        const std::size_t total = v.rfind(kVolumeTotal.Narrow());
+        if (second == std::string::npos || total == std::string::npos || total < second) return false;
+        const auto counts = SplitAt(v.substr(total + kVolumeTotal.Narrow().size()),
+                                    {kVolumeFree.Narrow(), kVolumeUser.Narrow(), kVolumeEnd.Narrow()});
+        if (!counts || !(*counts)[3].empty()) return false;
         VolumeLine vol;
         vol.serial = v.substr(0, first);
         vol.flags = v.substr(first + 1, second - first - 1);
         vol.fileSystem = v.substr(second + 1, total - second - 1);
-        const auto t = ParseSigned(v.substr(total + 7, free - total - 7), kI64Min, kI64Max);
-        const auto f = ParseSigned(v.substr(free + 7, user - free - 7), kI64Min, kI64Max);
-        const auto u = ParseSigned(v.substr(user + 8, v.size() - user - 10), kI64Min, kI64Max);
-        const bool hex = StartsWith(vol.serial, "0x") && StartsWith(vol.flags, "0x") &&
-                         ParseUnsigned(vol.serial.substr(2), kU32, 16) && ParseUnsigned(vol.flags.substr(2), kU32, 16);
+        const auto t = ParseSigned((*counts)[0], kI64Min, kI64Max);
+        const auto f = ParseSigned((*counts)[1], kI64Min, kI64Max);
+        const auto u = ParseSigned((*counts)[2], kI64Min, kI64Max);
+        const bool hex = IsHex32(vol.serial) && IsHex32(vol.flags);
         if (!t || !f || !u || !hex) return false;
         vol.totalK = *t;
         vol.freeK = *f;
@@ -304,18 +331,15 @@ private:
 
     bool TakeNetwork(std::string_view line) {
         NetworkSection& n = report_.network;
-        if (line == kAdapterAllocationFailure.substr(0, kAdapterAllocationFailure.size() - 1))
-            return Field(1, true, [&] { n.allocationFailed = true; });
-        if (auto v = After(line, "Call to GetAdaptersAddresses failed with error: ")) {
+        if (line == kAllocationFailure.Narrow()) return Field(1, true, [&] { n.allocationFailed = true; });
+        if (auto v = After(line, kEnumerationError.Narrow())) {
             const auto code = ParseSigned(*v, kI32Min, kI32Max);
             return Field(2, code.has_value(), [&] { n.enumerationError = code; });
         }
-        if (line == "\tNo addresses were found for the requested parameters")
-            return Field(3, true, [&] { n.noAddressesFound = true; });
-        if (auto v = After(line, "\tError: ")) return Field(4, true, [&] { n.errorText = *v; });
-        if (line == kAdaptersHeading.substr(0, kAdaptersHeading.size() - 1))
-            return Field(5, true, [&] { n.enumerationHeading = true; });
-        if (auto v = After(line, "\tAdapter name: ")) {
+        if (line == kNoAddressesFound.Narrow()) return Field(3, true, [&] { n.noAddressesFound = true; });
+        if (auto v = After(line, kErrorText.Narrow())) return Field(4, true, [&] { n.errorText = *v; });
+        if (line == kAdaptersHeading.Narrow()) return Field(5, true, [&] { n.enumerationHeading = true; });
+        if (auto v = After(line, kAdapterName.Narrow())) {
             if (stage_ < 5) stage_ = 5;
             Adapter adapter;
             adapter.name = *v;
@@ -340,11 +364,12 @@ private:
     bool TakeCount(std::string_view line, int stage, std::string_view what, std::optional<std::uint64_t>& slot) {
         std::optional<std::uint64_t> count;
         // "\tNo <what>" or "\tNumber of <what>: <n>", taken apart in place.
-        if (auto v = After(line, "\tNo "); v && *v == what)
+        const std::string_view separator = kCountSeparator.Narrow();
+        if (auto v = After(line, kNoCount.Narrow()); v && *v == what)
             count = 0;
-        else if (auto v = After(line, "\tNumber of "); v && StartsWith(*v, what) &&
-                                                        StartsWith(v->substr(what.size()), ": "))
-            count = ParseUnsigned(v->substr(what.size() + 2), kI32Max);
+        else if (auto v = After(line, kNumberOf.Narrow()); v && StartsWith(*v, what) &&
+                                                           StartsWith(v->substr(what.size()), separator))
+            count = ParseUnsigned(v->substr(what.size() + separator.size()), kI32Max);
         if (!count || CountLine(count, what) != line) return false;
         return AdapterField(stage, true, [&] { slot = count; });
     }
@@ -368,21 +393,21 @@ private:
     }
 
     bool TakeAdapterLine(std::string_view line, Adapter& a) {
-        if (TakeNumber(line, "\tIfIndex (IPv4 interface): ", 1, a.ifIndex)) return true;
-        if (TakeCount(line, 2, "Unicast Addresses", a.unicastCount)) return true;
-        if (TakeCount(line, 3, "Anycast Addresses", a.anycastCount)) return true;
-        if (TakeCount(line, 4, "Multicast Addresses", a.multicastCount)) return true;
-        if (TakeCount(line, 5, "DNS Server Addresses", a.dnsServerCount)) return true;
-        if (TakeText(line, "\tDNS Suffix: ", 6, a.dnsSuffix)) return true;
-        if (TakeText(line, "\tDescription: ", 7, a.description)) return true;
-        if (TakeText(line, "\tFriendly name: ", 8, a.friendlyName)) return true;
-        if (TakeText(line, "\tPhysical address: ", 9, a.physicalAddress)) return true;
-        if (TakeNumber(line, "\tFlags: ", 10, a.flags)) return true;
-        if (TakeNumber(line, "\tMtu: ", 11, a.mtu)) return true;
-        if (TakeNumber(line, "\tIfType: ", 12, a.ifType)) return true;
-        if (TakeNumber(line, "\tOperStatus: ", 13, a.operStatus)) return true;
-        if (TakeNumber(line, "\tIpv6IfIndex (IPv6 interface): ", 14, a.ipv6IfIndex)) return true;
-        if (auto v = After(line, "\tZoneIndices (hex): ")) {
+        if (TakeNumber(line, kIfIndex.Narrow(), 1, a.ifIndex)) return true;
+        if (TakeCount(line, 2, kUnicastAddresses.Narrow(), a.unicastCount)) return true;
+        if (TakeCount(line, 3, kAnycastAddresses.Narrow(), a.anycastCount)) return true;
+        if (TakeCount(line, 4, kMulticastAddresses.Narrow(), a.multicastCount)) return true;
+        if (TakeCount(line, 5, kDnsServerAddresses.Narrow(), a.dnsServerCount)) return true;
+        if (TakeText(line, kDnsSuffix.Narrow(), 6, a.dnsSuffix)) return true;
+        if (TakeText(line, kDescription.Narrow(), 7, a.description)) return true;
+        if (TakeText(line, kFriendlyName.Narrow(), 8, a.friendlyName)) return true;
+        if (TakeText(line, kPhysicalAddress.Narrow(), 9, a.physicalAddress)) return true;
+        if (TakeNumber(line, kFlags.Narrow(), 10, a.flags)) return true;
+        if (TakeNumber(line, kMtu.Narrow(), 11, a.mtu)) return true;
+        if (TakeNumber(line, kIfType.Narrow(), 12, a.ifType)) return true;
+        if (TakeNumber(line, kOperStatus.Narrow(), 13, a.operStatus)) return true;
+        if (TakeNumber(line, kIpv6IfIndex.Narrow(), 14, a.ipv6IfIndex)) return true;
+        if (auto v = After(line, kZoneIndices.Narrow())) {
             std::vector<std::uint32_t> zones;
             std::string_view rest = *v;
             while (!rest.empty()) {
@@ -395,13 +420,7 @@ private:
             }
             return AdapterField(15, true, [&] { a.zoneIndices = std::move(zones); });
         }
-        std::optional<std::uint64_t> prefixes;
-        if (line == "\tNo IP Adapter Prefix entries")
-            prefixes = 0;
-        else if (auto v = After(line, "\tNumber of IP Adapter Prefix entries: "))
-            prefixes = ParseUnsigned(*v, kI32Max);
-        if (prefixes && PrefixLine(*prefixes) == line) return AdapterField(16, true, [&] { a.prefixCount = prefixes; });
-        return false;
+        return TakeCount(line, 16, kPrefixEntries.Narrow(), a.prefixCount);
     }
 
     // --- Installation ----------------------------------------------------
@@ -414,24 +433,23 @@ private:
         struct DirectoryForm {
             DirectoryKind kind;
             int stage;
-            std::string_view prefix;  // empty: the heading without a path
         };
         static constexpr DirectoryForm forms[] = {
-            {DirectoryKind::Current, 1, "* Current directory ("},
-            {DirectoryKind::Standard, 2, "* Standard installation directory ("},
-            {DirectoryKind::Registry, 11, ""},
-            {DirectoryKind::SharedParameters, 12, "* Shared parameters directory ("},
-            {DirectoryKind::SharedBatch, 13, "* Shared Batch directory ("},
+            {DirectoryKind::Current, 1},           {DirectoryKind::Standard, 2},
+            {DirectoryKind::Registry, 11},         {DirectoryKind::SharedParameters, 12},
+            {DirectoryKind::SharedBatch, 13},
         };
         for (const DirectoryForm& form : forms) {
             Directory d;
             d.kind = form.kind;
             d.line = lineNumber_;
-            if (!form.prefix.empty()) {
-                if (!StartsWith(line, form.prefix) || !EndsWith(line, "):") ||
-                    line.size() < form.prefix.size() + 2)
-                    continue;
-                d.path = line.substr(form.prefix.size(), line.size() - form.prefix.size() - 2);
+            if (form.kind != DirectoryKind::Registry) {
+                // "* <title> (<path>):"
+                auto rest = After(line, kDirectoryLead.Narrow());
+                if (rest) rest = After(*rest, DirectoryTitle(form.kind));
+                if (rest) rest = After(*rest, kDirectoryPathOpen.Narrow());
+                if (!rest || !EndsWith(*rest, kDirectoryPathClose.Narrow())) continue;
+                d.path = rest->substr(0, rest->size() - kDirectoryPathClose.Narrow().size());
             }
             if (DirectoryHeadingLine(d) != line) continue;
             if (form.kind == DirectoryKind::Registry) {
@@ -443,7 +461,7 @@ private:
                 openDirectory_ = true;
             });
         }
-        if (line == Narrow(kRegistryDataHeading.substr(0, kRegistryDataHeading.size() - 1)))
+        if (line == kRegistryDataHeading.Narrow())
             return Field(3, true, [&] {
                 inst.registryDataHeading = true;
                 inst.registryDataLine = lineNumber_;
@@ -453,7 +471,7 @@ private:
         for (std::size_t k = 0; k < kInstallationValues.size(); ++k) {
             const InstallationValue& known = kInstallationValues[k];
             std::string label(1, '\t');
-            label += Narrow(known.name) + ": ";
+            label += Narrow(known.name) + kRegistryValueSeparator.narrow;
             auto v = After(line, label);
             if (!v) continue;
             RegistryValue value;
@@ -472,11 +490,10 @@ private:
     }
 
     bool TakeEntryLine(std::string_view line, Directory& dir) {
-        if (auto v = After(line, "\t\t\t\tContent:\"")) {
-            if (dir.entries.empty() || dir.entries.back().content || !EndsWith(*v, "\"") || v->empty() ||
-                !lastWasEntry_)
-                return false;
-            dir.entries.back().content = v->substr(0, v->size() - 1);
+        if (auto v = After(line, kContentLead.Narrow())) {
+            const std::string_view end = kContentEnd.Narrow();
+            if (dir.entries.empty() || dir.entries.back().content || !EndsWith(*v, end) || !lastWasEntry_) return false;
+            dir.entries.back().content = v->substr(0, v->size() - end.size());
             lastWasEntry_ = false;
             return true;
         }
@@ -510,7 +527,7 @@ private:
         if (e.created.iso.empty() || e.written.iso.empty()) return false;
         e.name = line.substr(tabs[3] + 1, tabs[4] - tabs[3] - 1);
         std::string_view rest = line.substr(tabs[4] + 1);
-        static const std::string acl = Narrow(kAccessListHeading);
+        constexpr std::string_view acl = kAccessList.Narrow();
         const std::size_t aclAt = rest.find(acl);
         if (aclAt != std::string::npos) {
             e.accessList = rest.substr(aclAt + acl.size());

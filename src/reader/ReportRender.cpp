@@ -4,24 +4,24 @@
 // made here from what it read is that very line, so the two cannot drift.
 #include <algorithm>
 
-#include "format/AdapterText.h"
-#include "format/InstallationText.h"
-#include "format/ReportText.h"
+#include "format/EntryText.h"
+#include "format/LineForms.h"
 #include "reader/ReportModelText.h"
 #include "reader/ReportRender.h"
 
 namespace report_model {
 
-namespace {
-// A heading constant "\n<Word>:\n" as its line "<Word>:".
-std::string HeadingLine(std::wstring_view heading) {
-    return Narrow(heading.substr(1, heading.size() - 2));
-}
+using namespace lineform;
 
-void AddHeading(std::vector<std::string>& lines, const Heading& heading, std::wstring_view text) {
+namespace {
+void AddHeading(std::vector<std::string>& lines, const Heading& heading, std::string_view word) {
     if (!heading.present) return;
     if (heading.blankLineBefore) lines.emplace_back();
-    lines.push_back(HeadingLine(text));
+    lines.emplace_back(word);
+}
+
+std::string Parenthesised(const std::string& text) {
+    return std::string(kOpenParenthesis.Narrow()) + text + std::string(kCloseParenthesis.Narrow());
 }
 
 void AddIf(std::vector<std::string>& lines, const std::optional<std::string>& value, std::string_view label) {
@@ -42,70 +42,87 @@ std::string ProgramNameLine(const std::string& name, const std::string& version)
     return name + " " + version;
 }
 std::string HostNameLine(const HostSection& host) {
-    return "\tname: " + host.netbiosName + " (" + host.domain + "\\" + host.wmiName + ")";
+    return std::string(kHostName.Narrow()) + host.netbiosName +
+           Parenthesised(host.domain + std::string(kDomainSeparator.Narrow()) + host.wmiName);
+}
+std::string VersionReportedValue(const WindowsSection& windows) {
+    return windows.versionLabel + Parenthesised(windows.edition);
 }
 std::string VersionReportedLine(const WindowsSection& windows) {
-    return "\tversion reported: " + windows.versionLabel + " (" + windows.edition + ")";
+    return std::string(kVersionReported.Narrow()) + VersionReportedValue(windows);
+}
+std::string ProcessorValue(const ProcessorLine& p) {
+    return UnsignedText(p.architecture) + Parenthesised(UnsignedText(p.level) + "." + UnsignedText(p.revision));
 }
 std::string ProcessorLineText(const ProcessorLine& p) {
-    return "\tprocessor : " + UnsignedText(p.architecture) + " (" + UnsignedText(p.level) + "." +
-           UnsignedText(p.revision) + ")";
+    return std::string(kProcessor.Narrow()) + ProcessorValue(p);
+}
+std::string AddressesValue(const AddressRange& range) {
+    return range.lowest + "-" + range.highest;
 }
 std::string AddressesLine(const AddressRange& range) {
-    return "\tapplication addresses: " + range.lowest + "-" + range.highest;
+    return std::string(kApplicationAddresses.Narrow()) + AddressesValue(range);
 }
 std::string MemoryLineText(const MemoryLine& m) {
-    return "\tmemory: " + SignedText(m.physicalK) + "K physical, " + SignedText(m.virtualK) + "K virtual, " +
-           SignedText(m.pagingK) + "K paging";
+    return std::string(kMemory.Narrow()) + SignedText(m.physicalK) + kMemoryPhysical.narrow + SignedText(m.virtualK) +
+           kMemoryVirtual.narrow + SignedText(m.pagingK) + kMemoryPaging.narrow;
 }
 std::string VolumeLineText(const VolumeLine& v) {
-    return "\tC volume: " + v.serial + " " + v.flags + " " + v.fileSystem + " total " + SignedText(v.totalK) +
-           "K free " + SignedText(v.freeK) + "K (user " + SignedText(v.userK) + "K)";
+    return std::string(kVolume.Narrow()) + v.serial + " " + v.flags + " " + v.fileSystem + kVolumeTotal.narrow +
+           SignedText(v.totalK) + kVolumeFree.narrow + SignedText(v.freeK) + kVolumeUser.narrow +
+           SignedText(v.userK) + kVolumeEnd.narrow;
 }
 
 std::string CountLine(const std::optional<std::uint64_t>& count, std::string_view what) {
-    if (*count == 0) return "\tNo " + std::string(what);
-    return "\tNumber of " + std::string(what) + ": " + UnsignedText(*count);
+    if (*count == 0) return std::string(kNoCount.Narrow()) + std::string(what);
+    return std::string(kNumberOf.Narrow()) + std::string(what) + kCountSeparator.narrow + UnsignedText(*count);
+}
+std::string ZoneIndicesValue(const std::vector<std::uint32_t>& zones) {
+    std::string value;
+    for (std::uint32_t zone : zones) value += UnsignedText(zone, 16) + " ";
+    return value;
 }
 std::string ZoneIndicesLine(const std::vector<std::uint32_t>& zones) {
-    std::string line = "\tZoneIndices (hex): ";
-    for (std::uint32_t zone : zones) line += UnsignedText(zone, 16) + " ";
-    return line;
+    return std::string(kZoneIndices.Narrow()) + ZoneIndicesValue(zones);
 }
 std::string PrefixLine(std::uint64_t count) {
-    if (count == 0) return "\tNo IP Adapter Prefix entries";
-    return "\tNumber of IP Adapter Prefix entries: " + UnsignedText(count);
+    return CountLine(count, kPrefixEntries.Narrow());
 }
 
 std::string EnumerationErrorLine(std::int64_t code) {
-    return "Call to GetAdaptersAddresses failed with error: " + SignedText(code);
+    return std::string(kEnumerationError.Narrow()) + SignedText(code);
 }
 
 std::string EntryLine(const DirectoryEntry& e) {
     std::string line(1, '\t');
     line += Narrow(FormatEntryHead(e.attributes, static_cast<std::uint32_t>(e.size)));
     line += e.created.printed + "\t" + e.written.printed + "\t" + e.name + "\t" + e.version;
-    if (e.accessList) line += Narrow(kAccessListHeading) + *e.accessList;
+    if (e.accessList) line += std::string(kAccessList.Narrow()) + *e.accessList;
     return line;
 }
 std::string ContentLine(const std::string& content) {
-    return "\t\t\t\tContent:\"" + content + "\"";
+    return std::string(kContentLead.Narrow()) + content + kContentEnd.narrow;
 }
 
-std::string DirectoryHeadingLine(const Directory& d) {
-    const std::string path = d.path.value_or("");
-    switch (d.kind) {
-        case DirectoryKind::Current: return "* Current directory (" + path + "):";
-        case DirectoryKind::Standard: return "* Standard installation directory (" + path + "):";
-        case DirectoryKind::Registry: return HeadingLine(L"\n" + std::wstring(kRegistryDirectoryHeading));
-        case DirectoryKind::SharedParameters: return "* Shared parameters directory (" + path + "):";
-        case DirectoryKind::SharedBatch: return "* Shared Batch directory (" + path + "):";
+std::string_view DirectoryTitle(DirectoryKind kind) {
+    switch (kind) {
+        case DirectoryKind::Current: return kCurrentDirectory.Narrow();
+        case DirectoryKind::Standard: return kStandardDirectory.Narrow();
+        case DirectoryKind::Registry: break;
+        case DirectoryKind::SharedParameters: return kSharedParametersDirectory.Narrow();
+        case DirectoryKind::SharedBatch: return kSharedBatchDirectory.Narrow();
     }
     return {};
 }
 
+std::string DirectoryHeadingLine(const Directory& d) {
+    if (d.kind == DirectoryKind::Registry) return std::string(kRegistryDirectoryHeading.Narrow());
+    return std::string(kDirectoryLead.Narrow()) + std::string(DirectoryTitle(d.kind)) + kDirectoryPathOpen.narrow +
+           d.path.value_or("") + kDirectoryPathClose.narrow;
+}
+
 std::string RegistryValueLine(const RegistryValue& v) {
-    return "\t" + v.name + ": " + (v.number ? SignedText(*v.number) : v.text.value_or(""));
+    return "\t" + v.name + kRegistryValueSeparator.narrow + (v.number ? SignedText(*v.number) : v.text.value_or(""));
 }
 
 std::string_view DirectoryKindName(DirectoryKind kind) {
@@ -129,21 +146,21 @@ void AddDirectory(std::vector<std::string>& lines, const Directory& d) {
 }
 
 void AddAdapter(std::vector<std::string>& lines, const Adapter& a) {
-    lines.push_back("\tAdapter name: " + a.name);
-    AddNumber(lines, a.ifIndex, "\tIfIndex (IPv4 interface): ");
-    if (a.unicastCount) lines.push_back(CountLine(a.unicastCount, "Unicast Addresses"));
-    if (a.anycastCount) lines.push_back(CountLine(a.anycastCount, "Anycast Addresses"));
-    if (a.multicastCount) lines.push_back(CountLine(a.multicastCount, "Multicast Addresses"));
-    if (a.dnsServerCount) lines.push_back(CountLine(a.dnsServerCount, "DNS Server Addresses"));
-    AddIf(lines, a.dnsSuffix, "\tDNS Suffix: ");
-    AddIf(lines, a.description, "\tDescription: ");
-    AddIf(lines, a.friendlyName, "\tFriendly name: ");
-    AddIf(lines, a.physicalAddress, "\tPhysical address: ");
-    AddNumber(lines, a.flags, "\tFlags: ");
-    AddNumber(lines, a.mtu, "\tMtu: ");
-    AddNumber(lines, a.ifType, "\tIfType: ");
-    AddNumber(lines, a.operStatus, "\tOperStatus: ");
-    AddNumber(lines, a.ipv6IfIndex, "\tIpv6IfIndex (IPv6 interface): ");
+    lines.push_back(std::string(kAdapterName.Narrow()) + a.name);
+    AddNumber(lines, a.ifIndex, kIfIndex.Narrow());
+    if (a.unicastCount) lines.push_back(CountLine(a.unicastCount, kUnicastAddresses.Narrow()));
+    if (a.anycastCount) lines.push_back(CountLine(a.anycastCount, kAnycastAddresses.Narrow()));
+    if (a.multicastCount) lines.push_back(CountLine(a.multicastCount, kMulticastAddresses.Narrow()));
+    if (a.dnsServerCount) lines.push_back(CountLine(a.dnsServerCount, kDnsServerAddresses.Narrow()));
+    AddIf(lines, a.dnsSuffix, kDnsSuffix.Narrow());
+    AddIf(lines, a.description, kDescription.Narrow());
+    AddIf(lines, a.friendlyName, kFriendlyName.Narrow());
+    AddIf(lines, a.physicalAddress, kPhysicalAddress.Narrow());
+    AddNumber(lines, a.flags, kFlags.Narrow());
+    AddNumber(lines, a.mtu, kMtu.Narrow());
+    AddNumber(lines, a.ifType, kIfType.Narrow());
+    AddNumber(lines, a.operStatus, kOperStatus.Narrow());
+    AddNumber(lines, a.ipv6IfIndex, kIpv6IfIndex.Narrow());
     if (a.zoneIndices) lines.push_back(ZoneIndicesLine(*a.zoneIndices));
     if (a.prefixCount) lines.push_back(PrefixLine(*a.prefixCount));
     if (a.closingBlankLine) lines.emplace_back();
@@ -157,55 +174,54 @@ std::vector<std::string> RecognisedLines(const Report& r) {
         if (r.header.blankLineAfter) lines.emplace_back();
     }
     const ProgramSection& program = r.program;
-    AddHeading(lines, program.heading, kProgramHeading);
+    AddHeading(lines, program.heading, kProgramHeading.Narrow());
     if (program.name) lines.push_back(ProgramNameLine(*program.name, program.version.value_or("")));
-    AddIf(lines, program.directory, "in ");
-    if (program.elevated) lines.push_back(Narrow(kAdministratorLine.substr(0, kAdministratorLine.size() - 1)));
+    AddIf(lines, program.directory, kProgramDirectory.Narrow());
+    if (program.elevated) lines.emplace_back(kAdministratorLine.Narrow());
 
     const HostSection& host = r.host;
-    AddHeading(lines, host.heading, kHostHeading);
+    AddHeading(lines, host.heading, kHostHeading.Narrow());
     if (host.hasNameLine) lines.push_back(HostNameLine(host));
-    AddIf(lines, host.user, "\tuser: ");
+    AddIf(lines, host.user, kUser.Narrow());
 
     const WindowsSection& windows = r.windows;
-    AddHeading(lines, windows.heading, kWindowsHeading);
+    AddHeading(lines, windows.heading, kWindowsHeading.Narrow());
     if (windows.hasVersionReported) lines.push_back(VersionReportedLine(windows));
-    AddIf(lines, windows.realVersion, "\treal version: ");
-    AddIf(lines, windows.productId, "\tid: ");
-    AddIf(lines, windows.systemPath, "\tsystem path: ");
-    AddIf(lines, windows.programFilesPath, "\tprogram file path: ");
-    AddIf(lines, windows.commonAppDataPath, "\tapplication common shared path: ");
+    AddIf(lines, windows.realVersion, kRealVersion.Narrow());
+    AddIf(lines, windows.productId, kProductId.Narrow());
+    AddIf(lines, windows.systemPath, kSystemPath.Narrow());
+    AddIf(lines, windows.programFilesPath, kProgramFilesPath.Narrow());
+    AddIf(lines, windows.commonAppDataPath, kCommonAppDataPath.Narrow());
 
     const HardwareSection& hw = r.hardware;
-    AddHeading(lines, hw.heading, kHardwareHeading);
-    if (hw.bits) lines.push_back("\tsystem: " + UnsignedText(*hw.bits) + " bits");
-    AddIf(lines, hw.bios, "\tbios: ");
-    AddIf(lines, hw.board, "\tboard: ");
-    AddNumber(lines, hw.processorCount, "\tnumber of processors: ");
+    AddHeading(lines, hw.heading, kHardwareHeading.Narrow());
+    if (hw.bits) lines.push_back(std::string(kSystemBits.Narrow()) + UnsignedText(*hw.bits) + kBitsUnit.narrow);
+    AddIf(lines, hw.bios, kBios.Narrow());
+    AddIf(lines, hw.board, kBoard.Narrow());
+    AddNumber(lines, hw.processorCount, kProcessorCount.Narrow());
     if (hw.processor) lines.push_back(ProcessorLineText(*hw.processor));
-    AddNumber(lines, hw.activeProcessorMask, "\tactive processor mask: ");
-    AddNumber(lines, hw.pageSize, "\tpage size: ");
+    AddNumber(lines, hw.activeProcessorMask, kActiveProcessorMask.Narrow());
+    AddNumber(lines, hw.pageSize, kPageSize.Narrow());
     if (hw.applicationAddresses) lines.push_back(AddressesLine(*hw.applicationAddresses));
     if (hw.memory) lines.push_back(MemoryLineText(*hw.memory));
     if (hw.volume) lines.push_back(VolumeLineText(*hw.volume));
 
     const NetworkSection& net = r.network;
-    AddHeading(lines, net.heading, kNetworkHeading);
-    if (net.allocationFailed)
-        lines.push_back(std::string(kAdapterAllocationFailure.substr(0, kAdapterAllocationFailure.size() - 1)));
+    AddHeading(lines, net.heading, kNetworkHeading.Narrow());
+    if (net.allocationFailed) lines.emplace_back(kAllocationFailure.Narrow());
     if (net.enumerationError) lines.push_back(EnumerationErrorLine(*net.enumerationError));
-    if (net.noAddressesFound) lines.push_back("\tNo addresses were found for the requested parameters");
-    AddIf(lines, net.errorText, "\tError: ");
-    if (net.enumerationHeading) lines.push_back(std::string(kAdaptersHeading.substr(0, kAdaptersHeading.size() - 1)));
+    if (net.noAddressesFound) lines.emplace_back(kNoAddressesFound.Narrow());
+    AddIf(lines, net.errorText, kErrorText.Narrow());
+    if (net.enumerationHeading) lines.emplace_back(kAdaptersHeading.Narrow());
     for (const Adapter& a : net.adapters) AddAdapter(lines, a);
 
     const InstallationSection& inst = r.installation;
-    AddHeading(lines, inst.heading, kInstallationHeading);
+    AddHeading(lines, inst.heading, kInstallationHeading.Narrow());
     bool registryDataDone = false;
     const auto addRegistryData = [&] {
         if (registryDataDone) return;
         registryDataDone = true;
-        if (inst.registryDataHeading) lines.push_back(Narrow(kRegistryDataHeading.substr(0, kRegistryDataHeading.size() - 1)));
+        if (inst.registryDataHeading) lines.emplace_back(kRegistryDataHeading.Narrow());
         for (const RegistryValue& v : inst.registryValues) lines.push_back(RegistryValueLine(v));
     };
     for (const Directory& d : inst.directories) {

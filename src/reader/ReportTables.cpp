@@ -59,8 +59,11 @@ constexpr std::string_view kSchema = R"sql(CREATE TABLE reports (
   volume_free_k INTEGER,
   volume_user_k INTEGER,
   volume_line INTEGER,
-  network_failure TEXT,
-  body TEXT
+  network_failure TEXT
+);
+CREATE TABLE bodies (
+  report INTEGER PRIMARY KEY REFERENCES reports ON DELETE CASCADE,
+  body TEXT NOT NULL
 );
 CREATE TABLE sections (
   report INTEGER NOT NULL REFERENCES reports ON DELETE CASCADE,
@@ -179,7 +182,7 @@ std::optional<std::string> NetworkFailure(const report_model::NetworkSection& n)
 
 constexpr const char kInsertReport[] =
     "INSERT INTO reports VALUES (NULL,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,"
-    "?,?,?,?,?,?,?,?,?,?,?,?,?)";
+    "?,?,?,?,?,?,?,?,?,?,?,?)";
 
 }  // namespace
 
@@ -224,6 +227,7 @@ std::string_view FileVerdictName(FileVerdict verdict) {
 TableWriter::TableWriter(const sqlite::Connection& db)
     : db_(db),
       report_(db, kInsertReport),
+      body_(db, "INSERT INTO bodies VALUES (?,?)"),
       section_(db, "INSERT INTO sections VALUES (?,?,?)"),
       adapter_(db, "INSERT INTO adapters VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
       directory_(db, "INSERT INTO directories VALUES (?,?,?,?)"),
@@ -278,8 +282,9 @@ std::int64_t TableWriter::Add(const FileFacts& file, FileVerdict verdict, const 
                     volumeText(&report_model::VolumeLine::flags), volumeText(&report_model::VolumeLine::fileSystem),
                     volumeNumber(&report_model::VolumeLine::totalK), volumeNumber(&report_model::VolumeLine::freeK),
                     volumeNumber(&report_model::VolumeLine::userK), LineOrNull(hw.volumeLine),
-                    NetworkFailure(r.network), body);
+                    NetworkFailure(r.network));
     const std::int64_t id = sqlite3_last_insert_rowid(db_.get());
+    body_.Execute(id, body);
     AddSections(id, r);
     AddAdapters(id, r);
     AddInstallation(id, r);

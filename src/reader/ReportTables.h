@@ -55,7 +55,7 @@ private:
     void AddInstallation(std::int64_t id, const report_model::Report& report);
 
     const sqlite::Connection& db_;
-    sqlite::Statement report_, section_, adapter_, directory_, entry_, value_, unrecognised_;
+    sqlite::Statement report_, body_, section_, adapter_, directory_, entry_, value_, unrecognised_;
 };
 
 // The text of body line `number` (1-based) of `body`, without its break;

@@ -70,10 +70,6 @@ int Collect(const std::string& file, const std::vector<std::filesystem::path>& r
         return kSomeNotAReport;
     }
     const sqlite::Connection& db = *opened.db;
-    // One transaction holds the whole run; a page cache of its own size
-    // (a fixed 32 MB, whatever the number of reports) spares writing pages
-    // to the file twice while it grows.
-    db.Execute("PRAGMA cache_size = -32768");
     // Pages that hold a whole report's body (some 5 kB) without overflow
     // pages; only a new file takes it.
     if (opened.empty) db.Execute("PRAGMA page_size = 16384");

@@ -84,7 +84,7 @@ std::vector<ReportRow> ReportRows(const sqlite::Connection& db, const rules::Out
 // The body lines findings point at, read once per report.
 class Evidence {
 public:
-    explicit Evidence(const sqlite::Connection& db) : body_(db, "SELECT body FROM main.reports WHERE report = ?") {}
+    explicit Evidence(const sqlite::Connection& db) : body_(db, "SELECT body FROM main.bodies WHERE report = ?") {}
     std::string Line(std::int64_t report, std::int64_t line) {
         if (report != report_) {
             body_.Bind(1, report);

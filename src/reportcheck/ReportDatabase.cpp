@@ -15,13 +15,14 @@ namespace {
 using report_tables::FileFacts;
 using report_tables::FileVerdict;
 
-constexpr const char* kReportTables[] = {"reports",  "sections", "adapters",    "directories",
-                                         "entries", "registry_values", "unrecognised"};
+constexpr const char* kReportTables[] = {"reports", "bodies",          "sections",    "adapters",
+                                         "directories", "entries", "registry_values", "unrecognised"};
 // Every table with rows of a report, children first: what removing a report
 // deletes, whether or not the connection enforces the foreign keys.
 constexpr const char kRemoveReports[] =
     "DELETE FROM main.findings WHERE report IN (SELECT report FROM temp.gone);"
     "DELETE FROM main.unchecked WHERE report IN (SELECT report FROM temp.gone);"
+    "DELETE FROM main.bodies WHERE report IN (SELECT report FROM temp.gone);"
     "DELETE FROM main.sections WHERE report IN (SELECT report FROM temp.gone);"
     "DELETE FROM main.adapters WHERE report IN (SELECT report FROM temp.gone);"
     "DELETE FROM main.directories WHERE report IN (SELECT report FROM temp.gone);"
