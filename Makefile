@@ -59,4 +59,4 @@ bench-page: deps
 	@scripts/bench.sh page
 
 clean:
-	rm -rf build build-native build-native-test build-fuzz build-bench-native
+	rm -rf build build-native build-native-test build-fuzz

@@ -8,18 +8,18 @@
 #   DIAG_COLLECT_RESULTS  the page to write (bench/COLLECT-RESULTS.md)
 # And show --json and diff on a report of some 100 MB (time and peak memory,
 # against the file's size: at most 4 x).
-# The reportcheck measured is an optimised build without sanitizers, as users
-# run it, in build-bench-native/.
+# The reportcheck measured is the one users run: the optimised build without
+# sanitizers, in build-native/ (make native).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 count=${DIAG_COLLECT_REPORTS:-10000}
 runs=${DIAG_COLLECT_RUNS:-3}
 results=${DIAG_COLLECT_RESULTS:-bench/COLLECT-RESULTS.md}
-build=build-bench-native
+build=build-native  # the reportcheck users run (make native)
 
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DDIAG_SANITIZE=OFF >/dev/null
-cmake --build "$build" --target reportcheck >/dev/null
+cmake --preset native >/dev/null
+cmake --build --preset native >/dev/null
 checker="$build/bin/reportcheck"
 
 work=$(mktemp -d /tmp/orvane-collect-bench.XXXXXX)

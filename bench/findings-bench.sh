@@ -9,18 +9,18 @@
 #   DIAG_COLLECT_REPORTS  number of reports (10000)
 #   DIAG_COLLECT_RUNS     timed runs of each, the best kept (3)
 #   DIAG_FINDINGS_RESULTS the page to write (bench/FINDINGS-RESULTS.md)
-# The reportcheck measured is an optimised build without sanitizers, as users
-# run it, in build-bench-native/.
+# The reportcheck measured is the one users run: the optimised build without
+# sanitizers, in build-native/ (make native).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 count=${DIAG_COLLECT_REPORTS:-10000}
 runs=${DIAG_COLLECT_RUNS:-3}
 results=${DIAG_FINDINGS_RESULTS:-bench/FINDINGS-RESULTS.md}
-build=build-bench-native
+build=build-native  # the reportcheck users run (make native)
 
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DDIAG_SANITIZE=OFF >/dev/null
-cmake --build "$build" --target reportcheck >/dev/null
+cmake --preset native >/dev/null
+cmake --build --preset native >/dev/null
 checker="$build/bin/reportcheck"
 
 work=$(mktemp -d /tmp/orvane-findings-bench.XXXXXX)
