@@ -29,7 +29,8 @@ trap 'rm -rf "$work"' EXIT
 /usr/bin/python3 bench/make-reports.py "$count" "$work/reports" tests/reportcheck/data/wine-report.txt
 
 # "<seconds> <peak kB>" of one command, its output thrown away.
-measure() { /usr/bin/time -f "%e %M" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || true; cat "$work/time"; }
+# (time's last line: before it, a word on a non-zero status, which diff gives)
+measure() { /usr/bin/time -f "%e %M" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || true; tail -1 "$work/time"; }
 best() { sort -n | head -1; }
 
 files=$(find "$work/reports" -type f | wc -l)
