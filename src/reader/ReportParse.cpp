@@ -457,6 +457,10 @@ private:
                     if (v.name == Narrow(kInstallLocationValue)) d.path = v.text;
             }
             return Field(form.stage, true, [&] {
+                // Room for the listing at once: a vector that doubles as it
+                // grows holds both buffers while it moves, for a large
+                // listing most of the reader's memory.
+                d.entries.reserve(IndentedLinesAfter(lineNumber_));
                 inst.directories.push_back(std::move(d));
                 openDirectory_ = true;
             });
@@ -487,6 +491,13 @@ private:
             return Field(4 + static_cast<int>(k), true, [&] { inst.registryValues.push_back(std::move(value)); });
         }
         return false;
+    }
+
+    // The lines after line `number` (1-based) that start with a tab.
+    std::size_t IndentedLinesAfter(std::size_t number) const {
+        std::size_t count = 0;
+        for (std::size_t i = number; i < lines_.size() && !lines_[i].empty() && lines_[i][0] == '\t'; ++i) ++count;
+        return count;
     }
 
     bool TakeEntryLine(std::string_view line, Directory& dir) {
