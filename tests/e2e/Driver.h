@@ -67,6 +67,7 @@ private:
     HANDLE process_ = nullptr;
     DWORD pid_ = 0;
     HANDLE outputRead_ = nullptr;
+    void SayWhyNoWindow() const;
     DWORD startError_ = 0;
 };
 
