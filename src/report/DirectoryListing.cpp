@@ -106,6 +106,15 @@ bool SameTime(const FILETIME& a, const FILETIME& b) {
     return a.dwLowDateTime == b.dwLowDateTime && a.dwHighDateTime == b.dwHighDateTime;
 }
 
+// A folder never has a version resource, and asking the version library
+// about one costs dear: under Wine it searches the parent folder for a
+// library of that name, so a listing with many folders grew with the square
+// of its entries.
+std::wstring VersionOf(const std::wstring& path, const WIN32_FIND_DATAW& entry, ProductVersionMemo* memo) {
+    if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return {};
+    return memo ? memo->Read(path, entry) : ReadProductVersion(path);
+}
+
 // Refills `record` in place, so that a long listing reuses its strings.
 void FillEntryRecord(DirectoryEntryRecord& record, const std::wstring& directory, const WIN32_FIND_DATAW& entry,
                      bool withAcl, bool withContent, ProductVersionMemo* memo) {
@@ -117,7 +126,7 @@ void FillEntryRecord(DirectoryEntryRecord& record, const std::wstring& directory
     // A forward slash, as the listing has always joined them; the path is as
     // long as it needs to be.
     const std::wstring path = directory + L"/" + record.name;
-    record.productVersion = memo ? memo->Read(path, entry) : ReadProductVersion(path);
+    record.productVersion = VersionOf(path, entry, memo);
     record.accessList.reset();
     if (withAcl) record.accessList = ReadAccessListOf(path);
     record.content.reset();
