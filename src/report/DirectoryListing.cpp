@@ -93,6 +93,23 @@ bool CannotBeAnImage(const std::wstring& path) {
     return read < sizeof(magic) || magic[0] != 'M' || magic[1] != 'Z';
 }
 
+// The ProductVersion of a file that may be an image.
+std::wstring AskVersionLibrary(const std::wstring& path) {
+    DWORD handle = 0;
+    const DWORD size = ::GetFileVersionInfoSizeW(path.c_str(), &handle);
+    if (size == 0) return {};
+    std::vector<BYTE> data(size);
+    ::GetFileVersionInfoW(path.c_str(), 0, size, data.data());
+    for (const wchar_t* key : kProductVersionKeys) {
+        void* value = nullptr;
+        UINT length = 0;
+        if (::VerQueryValueW(data.data(), key, &value, &length) && value) {
+            return NormaliseVersion(static_cast<const wchar_t*>(value));
+        }
+    }
+    return {};
+}
+
 ContentExcerptRecord ReadContentExcerpt(const std::wstring& path) {
     const w32::ScopedCFile file(::_wfopen(path.c_str(), L"rb"));
     if (!file) return {};
@@ -146,19 +163,7 @@ std::wstring FormatFileTime(const FILETIME& time) { return FormatCalendarTime(Lo
 
 std::wstring ReadProductVersion(const std::wstring& path) {
     if (CannotBeAnImage(path)) return {};
-    DWORD handle = 0;
-    const DWORD size = ::GetFileVersionInfoSizeW(path.c_str(), &handle);
-    if (size == 0) return {};
-    std::vector<BYTE> data(size);
-    ::GetFileVersionInfoW(path.c_str(), 0, size, data.data());
-    for (const wchar_t* key : kProductVersionKeys) {
-        void* value = nullptr;
-        UINT length = 0;
-        if (::VerQueryValueW(data.data(), key, &value, &length) && value) {
-            return NormaliseVersion(static_cast<const wchar_t*>(value));
-        }
-    }
-    return {};
+    return AskVersionLibrary(path);
 }
 
 AccessListRecord ReadAccessListRecord(PSECURITY_DESCRIPTOR descriptor) {
@@ -189,7 +194,11 @@ std::wstring ProductVersionMemo::Read(const std::wstring& path, const WIN32_FIND
             return reading.version;
         }
     }
-    std::wstring version = ReadProductVersion(path);
+    // Only what the version library answered is kept: the first two bytes
+    // are cheap to read again, and a directory of a hundred thousand data
+    // files must not fill the memo.
+    if (CannotBeAnImage(path)) return {};
+    std::wstring version = AskVersionLibrary(path);
     readings_.insert_or_assign(path, Reading{entry.ftCreationTime, entry.ftLastWriteTime, entry.nFileSizeHigh,
                                              entry.nFileSizeLow, version});
     return version;
