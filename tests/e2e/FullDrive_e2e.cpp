@@ -229,25 +229,13 @@ TEST_F(FullDrive, SaveShowsTheMessageAndKeepsTheEarlierReport) {
     ASSERT_TRUE(drive_->FillLeaving(kFreeBytesLeft));
 
     Program program;
-    HWND main = program.WaitForMainWindow();
-    ASSERT_NE(main, nullptr);
-    PostButtonClick(main, 1013);
-    HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, kReportTimeout);
+    HWND window = OpenWholeReport(program);
     ASSERT_NE(window, nullptr);
-    ASSERT_TRUE(WaitUntil(
-        [&] { return WindowText(::GetDlgItem(window, 1003)).find(L"installation:") != std::wstring::npos; },
-        kReportTimeout));
     PostButtonClick(window, 1012);
     ASSERT_NE(CompleteSaveAs(program, report_), nullptr);
     // The file dialog asks before replacing; then the program says it could not write.
-    HWND question = program.WaitForMessageBox();
-    ASSERT_NE(question, nullptr);
-    ASSERT_TRUE(PressMessageBoxButton(question, L"Yes"));
-    HWND box = nullptr;
-    ASSERT_TRUE(WaitUntil([&] {
-        box = program.WaitForMessageBox(1s);
-        return box && ReadMessageBox(box).text == L"Unable to write the file!";
-    }));
+    HWND box = ConfirmReplacementAndWaitForBox(program, L"Unable to write the file!");
+    ASSERT_NE(box, nullptr);
     const MessageBoxContent content = ReadMessageBox(box);
     EXPECT_EQ(content.caption, L"OrvaneDiagnostics");
     EXPECT_EQ(content.buttons, std::vector<std::wstring>{L"OK"});
