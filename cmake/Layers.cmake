@@ -1,10 +1,14 @@
 # The direction of the program's layers, checked over the include graph.
 #
-#   app -> diagwin -> report -> w32      ovsystem -> w32
+#   app -> diagwin -> collect -> format      collect -> w32      ovsystem -> w32
+#   reportcheck -> reader -> format
 #
-# A folder of src/ may include its own headers and those of the layers below
-# it; every layer may include lang/ (the interface language), which includes
-# nothing of ours. An include against the direction fails the configuration,
+# format/ is the report's pure form, shared by both programs (no <windows.h>);
+# collect/ holds the Windows collectors that fill its records; reader/ reads
+# saved reports back and serves reportcheck only: the program never reaches
+# it. A folder of src/ may include its own headers and those of the layers
+# below it; every layer may include lang/ (the interface language), which
+# includes nothing of ours. An include against the direction fails the configuration,
 # so that a back-arrow never reaches a build. Each layer is also a library of
 # its own (src/CMakeLists.txt) that links only the layers below it.
 #
@@ -16,18 +20,25 @@ if(CMAKE_SCRIPT_MODE_FILE)
   cmake_minimum_required(VERSION 3.21)
 endif()
 
-set(DIAG_LAYERS lang w32 ovsystem report diagwin app reportcheck)
+set(DIAG_LAYERS lang w32 ovsystem format collect diagwin app reader reportcheck)
 set(DIAG_LAYER_USES_lang        lang)
 set(DIAG_LAYER_USES_w32         w32 lang)
 set(DIAG_LAYER_USES_ovsystem    ovsystem w32 lang)
-set(DIAG_LAYER_USES_report      report w32 lang)
-set(DIAG_LAYER_USES_diagwin     diagwin report ovsystem w32 lang)
-set(DIAG_LAYER_USES_app         app diagwin report ovsystem w32 lang)
-# The report checker shares the report's pure code, and nothing else.
-set(DIAG_LAYER_USES_reportcheck reportcheck report lang)
+set(DIAG_LAYER_USES_format      format lang)
+set(DIAG_LAYER_USES_collect     collect format w32 lang)
+set(DIAG_LAYER_USES_diagwin     diagwin collect format ovsystem w32 lang)
+set(DIAG_LAYER_USES_app         app diagwin collect format ovsystem w32 lang)
+set(DIAG_LAYER_USES_reader      reader format lang)
+# The report checker reads reports with the reader and the shared format,
+# and nothing else.
+set(DIAG_LAYER_USES_reportcheck reportcheck reader format lang)
+# Folders whose every file is pure: built for the host too, where no Windows
+# header exists, so a file's folder alone says whether it may ask the system.
+set(DIAG_PURE_LAYERS lang format reader)
 
-# Sets `result` to one line per include against the direction:
-# "<file> includes <header>", files and headers relative to `root`/src.
+# Sets `result` to one line per include against the direction, and per
+# <windows.h> in a pure folder: "<file> includes <header>", files and headers
+# relative to `root`/src.
 function(diag_find_back_arrows root result)
   set(found "")
   foreach(layer IN LISTS DIAG_LAYERS)
@@ -48,6 +59,12 @@ function(diag_find_back_arrows root result)
           list(APPEND found "${file} includes ${header}")
         endif()
       endforeach()
+      if(layer IN_LIST DIAG_PURE_LAYERS)
+        file(STRINGS "${root}/src/${file}" windows REGEX "^[ \t]*#[ \t]*include[ \t]*[\"<][Ww]indows\\.h[\">]")
+        if(windows)
+          list(APPEND found "${file} includes windows.h")
+        endif()
+      endif()
     endforeach()
   endforeach()
   set(${result} "${found}" PARENT_SCOPE)

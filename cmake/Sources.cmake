@@ -4,22 +4,22 @@ set(DIAG_PURE_SOURCES
   src/lang/Language.cpp
   src/app/CommandLine.cpp
   src/app/Title.cpp
-  src/report/ReportChecksum.cpp
-  src/report/ReportVerdict.cpp
-  src/report/EntryText.cpp
-  src/report/AdapterText.cpp
-  src/report/ReportText.cpp
-  src/report/RegistryValueText.cpp
-  src/report/InstallationText.cpp
-  src/report/InstallationRecord.cpp
-  src/report/ReportModelText.cpp
-  src/report/ReportParse.cpp
-  src/report/ReportRender.cpp
-  src/report/ReportJson.cpp
-  src/report/ReportDiff.cpp
-  src/report/SystemSections.cpp
+  src/format/ReportChecksum.cpp
+  src/format/ReportVerdict.cpp
+  src/format/EntryText.cpp
+  src/format/AdapterText.cpp
+  src/format/ReportText.cpp
+  src/format/RegistryValueText.cpp
+  src/format/InstallationText.cpp
+  src/format/InstallationRecord.cpp
+  src/reader/ReportModelText.cpp
+  src/reader/ReportParse.cpp
+  src/reader/ReportRender.cpp
+  src/reader/ReportJson.cpp
+  src/reader/ReportDiff.cpp
+  src/format/SystemSections.cpp
   src/diagwin/SaveLocation.cpp
-  src/report/ViewText.cpp
+  src/format/ViewText.cpp
 )
 list(TRANSFORM DIAG_PURE_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/)
 
@@ -28,18 +28,19 @@ set(DIAG_PURE_TESTS
   tests/lang/Language_test.cpp
   tests/app/CommandLine_test.cpp
   tests/app/Title_test.cpp
-  tests/report/ReportChecksum_test.cpp
-  tests/report/ReportVerdict_test.cpp
-  tests/report/EntryText_test.cpp
-  tests/report/AdapterText_test.cpp
-  tests/report/ReportText_test.cpp
-  tests/report/RegistryValueText_test.cpp
-  tests/report/InstallationText_test.cpp
-  tests/report/InstallationRecord_test.cpp
-  tests/report/ReportModel_test.cpp
-  tests/report/SystemSections_test.cpp
+  tests/format/ReportChecksum_test.cpp
+  tests/format/ReportVerdict_test.cpp
+  tests/format/EntryText_test.cpp
+  tests/format/AdapterText_test.cpp
+  tests/format/ReportText_test.cpp
+  tests/format/RegistryValueText_test.cpp
+  tests/format/InstallationText_test.cpp
+  tests/format/InstallationRecord_test.cpp
+  tests/reader/ReportModel_test.cpp
+  tests/reader/RoundTrip_test.cpp
+  tests/format/SystemSections_test.cpp
   tests/diagwin/SaveLocation_test.cpp
-  tests/report/ViewText_test.cpp
+  tests/format/ViewText_test.cpp
   tests/w32/GrowingBuffer_test.cpp
 )
 list(TRANSFORM DIAG_PURE_TESTS PREPEND ${PROJECT_SOURCE_DIR}/)
@@ -58,14 +59,14 @@ function(diag_use_json target)
   target_include_directories(${target} SYSTEM PUBLIC ${DIAG_JSON_INCLUDE})
 endfunction()
 
-# The pure sources as one library per layer, each linking the layers below it
-# (the direction is in cmake/Layers.cmake): diag_pure_lang, diag_pure_report,
-# diag_pure_diagwin, diag_pure_app; diag_pure is all of them. The Windows
-# build's layer libraries link their own.
+# The pure sources as one library per layer, each linking the pure libraries
+# of the layers it may use (cmake/Layers.cmake): diag_pure_lang,
+# diag_pure_format, diag_pure_reader, diag_pure_diagwin, diag_pure_app;
+# diag_pure is all of them. The program's pure layers never link the reader.
+# The Windows build's layer libraries link their own.
 function(diag_add_pure_libraries)
-  set(layers lang w32 report diagwin app)
+  set(layers lang w32 format reader diagwin app)
   set(remaining ${DIAG_PURE_SOURCES})
-  set(below "")
   add_library(diag_pure INTERFACE)
   foreach(layer IN LISTS layers)
     set(sources ${DIAG_PURE_SOURCES})
@@ -77,9 +78,12 @@ function(diag_add_pure_libraries)
     add_library(diag_pure_${layer} STATIC ${sources})
     target_include_directories(diag_pure_${layer} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     diag_use_json(diag_pure_${layer})
-    target_link_libraries(diag_pure_${layer} PUBLIC ${below})
+    foreach(used IN LISTS DIAG_LAYER_USES_${layer})
+      if(TARGET diag_pure_${used} AND NOT used STREQUAL layer)
+        target_link_libraries(diag_pure_${layer} PUBLIC diag_pure_${used})
+      endif()
+    endforeach()
     target_link_libraries(diag_pure INTERFACE diag_pure_${layer})
-    set(below diag_pure_${layer})
   endforeach()
   if(remaining)
     message(FATAL_ERROR "Pure sources outside the layers (${layers}): ${remaining}")

@@ -3,10 +3,10 @@
 #include <windows.h>
 
 #include "app/ExitStatus.h"
+#include "collect/ReportFile.h"
+#include "collect/SystemReport.h"
+#include "format/ViewText.h"
 #include "lang/Language.h"
-#include "report/ReportFile.h"
-#include "report/SystemReport.h"
-#include "report/ViewText.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
 

@@ -2,10 +2,10 @@
 
 #include <commdlg.h>
 
+#include "collect/ReportFile.h"
+#include "collect/SystemReport.h"
 #include "diagwin/SaveLocation.h"
 #include "lang/Language.h"
-#include "report/ReportFile.h"
-#include "report/SystemReport.h"
 #include "resource.h"
 #include "w32/Application.h"
 #include "w32/FileDialog.h"

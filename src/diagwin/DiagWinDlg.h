@@ -4,9 +4,9 @@
 
 #include <windows.h>
 
+#include "collect/SystemReport.h"
 #include "diagwin/ReportView.h"
 #include "ovsystem/OVButtons.h"
-#include "report/SystemReport.h"
 #include "w32/Dialog.h"
 
 class CMainDlg;

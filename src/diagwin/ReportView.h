@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "report/ReportSink.h"
+#include "format/ReportSink.h"
 
 class ReportView final : public ReportSink {
 public:

@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
-#include "report/ReportChecksum.h"
-#include "report/ReportFile.h"
-#include "report/TempDirectory.h"
-#include "report/ViewText.h"
+#include "collect/ReportFile.h"
+#include "format/ReportChecksum.h"
+#include "format/ViewText.h"
 #include "resource.h"
+#include "support/TempDirectory.h"
 #include "w32/Dialog.h"
 
 namespace {

@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "e2e/Driver.h"
-#include "report/LockedFile.h"
-#include "report/ReportVerdict.h"
-#include "report/TempDirectory.h"
+#include "format/ReportVerdict.h"
+#include "support/LockedFile.h"
+#include "support/TempDirectory.h"
 #include "support/Wine.h"
 #include "w32/Scoped.h"
 

@@ -10,7 +10,7 @@
 #include <map>
 #include <thread>
 
-#include "report/TempDirectory.h"
+#include "support/TempDirectory.h"
 #include "w32/Scoped.h"
 #include "w32/Text.h"
 

@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "e2e/Driver.h"
-#include "report/ReportVerdict.h"
-#include "report/TempDirectory.h"
+#include "format/ReportVerdict.h"
+#include "support/TempDirectory.h"
 #include "support/Wine.h"
 
 using namespace e2e;

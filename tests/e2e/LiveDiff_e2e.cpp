@@ -14,11 +14,11 @@
 #include <string>
 #include <vector>
 
+#include "collect/FakeSuite.h"
+#include "collect/ReportTestSupport.h"
 #include "e2e/Driver.h"
-#include "report/FakeSuite.h"
-#include "report/ReportTestSupport.h"
-#include "report/ReportVerdict.h"
-#include "report/TempDirectory.h"
+#include "format/ReportVerdict.h"
+#include "support/TempDirectory.h"
 #include "support/Wine.h"
 #include "w32/Text.h"
 

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "report/AdapterText.h"
 #include "FuzzCheck.h"
+#include "format/AdapterText.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include <cwchar>
 #include <string>
 
-#include "report/EntryText.h"
 #include "FuzzCheck.h"
+#include "format/EntryText.h"
 
 namespace {
 

@@ -23,8 +23,8 @@
 #include <string>
 #include <vector>
 
-#include "report/RegistryValueText.h"
 #include "FuzzCheck.h"
+#include "format/RegistryValueText.h"
 
 namespace {
 

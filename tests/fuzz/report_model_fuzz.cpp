@@ -13,11 +13,11 @@
 #include <cstdint>
 #include <string>
 
-#include "report/ReportDiff.h"
-#include "report/ReportJson.h"
-#include "report/ReportModel.h"
-#include "report/ReportRender.h"
 #include "FuzzCheck.h"
+#include "reader/ReportDiff.h"
+#include "reader/ReportJson.h"
+#include "reader/ReportModel.h"
+#include "reader/ReportRender.h"
 
 using namespace report_model;
 

@@ -14,9 +14,9 @@
 #include <string>
 #include <string_view>
 
-#include "report/ReportChecksum.h"
-#include "report/ReportVerdict.h"
 #include "FuzzCheck.h"
+#include "format/ReportChecksum.h"
+#include "format/ReportVerdict.h"
 
 namespace {
 

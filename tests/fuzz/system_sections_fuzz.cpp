@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "FuzzCheck.h"
-#include "report/InstallationRecord.h"
-#include "report/SystemSections.h"
+#include "format/InstallationRecord.h"
+#include "format/SystemSections.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ void CheckLine(const std::wstring& piece, std::wstring_view label, const std::ws
 bool EndsWithLineFeed(const std::wstring& piece) { return !piece.empty() && piece.back() == L'\n'; }
 
 void CheckProgram(FuzzedDataProvider& input) {
-    ProgramFacts facts;
+    ProgramRecord facts;
     facts.applicationName = WideText(input, 16);
     facts.productVersion = WideText(input, 16);
     facts.directory = WideText(input, 32);
@@ -51,7 +51,7 @@ void CheckProgram(FuzzedDataProvider& input) {
 }
 
 void CheckHost(FuzzedDataProvider& input) {
-    HostFacts facts{WideText(input, 16), WideText(input, 16), WideText(input, 16), WideText(input, 16)};
+    HostRecord facts{WideText(input, 16), WideText(input, 16), WideText(input, 16), WideText(input, 16)};
     RecordingSink sink;
     RenderHostSection(facts, sink);
     FUZZ_CHECK(sink.Pieces().size() == 3u);
@@ -61,7 +61,7 @@ void CheckHost(FuzzedDataProvider& input) {
 }
 
 void CheckWindows(FuzzedDataProvider& input) {
-    WindowsFacts facts;
+    WindowsRecord facts;
     facts.versionLabel = WideText(input, 12);
     facts.editionLabel = WideText(input, 8);
     facts.realVersion = WideText(input, 16);
@@ -88,7 +88,7 @@ void CheckWindows(FuzzedDataProvider& input) {
 }
 
 void CheckHardware(FuzzedDataProvider& input) {
-    HardwareFacts facts;
+    HardwareRecord facts;
     facts.biosName = WideText(input, 16);
     facts.boardManufacturer = WideText(input, 16);
     facts.processorCount = input.ConsumeIntegral<std::uint32_t>();
@@ -103,7 +103,7 @@ void CheckHardware(FuzzedDataProvider& input) {
     facts.totalVirtual = input.ConsumeIntegral<std::uint64_t>();
     facts.totalPaging = input.ConsumeIntegral<std::uint64_t>();
     if (input.ConsumeBool()) {
-        VolumeFacts volume;
+        VolumeRecord volume;
         volume.serialNumber = input.ConsumeIntegral<std::uint32_t>();
         volume.fileSystemFlags = input.ConsumeIntegral<std::uint32_t>();
         volume.totalBytes = input.ConsumeIntegral<std::uint64_t>();

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "report/ReportChecksum.h"
-#include "../report/SampleReport.h"
+#include "../reader/SampleReport.h"
+#include "format/ReportChecksum.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -302,11 +302,11 @@ TEST_F(ReportCheck, NamesBeyondAsciiArePrintedInUtf8) {
     EXPECT_EQ(outcome.status, 0);
 }
 
-TEST_F(ReportCheck, NoArgumentsPrintsUsageAndGivesTwo) {
+TEST_F(ReportCheck, NoArgumentsPrintsUsageAndIsAUsageError) {
     const Outcome outcome = Check({});
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err.rfind(std::string("usage: reportcheck FILE...") + kNewline, 0), 0u) << outcome.err;
-    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.status, 64);
 }
 
 TEST_F(ReportCheck, HelpPrintsUsageAndGivesZero) {
@@ -591,14 +591,122 @@ TEST_F(ReportCheck, ShowReadsA50MegabyteReport) {
 }
 
 TEST_F(ReportCheck, SubcommandsExplainThemselves) {
-    for (const char* command : {"show", "diff", "collect"}) {
-        const Outcome outcome = Check({command, "--help"});
-        EXPECT_EQ(outcome.out.rfind(std::string("usage: reportcheck ") + command, 0), 0u) << outcome.out;
-        EXPECT_EQ(outcome.status, 0);
-        const Outcome wrong = Check({command});
+    const struct {
+        std::string command, synopsis;
+    } commands[] = {
+        {"check", "check FILE..."},
+        {"show", "show --json FILE"},
+        {"diff", "diff [--json] OLD NEW"},
+        {"collect", "collect PATH..."},
+    };
+    for (const auto& c : commands) {
+        for (const char* help : {"--help", "-h"}) {
+            const Outcome outcome = Check({c.command, help});
+            EXPECT_EQ(outcome.out.rfind("usage: reportcheck " + c.synopsis + kNewline, 0), 0u) << outcome.out;
+            EXPECT_NE(outcome.out.find(std::string("Exit status 64: the command line is wrong")), std::string::npos);
+            EXPECT_EQ(outcome.err, "");
+            EXPECT_EQ(outcome.status, 0);
+        }
+        const Outcome wrong = Check({c.command});
         EXPECT_EQ(wrong.out, "");
-        EXPECT_EQ(wrong.err.rfind(std::string("usage: reportcheck ") + command, 0), 0u) << wrong.err;
-        EXPECT_EQ(wrong.status, 2);
+        EXPECT_EQ(wrong.err, Lines({"reportcheck: " + c.command + ": too few arguments",
+                                    "usage: reportcheck " + c.synopsis,
+                                    "(reportcheck " + c.command + " --help tells more.)"}));
+        EXPECT_EQ(wrong.status, 64);
+    }
+}
+
+// --- The command line -----------------------------------------------------
+
+// A usage error: the problem, the command's usage, status 64, and nothing
+// on standard output.
+void ExpectUsageError(const Outcome& outcome, const std::string& problem, const std::string& command,
+                      const std::string& synopsis) {
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, Lines({"reportcheck: " + problem, "usage: reportcheck " + synopsis,
+                                  "(reportcheck " + command + " --help tells more.)"}));
+    EXPECT_EQ(outcome.status, 64);
+}
+
+TEST_F(ReportCheck, AFileNamedLikeACommandIsCheckedAfterTheEndOfOptionsOrCheck) {
+    Write("show", kReportAB);
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--", "show"}, {"check", "show"},
+                                                      {"check", "--", "show"}}) {
+        const Outcome outcome = Check(arguments);
+        EXPECT_EQ(outcome.out, Lines({"show: intact (checksum 01024145)"}));
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.status, 0);
+    }
+    // Without "--" the word is the command, which then lacks its file.
+    ExpectUsageError(Check({"show"}), "show: too few arguments", "show", "show --json FILE");
+}
+
+TEST_F(ReportCheck, AnUnknownOptionIsAUsageError) {
+    Write("report.txt", kReportAB);
+    ExpectUsageError(Check({"-x"}), "unknown option -x", "check", "check FILE...");
+    ExpectUsageError(Check({"report.txt", "-x"}), "unknown option -x", "check", "check FILE...");
+    ExpectUsageError(Check({"show", "--json", "report.txt", "--colour"}), "unknown option --colour", "show",
+                     "show --json FILE");
+    ExpectUsageError(Check({"diff", "--verbose", "report.txt", "report.txt"}), "unknown option --verbose", "diff",
+                     "diff [--json] OLD NEW");
+    // An option of another command is unknown to this one.
+    ExpectUsageError(Check({"collect", "--json", "report.txt"}), "unknown option --json", "collect",
+                     "collect PATH...");
+    ExpectUsageError(Check({"show", "--json=yes", "report.txt"}), "option --json takes no value", "show",
+                     "show --json FILE");
+}
+
+TEST_F(ReportCheck, AFileNamedLikeAnOptionFollowsTheEndOfOptions) {
+    Write("-x", kReportAB);
+    Write("--json", AlteredAB());
+    const Outcome outcome = Check({"--", "-x", "--json"});
+    EXPECT_EQ(outcome.out, Lines({"-x: intact (checksum 01024145)",
+                                  "--json: altered (trailer says 01024145, body gives 01024045)"}));
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 1);
+    const Outcome shown = Check({"show", "--json", "--", "-x"});
+    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 1,\n", 0), 0u) << shown.out;
+    EXPECT_EQ(shown.status, 0);
+}
+
+TEST_F(ReportCheck, OptionsStandAnywhere) {
+    Write("tiny.txt", BuildReportFileBytes(Utf16(kTinyBody)));
+    Write("before.txt", SavedReport(kSampleReportBody));
+    Write("after.txt", SavedReport(LaterSample()));
+    const Outcome first = Check({"show", "--json", "tiny.txt"});
+    ASSERT_EQ(first.status, 0);
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"show", "tiny.txt", "--json"}, {"--json", "show", "tiny.txt"}}) {
+        const Outcome outcome = Check(arguments);
+        EXPECT_EQ(outcome.out, first.out);
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.status, 0);
+    }
+    const Outcome diff = Check({"diff", "--json", "before.txt", "after.txt"});
+    ASSERT_EQ(diff.status, 1);
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"diff", "before.txt", "--json", "after.txt"},
+                                                      {"diff", "before.txt", "after.txt", "--json"}}) {
+        const Outcome outcome = Check(arguments);
+        EXPECT_EQ(outcome.out, diff.out);
+        EXPECT_EQ(outcome.status, 1);
+    }
+}
+
+TEST_F(ReportCheck, ShowWithoutJsonOrWithTwoFilesIsAUsageError) {
+    Write("tiny.txt", BuildReportFileBytes(Utf16(kTinyBody)));
+    ExpectUsageError(Check({"show", "tiny.txt"}), "show: --json is needed", "show", "show --json FILE");
+    ExpectUsageError(Check({"show", "--json", "tiny.txt", "tiny.txt"}), "show: too many arguments", "show",
+                     "show --json FILE");
+    ExpectUsageError(Check({"diff", "tiny.txt"}), "diff: too few arguments", "diff", "diff [--json] OLD NEW");
+}
+
+TEST_F(ReportCheck, VersionIsPrintedAnywhere) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--version"}, {"show", "--version"}, {"missing.txt", "--version"}}) {
+        const Outcome outcome = Check(arguments);
+        EXPECT_EQ(outcome.out, Lines({"reportcheck " REPORTCHECK_VERSION}));
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.status, 0);
     }
 }
 

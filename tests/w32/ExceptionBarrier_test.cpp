@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "report/WmiQuery.h"
+#include "collect/WmiQuery.h"
 #include "resource.h"
 #include "w32/Application.h"
 #include "w32/ComError.h"

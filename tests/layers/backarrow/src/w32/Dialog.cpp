@@ -1,3 +1,3 @@
 // Angle brackets reach the same headers as quotes.
 #include <windows.h>
-#include <report/ReportSink.h>
+#include <format/ReportSink.h>

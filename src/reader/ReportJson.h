@@ -1,0 +1,54 @@
+// The report model as JSON: what `reportcheck show --json` prints and what
+// each line of `collect` carries. Its form is docs/report-model.schema.json;
+// kReportSchemaVersion changes with any change to that form.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "format/ReportChecksum.h"
+#include "format/ReportVerdict.h"
+#include "reader/ReportModel.h"
+
+namespace report_model {
+
+inline constexpr int kReportSchemaVersion = 1;
+
+// JSON text on one line, appended to a string, character for character what
+// DumpJson writes for the same values: collect writes a line per report, and
+// building a tree of them first took most of its time.
+class JsonWriter {
+public:
+    explicit JsonWriter(std::string& out) : out_(out) {}
+    void Open(char bracket);  // '{' or '['
+    void Close(char bracket);
+    void Key(std::string_view key);  // a name of the form: ASCII, nothing to escape
+    void String(std::string_view text);
+    void Null();
+    void Bool(bool value);
+    void Signed(std::int64_t value);
+    void Unsigned(std::uint64_t value);
+
+private:
+    void Separate();
+    std::string& out_;
+    bool comma_ = false;  // a value stands before, in the same object or array
+};
+
+// The whole model; `verdict` is the file's (intact or altered).
+void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict);
+
+// The same as a tree, read back from that text so that the form is written
+// in one place only.
+nlohmann::ordered_json ReportToJson(const Report& report, const ReportVerdict& verdict);
+
+// JSON text on one line; a lone surrogate kept in a text shows as U+FFFD.
+std::string DumpJson(const nlohmann::ordered_json& json, int indent = -1);
+
+// "1a2b3c4d": the trailer's own form (format/ReportChecksum.h).
+using ::ChecksumText;
+
+}  // namespace report_model

@@ -1,0 +1,54 @@
+// reportcheck [check] FILE...: whether each file is a report that arrived
+// whole, one line per file in the order given.
+#include <algorithm>
+
+#include "reportcheck/Commands.h"
+#include "reportcheck/LoadedReport.h"
+
+namespace {
+
+int CheckFile(const NativeString& path) {
+    const std::string name = ToUtf8(path);
+    std::string bytes;
+    int error = 0;
+    if (!ReadWholeFile(path.c_str(), bytes, error)) {
+        Print(stdout, name + ": " + CannotBeRead(error) + "\n");
+        return kSomeNotAReport;
+    }
+    const ReportVerdict verdict = CheckReportBytes(bytes);
+    Print(stdout, name + ": " + DescribeReportVerdict(verdict) + "\n");
+    switch (verdict.state) {
+        case ReportState::Intact: return kAllIntact;
+        case ReportState::Altered: return kSomeAltered;
+        case ReportState::NotAReport: break;
+    }
+    return kSomeNotAReport;
+}
+
+int RunCheck(const Arguments& arguments) {
+    int status = kAllIntact;
+    for (const NativeString& path : arguments.Operands()) status = std::max(status, CheckFile(path));
+    return status;
+}
+
+}  // namespace
+
+extern const Command kCheckCommand{
+    .name = "check",
+    .synopsis = "check FILE...",
+    .summary = "integrity: one line per file",
+    .help = "Checks that each FILE is a report saved by Orvane Diagnostics whose\n"
+            "checksum still matches its text, and prints one line per file, in the\n"
+            "order given:\n"
+            "  FILE: intact (checksum 1a2b3c4d)\n"
+            "  FILE: altered (trailer says 1a2b3c4d, body gives 0badf00d)\n"
+            "  FILE: not a report (REASON)\n"
+            "  FILE: cannot be read (REASON)\n"
+            "Exit status: 0 when every file is intact, 1 when one is altered,\n"
+            "2 when one is not a report or cannot be read.\n"
+            "The checksum catches accidental damage only: whoever edits a report on\n"
+            "purpose can recompute it.\n",
+    .options = {},
+    .minOperands = 1,
+    .run = RunCheck,
+};

@@ -1,0 +1,56 @@
+// reportcheck diff [--json] OLD NEW: what changed from one report to another.
+#include "reader/ReportDiff.h"
+#include "reader/ReportJson.h"
+#include "reportcheck/Commands.h"
+#include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
+
+namespace {
+
+constexpr const Option* kDiffOptions[] = {&kJsonOption};
+
+int RunDiff(const Arguments& arguments) {
+    const NativeString& oldPath = arguments.Operands()[0];
+    const NativeString& newPath = arguments.Operands()[1];
+    const LoadedReport before = LoadReport(oldPath.c_str());
+    const LoadedReport after = LoadReport(newPath.c_str());
+    bool trouble = false;
+    for (const auto& [loaded, path] : {std::pair{&before, &oldPath}, std::pair{&after, &newPath}}) {
+        if (loaded->state == LoadState::Report) continue;
+        Complain(ToUtf8(*path), loaded->problem);
+        trouble = true;
+    }
+    if (trouble) return kSomeNotAReport;
+    const report_model::ReportSide oldSide{&before.report, before.verdict};
+    const report_model::ReportSide newSide{&after.report, after.verdict};
+    const auto changes = report_model::DiffReports(before.report, after.report);
+    const bool differ = !changes.empty() || before.verdict.state != after.verdict.state;
+    std::string text;
+    if (arguments.Has(kJsonOption))
+        text = report_model::DumpJson(report_model::DiffToJson(oldSide, newSide, changes), 2) + "\n";
+    else if (differ || before.verdict.state != ReportState::Intact)
+        text = report_model::FormatDiffText(oldSide, newSide, changes);
+    BinaryOutput();
+    Print(stdout, text);
+    return differ ? kSomeAltered : kAllIntact;
+}
+
+}  // namespace
+
+extern const Command kDiffCommand{
+    .name = "diff",
+    .synopsis = "diff [--json] OLD NEW",
+    .summary = "what changed from OLD to NEW",
+    .help = "Prints what changed from the report OLD to the report NEW, grouped by\n"
+            "section, one line per change, old value -> new value. Directory entries\n"
+            "are matched by directory and name, adapters by adapter name, registry\n"
+            "values by name, single values by their label. The header's time is not\n"
+            "a difference; CR LF and LF reports compare alike. When either report is\n"
+            "altered, the verdicts come first. --json gives the same as JSON.\n"
+            "Exit status: 0 no difference (nothing printed), 1 differences, 2 trouble\n"
+            "(a file that is not a report or cannot be read).\n",
+    .options = kDiffOptions,
+    .minOperands = 2,
+    .maxOperands = 2,
+    .run = RunDiff,
+};

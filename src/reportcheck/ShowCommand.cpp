@@ -1,0 +1,46 @@
+// reportcheck show --json FILE: the whole report as one JSON document.
+#include "reader/ReportJson.h"
+#include "reportcheck/Commands.h"
+#include "reportcheck/LoadedReport.h"
+#include "reportcheck/Options.h"
+
+namespace {
+
+constexpr const Option* kShowOptions[] = {&kJsonOption};
+
+int RunShow(const Arguments& arguments) {
+    // JSON is the only form show prints so far; asking for it keeps the
+    // command line open to others.
+    if (!arguments.Has(kJsonOption)) return UsageError(kShowCommand, "show: --json is needed");
+    const NativeString& path = arguments.Operands().front();
+    const LoadedReport loaded = LoadReport(path.c_str());
+    if (loaded.state != LoadState::Report) {
+        Complain(ToUtf8(path), loaded.problem);
+        return kSomeNotAReport;
+    }
+    // Made whole before anything is written: a failure leaves no half document.
+    const std::string text =
+        report_model::DumpJson(report_model::ReportToJson(loaded.report, loaded.verdict), 2) + "\n";
+    BinaryOutput();
+    Print(stdout, text);
+    return StatusOf(loaded);
+}
+
+}  // namespace
+
+extern const Command kShowCommand{
+    .name = "show",
+    .synopsis = "show --json FILE",
+    .summary = "the whole report as one JSON document",
+    .help = "Prints the whole report FILE as one JSON document: its integrity (the\n"
+            "checksum verdict and the line breaks found), every section's values as\n"
+            "typed fields, and, under \"unrecognised\", every line the reader did not\n"
+            "recognise where it stands, with its line number. Its form is described in\n"
+            "docs/report-model.schema.json (\"schemaVersion\").\n"
+            "Exit status: 0 intact, 1 altered (the JSON says so), 2 not a report or\n"
+            "cannot be read (a message on standard error, nothing on standard output).\n",
+    .options = kShowOptions,
+    .minOperands = 1,
+    .maxOperands = 1,
+    .run = RunShow,
+};
