@@ -399,4 +399,27 @@ HWND CompleteSaveAs(Program& program, const std::wstring& path) {
     return dialog;
 }
 
+HWND ConfirmReplacementAndWaitForBox(Program& program, const std::wstring& text) {
+    HWND question = program.WaitForMessageBox();
+    if (!question || !PressMessageBoxButton(question, L"Yes")) return nullptr;
+    HWND box = nullptr;
+    WaitUntil([&] {
+        box = program.WaitForMessageBox(1s);
+        return box && ReadMessageBox(box).text == text;
+    });
+    return box && ReadMessageBox(box).text == text ? box : nullptr;
+}
+
+HWND OpenWholeReport(Program& program) {
+    HWND main = program.WaitForMainWindow();
+    if (!main) return nullptr;
+    PostButtonClick(main, 1013);
+    HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, kReportTimeout);
+    if (!window) return nullptr;
+    const bool whole = WaitUntil(
+        [&] { return WindowText(::GetDlgItem(window, 1003)).find(L"installation:") != std::wstring::npos; },
+        kReportTimeout);
+    return whole ? window : nullptr;
+}
+
 }  // namespace e2e
