@@ -44,7 +44,7 @@ void Print(std::FILE* stream, const std::string& utf8) {
         ::WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
         return;
     }
-    std::fputs(utf8.c_str(), stream);
+    std::fwrite(utf8.data(), 1, utf8.size(), stream);  // whole, NUL included
 }
 
 void BinaryOutput() {
@@ -56,8 +56,9 @@ std::string ToUtf8(std::string_view text) {
     return std::string(text);
 }
 
+// Whole, NUL included: a report's text may hold one.
 void Print(std::FILE* stream, const std::string& text) {
-    std::fputs(text.c_str(), stream);
+    std::fwrite(text.data(), 1, text.size(), stream);
 }
 
 void BinaryOutput() {}
