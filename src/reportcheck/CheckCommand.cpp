@@ -2,6 +2,7 @@
 // whole, one line per file in the order given.
 #include <algorithm>
 
+#include "format/TransitDamage.h"
 #include "reportcheck/Commands.h"
 #include "reportcheck/LoadedReport.h"
 
@@ -16,7 +17,13 @@ int CheckFile(const NativeString& path) {
         return kSomeNotAReport;
     }
     const ReportVerdict verdict = CheckReportBytes(bytes);
-    Print(stdout, name + ": " + DescribeReportVerdict(verdict) + "\n");
+    std::string line = name + ": " + DescribeReportVerdict(verdict);
+    if (verdict.state != ReportState::Intact) {
+        const TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
+        if (!diagnosis.damage.empty()) line += "; " + diagnosis.damage;
+        if (diagnosis.restored) line += " (reportcheck repair restores it)";
+    }
+    Print(stdout, line + "\n");
     switch (verdict.state) {
         case ReportState::Intact: return kAllIntact;
         case ReportState::Altered: return kSomeAltered;
@@ -43,6 +50,8 @@ extern const Command kCheckCommand{
             "  FILE: intact (checksum 1a2b3c4d)\n"
             "  FILE: altered (trailer says 1a2b3c4d, body gives 0badf00d)\n"
             "  FILE: not a report (REASON)\n"
+            "followed, when a transfer's damage is recognised, by \"; \" and what\n"
+            "happened, and \" (reportcheck repair restores it)\" when it can be undone.\n"
             "  FILE: cannot be read (REASON)\n"
             "Exit status: 0 when every file is intact, 1 when one is altered,\n"
             "2 when one is not a report or cannot be read.\n"

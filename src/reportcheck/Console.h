@@ -28,3 +28,8 @@ void BinaryOutput();
 // Reports are small; a file too large for memory is simply one that cannot
 // be read.
 bool ReadWholeFile(const NativeChar* path, std::string& bytes, int& error);
+
+// Writes `bytes` to a temporary file beside `path` and renames it to `path`
+// once every byte is written: `path` holds the whole or is left as it was.
+// False with "cannot be written (REASON)" in `problem`.
+bool WriteFileWhole(const NativeChar* path, std::string_view bytes, std::string& problem);

@@ -228,9 +228,9 @@ TEST_F(ReportCheck, TruncatedReportsAreNotReports) {
     Write("cut-trailer.txt", kReportAB.substr(0, 2 + 4 + 12));
     Write("bom-only.txt", kReportAB.substr(0, 2));
     const Outcome outcome = Check({"cut-1.txt", "cut-2.txt", "cut-trailer.txt", "bom-only.txt"});
-    EXPECT_EQ(outcome.out, Lines({"cut-1.txt: not a report (odd number of bytes)",
-                                  "cut-2.txt: not a report (no checksum trailer at the end)",
-                                  "cut-trailer.txt: not a report (no checksum trailer at the end)",
+    EXPECT_EQ(outcome.out, Lines({"cut-1.txt: not a report (odd number of bytes); truncated after 35 of 36 bytes",
+                                  "cut-2.txt: not a report (no checksum trailer at the end); truncated after 34 of 36 bytes",
+                                  "cut-trailer.txt: not a report (no checksum trailer at the end); truncated after 18 of 36 bytes",
                                   "bom-only.txt: not a report (no checksum trailer at the end)"}));
     EXPECT_EQ(outcome.status, 2);
 }
@@ -1308,4 +1308,33 @@ TEST_F(ReportCheck, DiffLeavesOutTheKindsAskedForAndRefusesUnknownOnes) {
     ExpectUsageError(Check({"diff", "--ignore", "colours", "before.txt", "after.txt"}),
                      "unknown kind of change \"colours\" (known: times, free-space)", "diff",
                      "diff [--json] [--ignore KINDS] OLD NEW");
+}
+
+TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMatches) {
+    const std::string original = SavedReport(kTinyBody);
+    std::string lf = "\xFF\xFE";  // a transfer that made every CR LF an LF
+    for (std::size_t i = 2; i + 1 < original.size(); i += 2)
+        if (!(original[i] == '\r' && original[i + 1] == '\0')) lf += original.substr(i, 2);
+    Write("lf.txt", lf);
+    const Outcome checked = Check({"check", "lf.txt"});
+    EXPECT_EQ(checked.out, "lf.txt: altered (trailer says 14244c76, body gives 6f090968); line breaks converted "
+                           "from CR LF to LF (reportcheck repair restores it)\n");
+    EXPECT_EQ(checked.status, 1);
+
+    const Outcome repaired = Check({"repair", "lf.txt", "restored.txt"});
+    EXPECT_EQ(repaired.out, "restored.txt: intact (checksum 14244c76), restored from lf.txt (undone: line breaks "
+                            "converted from CR LF to LF)\n");
+    EXPECT_EQ(repaired.status, 0);
+    EXPECT_EQ(ReadFile(root_ / "files" / "restored.txt"), original);
+    EXPECT_EQ(ReadFile(root_ / "files" / "lf.txt"), lf);
+
+    std::string edited = original;
+    edited[edited.find('1')] = '2';
+    Write("edited.txt", edited);
+    const Outcome refused = Check({"repair", "edited.txt", "out.txt"});
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err, "reportcheck: edited.txt: altered (trailer says 14244c76, body gives 14274c76): cannot be "
+                           "restored, out.txt not written\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_FALSE(fs::exists(root_ / "files" / "out.txt"));
 }
