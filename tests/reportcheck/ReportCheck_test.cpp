@@ -621,7 +621,7 @@ TEST_F(ReportCheck, SubcommandsExplainThemselves) {
         {"check", "check FILE..."},
         {"show", "show --json FILE"},
         {"diff", "diff [--json] [--ignore KINDS] OLD NEW"},
-        {"collect", "collect [--db FILE [--rules DIR] [--time-limit SECONDS]] PATH..."},
+        {"collect", "collect [--db FILE] PATH..."},
         {"findings", "findings [--json] [--rules DIR] [--min-severity LEVEL] PATH..."},
     };
     for (const auto& c : commands) {
@@ -676,9 +676,9 @@ TEST_F(ReportCheck, AnUnknownOptionIsAUsageError) {
                      "diff [--json] [--ignore KINDS] OLD NEW");
     // An option of another command is unknown to this one.
     ExpectUsageError(Check({"collect", "--json", "report.txt"}), "unknown option --json", "collect",
-                     "collect [--db FILE [--rules DIR] [--time-limit SECONDS]] PATH...");
+                     "collect [--db FILE] PATH...");
     ExpectUsageError(Check({"collect", "--rules", "team", "report.txt"}), "--rules and --time-limit go with --db",
-                     "collect", "collect [--db FILE [--rules DIR] [--time-limit SECONDS]] PATH...");
+                     "collect", "collect [--db FILE] PATH...");
     ExpectUsageError(Check({"findings", "--min-severity", "fatal", "report.txt"}),
                      "--min-severity takes info, warning or error", "findings",
                      "findings [--json] [--rules DIR] [--min-severity LEVEL] PATH...");
