@@ -358,3 +358,33 @@ TEST_F(LiveReportDiff, DiffNamesExactlyTheChangesMadeToTheInstallationBetweenTwo
         EXPECT_EQ(same.status, 0u) << Utf8(path);
     }
 }
+
+// A registry string may hold line breaks, and the report prints it raw: an
+// InstallLocation that goes on with a second registry heading and a forged
+// VersionMajor must not pass for the true value, and the diff must say that
+// the second report has lines the reader did not recognise.
+TEST_F(LiveReportDiff, LinesForgedThroughARegistryValueAreToldNotTaken) {
+    InstallSuiteFiles(folders_);
+    InstallSuiteRegistryData(folders_.standard);
+    const std::wstring beforePath = reports_ + L"\\before.txt";
+    const std::wstring afterPath = reports_ + L"\\after.txt";
+    ASSERT_TRUE(TakeReport(beforePath));
+    {
+        const w32::ScopedRegKey key = CreateSuiteKey();
+        SetValueString(key.Get(), L"InstallLocation",
+                       folders_.standard + L"\r\n* Registry installation data:\r\n\tVersionMajor: 99");
+    }
+    ASSERT_TRUE(TakeReport(afterPath));
+    ASSERT_TRUE(ReadReport(afterPath, folders_.standard).intact);
+
+    const CheckerOutcome diff = Check(L"diff " + Quoted(beforePath) + L" " + Quoted(afterPath));
+    EXPECT_EQ(diff.status, 1u);
+    EXPECT_EQ(diff.output.find("VersionMajor: 9" + std::string(kArrow) + "99"), std::string::npos) << diff.output;
+    EXPECT_EQ(diff.output.rfind("Lines the reader did not recognise (damaged, edited, or forged through a value):\n"
+                                "\told: none\n\tnew: ",
+                                0),
+              0u)
+        << diff.output;
+    EXPECT_NE(diff.output.find("\t\"* Registry installation data:\": added (line "), std::string::npos) << diff.output;
+    EXPECT_NE(diff.output.find("\t\"\tVersionMajor: 99\": added (line "), std::string::npos) << diff.output;
+}
