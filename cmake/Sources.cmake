@@ -6,6 +6,7 @@ set(DIAG_PURE_SOURCES
   src/app/Title.cpp
   src/format/ReportChecksum.cpp
   src/format/ReportVerdict.cpp
+  src/format/TransitDamage.cpp
   src/format/EntryText.cpp
   src/format/AdapterText.cpp
   src/format/ReportText.cpp
@@ -32,6 +33,7 @@ set(DIAG_PURE_TESTS
   tests/app/Title_test.cpp
   tests/format/ReportChecksum_test.cpp
   tests/format/ReportVerdict_test.cpp
+  tests/format/TransitDamage_test.cpp
   tests/format/EntryText_test.cpp
   tests/format/AdapterText_test.cpp
   tests/format/ReportText_test.cpp

@@ -21,6 +21,8 @@ namespace {
 struct Item {
     std::string section, subject, field;
     std::optional<std::string> value;
+    std::string directory, entry;     // Change's
+    std::optional<EntryFacts> facts;  // a directory entry's own item
 };
 
 constexpr std::string_view kSectionOrder[] = {kProgramHeading.Name(),  kHostHeading.Name(),
@@ -62,7 +64,7 @@ public:
 private:
     void Add(const std::string& section, const std::string& subject, std::string_view field,
              std::optional<std::string> value) {
-        items_.push_back({section, subject, std::string(field), std::move(value)});
+        items_.push_back({section, subject, std::string(field), std::move(value), directory_, entry_, {}});
     }
     // Subjects are matched by name; a name that comes twice (only an edited
     // report can do that) is told apart by its rank.
@@ -170,12 +172,15 @@ private:
     void Installation(const InstallationSection& inst) {
         const std::string s(kInstallationHeading.Name());
         for (const Directory& d : inst.directories) {
-            const std::string dir = AddSubject(s, DirectoryName(d.kind), d.path.value_or(""));
+            directory_ = DirectoryName(d.kind);
+            const std::string dir = AddSubject(s, directory_, d.path.value_or(""));
             Add(s, dir, "path", d.path);
             for (const DirectoryEntry& e : d.entries) {
                 std::string summary = "size " + SignedText(e.size);
                 if (!e.version.empty()) summary = "version " + e.version + ", " + summary;
+                entry_ = e.name;
                 const std::string subject = AddSubject(s, dir + ": " + e.name, summary);
+                items_.back().facts = EntryFacts{e.version, e.size, e.created, e.written};
                 Add(s, subject, "version", e.version);
                 Add(s, subject, "size", SignedText(e.size));
                 Add(s, subject, "created", e.created.printed);
@@ -183,7 +188,9 @@ private:
                 Add(s, subject, "attributes", ChecksumText(e.attributes));
                 Add(s, subject, "ACL", e.accessList);
                 Add(s, subject, "content", e.content);
+                entry_.clear();
             }
+            directory_.clear();
         }
         for (const RegistryValue& v : inst.registryValues)
             Add(s, ListHeadingTitle(kRegistryDataHeading.Narrow()), v.name, v.number ? SignedText(*v.number) : v.text.value_or(""));
@@ -191,6 +198,7 @@ private:
 
     std::vector<Item> items_;
     std::map<std::string, int> seen_;
+    std::string directory_, entry_;  // of the items being added
 };
 
 // Where a change is told: at its place in the new report, and a thing the
@@ -205,7 +213,11 @@ struct PlacedChange {
 
 void Emit(std::vector<PlacedChange>& out, Place place, const Item& item, ChangeKind kind,
           std::optional<std::string> oldValue, std::optional<std::string> newValue) {
-    out.push_back({place, {item.section, item.subject, item.field, kind, std::move(oldValue), std::move(newValue)}});
+    Change change{item.section, item.subject, item.field, kind, std::move(oldValue), std::move(newValue),
+                  item.directory, item.entry, {}, {}};
+    if (kind == ChangeKind::Removed) change.oldEntry = item.facts;
+    if (kind == ChangeKind::Added) change.newEntry = item.facts;
+    out.push_back({place, std::move(change)});
 }
 
 }  // namespace
@@ -274,6 +286,61 @@ std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport
 }
 
 namespace {
+constexpr std::string_view kIgnoreTimes = "times";
+constexpr std::string_view kIgnoreFreeSpace = "free-space";
+}  // namespace
+
+std::optional<IgnoredKinds> ParseIgnoredKinds(std::string_view words, std::string& problem) {
+    IgnoredKinds ignored;
+    for (std::size_t start = 0; start <= words.size();) {
+        const std::size_t comma = std::min(words.find(',', start), words.size());
+        const std::string_view word = words.substr(start, comma - start);
+        if (word == kIgnoreTimes) {
+            ignored.times = true;
+        } else if (word == kIgnoreFreeSpace) {
+            ignored.freeSpace = true;
+        } else {
+            problem = "unknown kind of change \"" + std::string(word) + "\" (known: " + std::string(kIgnoreTimes) +
+                      ", " + std::string(kIgnoreFreeSpace) + ")";
+            return std::nullopt;
+        }
+        start = comma + 1;
+    }
+    return ignored;
+}
+
+std::vector<Change> LeaveOut(std::vector<Change> changes, const IgnoredKinds& ignored) {
+    const auto isIgnored = [&](const Change& c) {
+        if (c.kind != ChangeKind::Changed) return false;
+        const bool time = !c.entry.empty() && (c.field == "created" || c.field == "written");
+        const bool freeSpace = c.section == kHardwareHeading.Name() &&
+                               (c.field == "C volume free" || c.field == "C volume user");
+        return (ignored.times && time) || (ignored.freeSpace && freeSpace);
+    };
+    std::erase_if(changes, isIgnored);
+    return changes;
+}
+
+namespace {
+// "\told: 2 (lines 31, 32)": the first few line numbers, enough to find them.
+std::string UnrecognisedLine(const char* which, const Report& report) {
+    constexpr std::size_t kLinesNamed = 10;
+    const auto& lines = report.unrecognised;
+    std::string text = std::string("\t") + which + ": ";
+    if (lines.empty()) return text + "none\n";
+    text += UnsignedText(lines.size()) + (lines.size() == 1 ? " (line " : " (lines ");
+    for (std::size_t i = 0; i < lines.size() && i < kLinesNamed; ++i)
+        text += (i ? ", " : "") + UnsignedText(lines[i].line);
+    if (lines.size() > kLinesNamed) text += ", ...";
+    return text + ")\n";
+}
+
+std::string UnrecognisedLines(const ReportSide& oldSide, const ReportSide& newSide) {
+    if (oldSide.report->unrecognised.empty() && newSide.report->unrecognised.empty()) return {};
+    return "Lines the reader did not recognise (damaged, edited, or forged through a value):\n" +
+           UnrecognisedLine("old", *oldSide.report) + UnrecognisedLine("new", *newSide.report);
+}
+
 std::string VerdictLine(const char* which, const ReportSide& side) {
     return std::string(which) + ": " + DescribeReportVerdict(side.verdict) + "\n";
 }
@@ -302,6 +369,7 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
             text += VerdictLine(which, *side);
         }
     }
+    if (!changes.empty() || !text.empty()) text += UnrecognisedLines(oldSide, newSide);
     std::string section;
     for (const Change& c : changes) {
         if (c.section != section) {
@@ -325,8 +393,22 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
         }
         text += "\n";
     }
-    return text;
+    return WithoutLoneSurrogates(text);
 }
+
+namespace {
+nlohmann::ordered_json EntryFactsJson(const std::optional<EntryFacts>& facts) {
+    if (!facts) return nullptr;
+    nlohmann::ordered_json json;
+    json["version"] = facts->version;
+    json["size"] = facts->size;
+    json["created"] = facts->created.printed;
+    json["createdIso"] = facts->created.iso;
+    json["written"] = facts->written.printed;
+    json["writtenIso"] = facts->written.iso;
+    return json;
+}
+}  // namespace
 
 nlohmann::ordered_json DiffToJson(const ReportSide& oldSide, const ReportSide& newSide,
                                   const std::vector<Change>& changes) {
@@ -352,6 +434,10 @@ nlohmann::ordered_json DiffToJson(const ReportSide& oldSide, const ReportSide& n
         j["change"] = KindName(c.kind);
         j["old"] = c.oldValue ? Json(*c.oldValue) : Json(nullptr);
         j["new"] = c.newValue ? Json(*c.newValue) : Json(nullptr);
+        j["directory"] = c.directory.empty() ? Json(nullptr) : Json(c.directory);
+        j["entry"] = c.entry.empty() ? Json(nullptr) : Json(c.entry);
+        j["oldEntry"] = EntryFactsJson(c.oldEntry);
+        j["newEntry"] = EntryFactsJson(c.newEntry);
         json["changes"].push_back(std::move(j));
     }
     return json;

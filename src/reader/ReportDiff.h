@@ -7,8 +7,10 @@
 // the line-break convention are not compared.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "format/ReportVerdict.h"
@@ -19,6 +21,13 @@ namespace report_model {
 
 enum class ChangeKind { Changed, Added, Removed };
 
+// A directory entry that came or went as a whole, as its line gave it.
+struct EntryFacts {
+    std::string version;  // "" when the file has none
+    std::int32_t size = 0;
+    CalendarStamp created, written;
+};
+
 struct Change {
     std::string section;   // "Hardware", "Orvane Software installation", ...
     std::string subject;   // "" for a section's own values; "adapter {...}",
@@ -26,7 +35,23 @@ struct Change {
     std::string field;     // "C volume free", "version", ...; "" for a whole subject
     ChangeKind kind = ChangeKind::Changed;
     std::optional<std::string> oldValue, newValue;  // as the report prints them
+    std::string directory;  // "Current directory"... when the subject is a directory or one of its entries
+    std::string entry;      // the entry's name when the subject is a directory entry
+    std::optional<EntryFacts> oldEntry, newEntry;  // a whole entry removed or added
 };
+
+// Kinds of change a person may leave out of a comparison (diff --ignore):
+// what moves on every machine from one week to the next.
+struct IgnoredKinds {
+    bool times = false;      // directory entries' created and written times
+    bool freeSpace = false;  // C volume free and user
+};
+
+// "times,free-space" as kinds; nothing for an unknown word, which `problem` names.
+std::optional<IgnoredKinds> ParseIgnoredKinds(std::string_view words, std::string& problem);
+
+// The changes less those of the ignored kinds.
+std::vector<Change> LeaveOut(std::vector<Change> changes, const IgnoredKinds& ignored);
 
 struct ReportSide {
     const Report* report = nullptr;
@@ -39,7 +64,9 @@ std::string DirectoryName(DirectoryKind kind);
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport);
 
 // The human form: the verdicts first when either report is altered, then
-// one line per change under its section's name. Empty when nothing changed.
+// the lines either report has that the reader did not recognise (a value
+// may have been forged or damaged there), then one line per change under
+// its section's name. Empty when nothing changed. Always valid UTF-8.
 std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide, const std::vector<Change>& changes);
 
 // The same for programs.

@@ -276,7 +276,7 @@ void JsonWriter::String(std::string_view text) {
             // What an ill-formed sequence becomes is nlohmann's to say (file
             // names are any bytes); texts beyond ASCII are rare.
             out_.resize(start);
-            out_ += DumpJson(Json(std::string(text)));
+            out_ += DumpJson(Json(WithoutLoneSurrogates(text)));
             return;
         }
         out_.append(text, plain, i - plain);
@@ -378,8 +378,36 @@ Json ReportToJson(const Report& report, const ReportVerdict& verdict) {
     return Json::parse(text);
 }
 
+namespace {
+bool HoldsLoneSurrogate(const Json& json) {
+    if (json.is_string()) {
+        const std::string& text = json.get_ref<const std::string&>();
+        return text.find('\xED') != std::string::npos && WithoutLoneSurrogates(text) != text;
+    }
+    if (!json.is_structured()) return false;  // a primitive iterates as itself
+    for (const Json& element : json)
+        if (HoldsLoneSurrogate(element)) return true;
+    return false;
+}
+
+// Every text of the tree with its lone surrogates as one U+FFFD each, where
+// nlohmann would make one of each of their three bytes.
+void ReplaceLoneSurrogates(Json& json) {
+    if (json.is_string()) {
+        json = WithoutLoneSurrogates(json.get_ref<const std::string&>());
+        return;
+    }
+    if (!json.is_structured()) return;
+    for (Json& element : json) ReplaceLoneSurrogates(element);
+}
+}  // namespace
+
 std::string DumpJson(const Json& json, int indent) {
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+    constexpr auto kReplace = Json::error_handler_t::replace;  // file names are any bytes
+    if (!HoldsLoneSurrogate(json)) return json.dump(indent, ' ', false, kReplace);
+    Json copy = json;
+    ReplaceLoneSurrogates(copy);
+    return copy.dump(indent, ' ', false, kReplace);
 }
 
 }  // namespace report_model

@@ -15,7 +15,7 @@
 
 namespace report_model {
 
-inline constexpr int kReportSchemaVersion = 1;
+inline constexpr int kReportSchemaVersion = 2;
 
 // JSON text on one line, appended to a string, character for character what
 // DumpJson writes for the same values: collect writes a line per report, and

@@ -222,6 +222,11 @@ std::u16string RenderReportBody(const Report& report);
 std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromUtf8(std::string_view text);
 
+// The text with each lone surrogate (as Utf8FromUtf16 keeps it) as one
+// U+FFFD: what output for people and programs shows, always valid UTF-8
+// when the text came from a report.
+std::string WithoutLoneSurrogates(std::string_view text);
+
 // "2021-03-07T14:05:09" from "07/03/2021  14:05:09"; empty when the text is
 // not a time in the report's form.
 std::string IsoFromReportTime(std::string_view printed);

@@ -56,6 +56,25 @@ std::string Utf8FromUtf16(std::u16string_view text) {
     return out;
 }
 
+// A surrogate is ED A0..BF xx in that form; well-formed UTF-8 never has
+// ED followed by A0..BF.
+std::string WithoutLoneSurrogates(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool surrogate = static_cast<unsigned char>(text[i]) == 0xED && i + 2 < text.size() &&
+                               static_cast<unsigned char>(text[i + 1]) >= 0xA0 &&
+                               static_cast<unsigned char>(text[i + 1]) <= 0xBF;
+        if (!surrogate) {
+            out += text[i];
+            continue;
+        }
+        out += "\xEF\xBF\xBD";
+        i += 2;
+    }
+    return out;
+}
+
 // Only ever given what Utf8FromUtf16 made (or ASCII), so the forms are
 // well-formed; anything else is still decoded without reading past the end.
 std::u16string Utf16FromUtf8(std::string_view text) {

@@ -80,6 +80,29 @@ std::optional<std::uint32_t> U32(std::string_view text) {
 // Sections in report order; a heading is taken only after the ones before.
 enum Section { kNone, kProgram, kHost, kWindows, kHardware, kNetwork, kInstallation };
 
+struct SectionHeading {
+    Section section;
+    std::string_view word;
+};
+constexpr SectionHeading kSectionHeadings[] = {
+    {kProgram, kProgramHeading.Narrow()},   {kHost, kHostHeading.Narrow()},
+    {kWindows, kWindowsHeading.Narrow()},   {kHardware, kHardwareHeading.Narrow()},
+    {kNetwork, kNetworkHeading.Narrow()},   {kInstallation, kInstallationHeading.Narrow()},
+};
+
+template <typename R>  // Report or const Report
+auto& HeadingOf(R& report, Section section) {
+    switch (section) {
+        case kProgram: return report.program.heading;
+        case kHost: return report.host.heading;
+        case kWindows: return report.windows.heading;
+        case kHardware: return report.hardware.heading;
+        case kNetwork: return report.network.heading;
+        case kInstallation: case kNone: break;
+    }
+    return report.installation.heading;
+}
+
 class Parser {
 public:
     explicit Parser(const std::vector<std::string_view>& lines) : lines_(lines) {}
@@ -109,6 +132,11 @@ public:
                 continue;
             }
             if (TakeHeading(line, false)) continue;
+            if (const std::size_t end = DisplacedLinesEnd(i)) {
+                for (; i < end; ++i) Unrecognised(i);
+                --i;
+                continue;
+            }
             if (!TakeSectionLine(line)) Unrecognised(i);
         }
         return std::move(report_);
@@ -119,25 +147,40 @@ private:
         report_.unrecognised.push_back({index + 1, std::string(lines_[index])});
     }
 
+    // A heading that was already taken, again: a value's line break put it
+    // there (Windows allows any character in a registry string, and the
+    // report prints values raw). The lines that follow and read as that
+    // heading's own were displaced with it; they end at the first line they
+    // could not be, which is where the true lines resume. The index after
+    // them; 0 when the line is no repeated heading.
+    std::size_t DisplacedLinesEnd(std::size_t index) {
+        Parser displaced(lines_);
+        if (!displaced.RepeatHeading(*this, lines_[index])) return 0;
+        std::size_t end = index + 1;
+        while (end < lines_.size() && !lines_[end].empty() && displaced.TakeSectionLine(lines_[end])) ++end;
+        return end;
+    }
+
+    // Takes `line` as a heading that `original` has already passed.
+    bool RepeatHeading(const Parser& original, std::string_view line) {
+        if (original.section_ == kInstallation && line == kRegistryDataHeading.Narrow() &&
+            original.report_.installation.registryDataHeading) {
+            section_ = kInstallation;
+            stage_ = 2;
+            return TakeInstallation(line);
+        }
+        for (const SectionHeading& h : kSectionHeadings)
+            if (line == h.word && HeadingOf(original.report_, h.section).present) return TakeHeading(line, false);
+        return false;
+    }
+
     bool TakeHeading(std::string_view line, bool blankBefore) {
-        struct Candidate {
-            Section section;
-            std::string_view word;
-            Heading* heading;
-        };
-        const Candidate candidates[] = {
-            {kProgram, kProgramHeading.Narrow(), &report_.program.heading},
-            {kHost, kHostHeading.Narrow(), &report_.host.heading},
-            {kWindows, kWindowsHeading.Narrow(), &report_.windows.heading},
-            {kHardware, kHardwareHeading.Narrow(), &report_.hardware.heading},
-            {kNetwork, kNetworkHeading.Narrow(), &report_.network.heading},
-            {kInstallation, kInstallationHeading.Narrow(), &report_.installation.heading},
-        };
-        for (const Candidate& c : candidates) {
+        for (const SectionHeading& c : kSectionHeadings) {
             if (c.section <= section_ || line != c.word) continue;
-            c.heading->present = true;
-            c.heading->blankLineBefore = blankBefore;
-            c.heading->line = lineNumber_;
+            Heading& heading = HeadingOf(report_, c.section);
+            heading.present = true;
+            heading.blankLineBefore = blankBefore;
+            heading.line = lineNumber_;
             section_ = c.section;
             stage_ = 0;
             openAdapter_ = false;

@@ -2,6 +2,7 @@
 // whole, one line per file in the order given.
 #include <algorithm>
 
+#include "format/TransitDamage.h"
 #include "reader/TerminalText.h"
 #include "reportcheck/Commands.h"
 #include "reportcheck/LoadedReport.h"
@@ -17,7 +18,13 @@ int CheckFile(const NativeString& path) {
         return kSomeNotAReport;
     }
     const ReportVerdict verdict = CheckReportBytes(bytes);
-    Print(stdout, name + ": " + DescribeReportVerdict(verdict) + "\n");
+    std::string line = name + ": " + DescribeReportVerdict(verdict);
+    if (verdict.state != ReportState::Intact) {
+        const TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
+        if (!diagnosis.damage.empty()) line += "; " + diagnosis.damage;
+        if (diagnosis.restored) line += " (reportcheck repair restores it)";
+    }
+    Print(stdout, line + "\n");
     switch (verdict.state) {
         case ReportState::Intact: return kAllIntact;
         case ReportState::Altered: return kSomeAltered;
@@ -44,6 +51,8 @@ extern const Command kCheckCommand{
             "  FILE: intact (checksum 1a2b3c4d)\n"
             "  FILE: altered (trailer says 1a2b3c4d, body gives 0badf00d)\n"
             "  FILE: not a report (REASON)\n"
+            "followed, when a transfer's damage is recognised, by \"; \" and what\n"
+            "happened, and \" (reportcheck repair restores it)\" when it can be undone.\n"
             "  FILE: cannot be read (REASON)\n"
             "Only regular files of at most 512 MB are read (no report is larger); a\n"
             "pipe, a device, a folder or a larger file cannot be read, at once.\n"

@@ -2,13 +2,16 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <new>
+#include <system_error>
 
 #include "reader/TerminalText.h"
 
 #if defined(_WIN32)
 #include <fcntl.h>
 #include <io.h>
+#include <process.h>
 #include <windows.h>
 #else
 #include <fcntl.h>
@@ -230,4 +233,27 @@ std::optional<std::string> PathBytesUnlessText(const std::filesystem::path& path
         hex += kHexDigits[static_cast<unsigned char>(byte) & 0xF];
     }
     return hex;
+}
+
+bool WriteFileWhole(const NativeChar* path, std::string_view bytes, std::string& problem) {
+    namespace fs = std::filesystem;
+    const fs::path target(path);
+#if defined(_WIN32)
+    const int pid = _getpid();
+#else
+    const int pid = static_cast<int>(::getpid());
+#endif
+    fs::path partial = target;
+    partial += ".part" + std::to_string(pid);
+    bool ok;
+    {
+        std::ofstream file(partial, std::ios::binary | std::ios::trunc);
+        ok = file.is_open() && file.write(bytes.data(), static_cast<std::streamsize>(bytes.size())) && file.flush();
+    }
+    std::error_code error;
+    if (ok) fs::rename(partial, target, error);
+    if (ok && !error) return true;
+    problem = std::string("cannot be written (") + (ok ? error.message() : std::string(std::strerror(errno))) + ")";
+    fs::remove(partial, error);
+    return false;
 }

@@ -59,3 +59,8 @@ inline constexpr std::uint64_t kMaxReportFileBytes = 512ull * 1024 * 1024;
 // why not, as "cannot be read (REASON)". A pipe, a device or a folder is
 // refused at once, before any read that could wait or never end.
 bool ReadReportFile(const NativeChar* path, std::string& bytes, std::string& problem);
+
+// Writes `bytes` to a temporary file beside `path` and renames it to `path`
+// once every byte is written: `path` holds the whole or is left as it was.
+// False with "cannot be written (REASON)" in `problem`.
+bool WriteFileWhole(const NativeChar* path, std::string_view bytes, std::string& problem);

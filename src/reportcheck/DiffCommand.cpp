@@ -7,9 +7,16 @@
 
 namespace {
 
-constexpr const Option* kDiffOptions[] = {&kJsonOption};
+constexpr const Option* kDiffOptions[] = {&kJsonOption, &kIgnoreOption};
 
 int RunDiff(const Arguments& arguments) {
+    report_model::IgnoredKinds ignored;
+    if (const NativeString* kinds = arguments.Value(kIgnoreOption)) {
+        std::string problem;
+        const auto parsed = report_model::ParseIgnoredKinds(ToUtf8(*kinds), problem);
+        if (!parsed) return UsageError(kDiffCommand, problem);
+        ignored = *parsed;
+    }
     const NativeString& oldPath = arguments.Operands()[0];
     const NativeString& newPath = arguments.Operands()[1];
     const LoadedReport before = LoadReport(oldPath.c_str(), KeepBody::No);
@@ -23,7 +30,7 @@ int RunDiff(const Arguments& arguments) {
     if (trouble) return kSomeNotAReport;
     const report_model::ReportSide oldSide{&before.report, before.verdict};
     const report_model::ReportSide newSide{&after.report, after.verdict};
-    const auto changes = report_model::DiffReports(before.report, after.report);
+    const auto changes = report_model::LeaveOut(report_model::DiffReports(before.report, after.report), ignored);
     const bool differ = !changes.empty() || before.verdict.state != after.verdict.state;
     std::string text;
     if (arguments.Has(kJsonOption))
@@ -39,15 +46,18 @@ int RunDiff(const Arguments& arguments) {
 
 extern const Command kDiffCommand{
     .name = "diff",
-    .synopsis = "diff [--json] OLD NEW",
+    .synopsis = "diff [--json] [--ignore KINDS] OLD NEW",
     .summary = "what changed from OLD to NEW",
     .help = "Prints what changed from the report OLD to the report NEW, grouped by\n"
             "section, one line per change, old value -> new value. Directory entries\n"
             "are matched by directory and name, adapters by adapter name, registry\n"
             "values by name, single values by their label. The header's time is not\n"
             "a difference; CR LF and LF reports compare alike. When either report is\n"
-            "altered, the verdicts come first. --json gives the same as JSON.\n"
-            "Exit status: 0 no difference (nothing printed), 1 differences, 2 trouble\n"
+            "altered, the verdicts come first; when either has lines the reader did\n"
+            "not recognise, they are counted and numbered next. --ignore leaves out\n"
+            "kinds of change (--ignore times,free-space). --json gives the same as\n"
+            "JSON, a document with no changes when there is no difference.\n"
+            "Exit status: 0 no difference (text: nothing printed), 1 differences, 2 trouble\n"
             "(a file that is not a report or cannot be read).\n",
     .options = kDiffOptions,
     .minOperands = 2,

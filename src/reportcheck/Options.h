@@ -6,6 +6,11 @@
 
 inline constexpr Option kJsonOption{"--json", "", "the same as one JSON document"};
 
+// diff: kinds of change left out (reader/ReportDiff.h, ParseIgnoredKinds).
+inline constexpr Option kIgnoreOption{"--ignore", "KINDS",
+                                      "leave out changes of these kinds, comma-separated: times (of directory\n"
+                                      "                  entries), free-space (C volume free and user)"};
+
 // Every command takes these; they are answered before the command runs.
 inline constexpr Option kHelpOption{"--help", "", "this text (also -h)"};
 inline constexpr Option kVersionOption{"--version", "", "the version of reportcheck"};

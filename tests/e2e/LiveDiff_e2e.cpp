@@ -12,6 +12,7 @@
 #include <optional>
 #include <regex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "collect/FakeSuite.h"
@@ -121,6 +122,7 @@ ULONGLONG SecondsNow() {
 struct Change {
     std::string section, subject, field, kind;
     std::optional<std::string> oldValue, newValue;
+    std::string entryFacts = "null";  // the JSON of an entry added or removed
 };
 
 Change Changed(std::string section, std::string subject, std::string field, std::string oldValue,
@@ -146,19 +148,41 @@ std::string ExpectedText(const std::vector<Change>& changes) {
 
 std::string JsonValue(const std::optional<std::string>& value) { return value ? "\"" + *value + "\"" : "null"; }
 
+// "2026-11-22T14:56:57" of "22/11/2026  14:56:57".
+std::string Iso(const std::wstring& printed) {
+    const std::string t = Utf8(printed);
+    return t.substr(6, 4) + "-" + t.substr(3, 2) + "-" + t.substr(0, 2) + "T" + t.substr(12);
+}
+
+// An entry added or removed, as diff --json gives its values (files with no version).
+std::string EntryFactsJson(const EntryLine& entry, std::size_t size) {
+    return "{\n        \"version\": \"\",\n        \"size\": " + std::to_string(size) + ",\n        \"created\": \"" +
+           Utf8(entry.created) + "\",\n        \"createdIso\": \"" + Iso(entry.created) + "\",\n        \"written\": \"" +
+           Utf8(entry.written) + "\",\n        \"writtenIso\": \"" + Iso(entry.written) + "\"\n      }";
+}
+
+// The directory and entry names of a change, as diff --json gives them apart.
+std::string DirectoryAndEntryJson(const std::string& subject) {
+    constexpr std::string_view kStandard = "Standard installation directory";
+    if (subject.rfind(std::string(kStandard) + ": ", 0) != 0) return "null,\n      \"entry\": null";
+    return "\"" + std::string(kStandard) + "\",\n      \"entry\": \"" + subject.substr(kStandard.size() + 2) + "\"";
+}
+
 std::string ExpectedJson(const ReportReading& before, const ReportReading& after, const std::vector<Change>& changes) {
     const auto side = [](const char* name, const ReportReading& reading) {
         return "  \"" + std::string(name) + "\": {\n    \"verdict\": \"intact\",\n    \"storedChecksum\": \"" +
                reading.checksum + "\",\n    \"bodyChecksum\": \"" + reading.checksum + "\"\n  },\n";
     };
-    std::string json = "{\n  \"schemaVersion\": 1,\n" + side("old", before) + side("new", after) +
+    std::string json = "{\n  \"schemaVersion\": 2,\n" + side("old", before) + side("new", after) +
                        "  \"verdictChanged\": false,\n  \"changes\": [";
     for (std::size_t i = 0; i < changes.size(); ++i) {
         const Change& c = changes[i];
         json += std::string(i ? "," : "") + "\n    {\n      \"section\": \"" + c.section + "\",\n      \"subject\": \"" +
                 c.subject + "\",\n      \"field\": \"" + c.field + "\",\n      \"change\": \"" + c.kind +
                 "\",\n      \"old\": " + JsonValue(c.oldValue) + ",\n      \"new\": " + JsonValue(c.newValue) +
-                "\n    }";
+                ",\n      \"directory\": " + DirectoryAndEntryJson(c.subject) + ",\n      \"oldEntry\": " +
+                (c.kind == "removed" ? c.entryFacts : "null") + ",\n      \"newEntry\": " +
+                (c.kind == "added" ? c.entryFacts : "null") + "\n    }";
     }
     return json + (changes.empty() ? "]\n}\n" : "\n  ]\n}\n");
 }
@@ -297,8 +321,9 @@ TEST_F(LiveReportDiff, DiffNamesExactlyTheChangesMadeToTheInstallationBetweenTwo
     for (const EntryLine& entry : after.standardEntries) {
         const std::wstring& name = entry.name;
         if (name == L"notes.txt") {
-            expected.push_back({section, subject(name), "", "added", std::nullopt,
-                                "size " + std::to_string(std::char_traits<char>::length(kNotes))});
+            const std::size_t size = std::char_traits<char>::length(kNotes);
+            expected.push_back({section, subject(name), "", "added", std::nullopt, "size " + std::to_string(size),
+                                EntryFactsJson(entry, size)});
         } else if (name == L"Core.dll") {
             expected.push_back(Changed(section, subject(name), "version", "3.2.1.0", "1.4.0.12"));
             const std::wstring oldSize = FileSize(VersionFixturePath(L"neutral"));
@@ -311,9 +336,11 @@ TEST_F(LiveReportDiff, DiffNamesExactlyTheChangesMadeToTheInstallationBetweenTwo
             // as much as the clock moved: only the reports can say by how much.
             times(name);
         }
-        if (name == beforeReadme)
-            expected.push_back({section, subject(L"readme.txt"), "", "removed",
-                                "size " + std::to_string(std::char_traits<char>::length(kSuiteReadme)), std::nullopt});
+        if (name == beforeReadme) {
+            const std::size_t size = std::char_traits<char>::length(kSuiteReadme);
+            expected.push_back({section, subject(L"readme.txt"), "", "removed", "size " + std::to_string(size),
+                                std::nullopt, EntryFactsJson(*FindEntry(before.standardEntries, L"readme.txt"), size)});
+        }
     }
     expected.push_back(Changed(section, "Registry installation data", "VersionBuildReleaseRevision", "1042", "1043"));
 
@@ -330,4 +357,34 @@ TEST_F(LiveReportDiff, DiffNamesExactlyTheChangesMadeToTheInstallationBetweenTwo
         EXPECT_EQ(same.output, "") << Utf8(path);
         EXPECT_EQ(same.status, 0u) << Utf8(path);
     }
+}
+
+// A registry string may hold line breaks, and the report prints it raw: an
+// InstallLocation that goes on with a second registry heading and a forged
+// VersionMajor must not pass for the true value, and the diff must say that
+// the second report has lines the reader did not recognise.
+TEST_F(LiveReportDiff, LinesForgedThroughARegistryValueAreToldNotTaken) {
+    InstallSuiteFiles(folders_);
+    InstallSuiteRegistryData(folders_.standard);
+    const std::wstring beforePath = reports_ + L"\\before.txt";
+    const std::wstring afterPath = reports_ + L"\\after.txt";
+    ASSERT_TRUE(TakeReport(beforePath));
+    {
+        const w32::ScopedRegKey key = CreateSuiteKey();
+        SetValueString(key.Get(), L"InstallLocation",
+                       folders_.standard + L"\r\n* Registry installation data:\r\n\tVersionMajor: 99");
+    }
+    ASSERT_TRUE(TakeReport(afterPath));
+    ASSERT_TRUE(ReadReport(afterPath, folders_.standard).intact);
+
+    const CheckerOutcome diff = Check(L"diff " + Quoted(beforePath) + L" " + Quoted(afterPath));
+    EXPECT_EQ(diff.status, 1u);
+    EXPECT_EQ(diff.output.find("VersionMajor: 9" + std::string(kArrow) + "99"), std::string::npos) << diff.output;
+    EXPECT_EQ(diff.output.rfind("Lines the reader did not recognise (damaged, edited, or forged through a value):\n"
+                                "\told: none\n\tnew: ",
+                                0),
+              0u)
+        << diff.output;
+    EXPECT_NE(diff.output.find("\t\"* Registry installation data:\": added (line "), std::string::npos) << diff.output;
+    EXPECT_NE(diff.output.find("\t\"\tVersionMajor: 99\": added (line "), std::string::npos) << diff.output;
 }

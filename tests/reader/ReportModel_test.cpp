@@ -226,3 +226,108 @@ TEST(ReportDiff, ValuesThatDisappearShowAsNone) {
               "\tRegistry installation data: VersionMinor: -3 \u2192 (none)\n"
               "\tRegistry installation data: VersionBuild: 1042 \u2192 (none)\n");
 }
+
+// A registry string may hold line breaks, and the report prints it raw:
+// lines forged through it must not pass for the true ones.
+TEST(ReportDiff, LinesForgedThroughAValueAreToldAndNotTaken) {
+    std::string forged = kSampleReportBody;
+    forged.replace(forged.find("\tInstallLocation: D:\\Suite\n"), 27,
+                   "\tInstallLocation: D:\\Suite\n* Registry installation data:\n\tVersionMajor: 99\n");
+    const Report before = ParseReportBody(U16(kSampleReportBody));
+    const Report after = ParseReportBody(U16(forged));
+    ASSERT_EQ(after.installation.registryValues.size(), 4u);
+    EXPECT_EQ(after.installation.registryValues[1].name, "VersionMajor");
+    EXPECT_EQ(after.installation.registryValues[1].number, 9);
+    ASSERT_EQ(after.unrecognised.size(), 2u);
+    EXPECT_EQ(after.unrecognised[0].text, "* Registry installation data:");
+    EXPECT_EQ(after.unrecognised[1].text, "\tVersionMajor: 99");
+    EXPECT_EQ(RenderReportBody(after), U16(forged));
+    EXPECT_EQ(DiffText(before, after),
+              "Lines the reader did not recognise (damaged, edited, or forged through a value):\n"
+              "\told: none\n"
+              "\tnew: 2 (lines 61, 62)\n"
+              "Unrecognised lines:\n"
+              "\t\"* Registry installation data:\": added (line 61)\n"
+              "\t\"\tVersionMajor: 99\": added (line 62)\n");
+}
+
+TEST(ReportDiff, ASectionForgedAgainIsNotTaken) {
+    std::string forged = kSampleReportBody;
+    forged.replace(forged.find("\tbios: Default System BIOS\n"), 27,
+                   "\tbios: Default System BIOS\nHardware:\n\tboard: Forged\n");
+    const Report r = ParseReportBody(U16(forged));
+    EXPECT_EQ(r.hardware.bios, "Default System BIOS");
+    EXPECT_EQ(r.hardware.board, "Intel Corporation");
+    EXPECT_EQ(r.hardware.processorCount, 2u);
+    ASSERT_EQ(r.unrecognised.size(), 2u);
+    EXPECT_EQ(r.unrecognised[0].text, "Hardware:");
+    EXPECT_EQ(r.unrecognised[1].text, "\tboard: Forged");
+    EXPECT_EQ(RenderReportBody(r), U16(forged));
+}
+
+TEST(ReportDiff, TextAndJsonShowOneReplacementCharacterPerLoneSurrogate) {
+    std::string changed = kSampleReportBody;
+    changed.replace(changed.find("D:\\Suite\n"), 8, "D:\\S\xED\xA0\x80it\xED\xBF\xBF");
+    const Report before = ParseReportBody(U16(kSampleReportBody));
+    const Report after = ParseReportBody(U16(changed));
+    const std::string text = DiffText(before, after);
+    EXPECT_NE(text.find("D:\\Suite \u2192 D:\\S\uFFFDit\uFFFD\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find('\xED'), std::string::npos);
+    ReportSide side{&after, {}};
+    const std::string json = DumpJson(DiffToJson(side, side, DiffReports(before, after)));
+    EXPECT_NE(json.find("\"new\":\"D:\\\\S\uFFFDit\uFFFD\""), std::string::npos) << json;
+    EXPECT_EQ(json.find("\uFFFD\uFFFD"), std::string::npos);
+    std::string model;
+    JsonWriter writer(model);
+    writer.String("\xED\xA0\x80");
+    EXPECT_EQ(model, "\"\uFFFD\"");
+}
+
+TEST(ReportDiff, TextKeepsANulAndWhatFollowsIt) {
+    std::string changed = kSampleReportBody;
+    changed.replace(changed.find("\tuser: "), 7, std::string("\tuser: ro\0ot ", 13));
+    changed.replace(changed.find("\tVersionBuild: 1042"), 19, "\tVersionBuild: 1043");
+    const Report before = ParseReportBody(U16(kSampleReportBody));
+    const Report after = ParseReportBody(U16(changed));
+    const std::string text = DiffText(before, after);
+    EXPECT_NE(text.find(std::string(" \u2192 ro\0ot ", 11)), std::string::npos);
+    EXPECT_NE(text.find("Orvane Software installation:"), std::string::npos);  // nothing after the NUL lost
+}
+
+TEST(ReportDiff, LeavesOutTheKindsOfChangeAskedFor) {
+    std::string changed = kSampleReportBody;
+    changed.replace(changed.find("free 81646476K"), 14, "free 81000000K");
+    changed.replace(changed.find("08/03/2021  09:00:00\ttool.dll\t9.3.1.0"), 37,
+                    "09/03/2021  09:00:00\ttool.dll\t9.4.0.0");
+    const Report before = ParseReportBody(U16(kSampleReportBody));
+    const Report after = ParseReportBody(U16(changed));
+    std::string problem;
+    const auto ignored = ParseIgnoredKinds("times,free-space", problem);
+    ASSERT_TRUE(ignored);
+    EXPECT_TRUE(ignored->times && ignored->freeSpace);
+    const auto changes = LeaveOut(DiffReports(before, after), *ignored);
+    ASSERT_EQ(changes.size(), 1u);
+    EXPECT_EQ(changes[0].field, "version");
+    EXPECT_EQ(changes[0].directory, "Current directory");
+    EXPECT_EQ(changes[0].entry, "tool.dll");
+    EXPECT_EQ(LeaveOut(DiffReports(before, after), {}).size(), 3u);
+    EXPECT_FALSE(ParseIgnoredKinds("times,sizes", problem));
+    EXPECT_EQ(problem, "unknown kind of change \"sizes\" (known: times, free-space)");
+}
+
+TEST(ReportDiff, JsonGivesAnEntrysDirectoryNameAndValuesApart) {
+    std::string changed = kSampleReportBody;
+    changed.erase(changed.find("\t00000020       4753"),
+                  std::string("\t00000020       4753\t07/03/2021  14:05:09\t08/03/2021  09:00:00\ttool.dll\t9.3.1.0\n").size());
+    const Report before = ParseReportBody(U16(kSampleReportBody));
+    const Report after = ParseReportBody(U16(changed));
+    ReportSide side{&after, {}};
+    const auto json = DiffToJson(side, side, DiffReports(before, after));
+    ASSERT_EQ(json["changes"].size(), 1u);
+    EXPECT_EQ(json["changes"][0].dump(),
+              R"({"section":"Orvane Software installation","subject":"Current directory: tool.dll","field":"",)"
+              R"("change":"removed","old":"version 9.3.1.0, size 4753","new":null,"directory":"Current directory",)"
+              R"("entry":"tool.dll","oldEntry":{"version":"9.3.1.0","size":4753,"created":"07/03/2021  14:05:09",)"
+              R"("createdIso":"2021-03-07T14:05:09","written":"08/03/2021  09:00:00","writtenIso":"2021-03-08T09:00:00"},)"
+              R"("newEntry":null})");
+}

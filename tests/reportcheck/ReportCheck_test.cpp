@@ -232,9 +232,9 @@ TEST_F(ReportCheck, TruncatedReportsAreNotReports) {
     Write("cut-trailer.txt", kReportAB.substr(0, 2 + 4 + 12));
     Write("bom-only.txt", kReportAB.substr(0, 2));
     const Outcome outcome = Check({"cut-1.txt", "cut-2.txt", "cut-trailer.txt", "bom-only.txt"});
-    EXPECT_EQ(outcome.out, Lines({"cut-1.txt: not a report (odd number of bytes)",
-                                  "cut-2.txt: not a report (no checksum trailer at the end)",
-                                  "cut-trailer.txt: not a report (no checksum trailer at the end)",
+    EXPECT_EQ(outcome.out, Lines({"cut-1.txt: not a report (odd number of bytes); truncated after 35 of 36 bytes",
+                                  "cut-2.txt: not a report (no checksum trailer at the end); truncated after 34 of 36 bytes",
+                                  "cut-trailer.txt: not a report (no checksum trailer at the end); truncated after 18 of 36 bytes",
                                   "bom-only.txt: not a report (no checksum trailer at the end)"}));
     EXPECT_EQ(outcome.status, 2);
 }
@@ -386,7 +386,7 @@ TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
     const Outcome outcome = Check({"show", "--json", "tiny.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 1,\n"
+              "  \"schemaVersion\": 2,\n"
               "  \"integrity\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"6f090968\",\n"
@@ -491,9 +491,22 @@ TEST_F(ReportCheck, DiffOfAnAlteredReportSaysSoFirst) {
               "The checksum verdict changed:\n"
               "\told: intact (checksum 14244c76)\n"
               "\tnew: altered (trailer says 14244c76, body gives 14274c76)\n"
+              "Lines the reader did not recognise (damaged, edited, or forged through a value):\n"
+              "\told: 1 (line 5)\n"
+              "\tnew: 1 (line 5)\n"
               "Program:\n"
               "\tversion: 1 \u2192 2\n");
     EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(ReportCheck, DiffTextGoesOnPastANul) {
+    Write("before.txt", SavedReport(kSampleReportBody));
+    Write("after.txt", SavedReport(Replaced(Replaced(kSampleReportBody, "\tuser: anne", std::string("\tuser: ro\0ot", 12)),
+                                            "\tVersionBuild: 1042", "\tVersionBuild: 1043")));
+    const Outcome outcome = Check({"diff", "before.txt", "after.txt"});
+    EXPECT_EQ(outcome.out, std::string("Host:\n\tuser: anne \u2192 ro\0ot\n", 28) +
+                               "Orvane Software installation:\n"
+                               "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n");
 }
 
 TEST_F(ReportCheck, DiffAsJson) {
@@ -502,7 +515,7 @@ TEST_F(ReportCheck, DiffAsJson) {
     const Outcome outcome = Check({"diff", "--json", "before.txt", "after.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 1,\n"
+              "  \"schemaVersion\": 2,\n"
               "  \"old\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"14244c76\",\n"
@@ -521,7 +534,11 @@ TEST_F(ReportCheck, DiffAsJson) {
               "      \"field\": \"\",\n"
               "      \"change\": \"removed\",\n"
               "      \"old\": \"line 5\",\n"
-              "      \"new\": null\n"
+              "      \"new\": null,\n"
+              "      \"directory\": null,\n"
+              "      \"entry\": null,\n"
+              "      \"oldEntry\": null,\n"
+              "      \"newEntry\": null\n"
               "    },\n"
               "    {\n"
               "      \"section\": \"Unrecognised lines\",\n"
@@ -529,7 +546,11 @@ TEST_F(ReportCheck, DiffAsJson) {
               "      \"field\": \"\",\n"
               "      \"change\": \"added\",\n"
               "      \"old\": null,\n"
-              "      \"new\": \"line 5\"\n"
+              "      \"new\": \"line 5\",\n"
+              "      \"directory\": null,\n"
+              "      \"entry\": null,\n"
+              "      \"oldEntry\": null,\n"
+              "      \"newEntry\": null\n"
               "    }\n"
               "  ]\n"
               "}\n");
@@ -560,7 +581,7 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     const std::string sep = "/";
 #endif
     const std::string model =
-        "{\"schemaVersion\":1,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
+        "{\"schemaVersion\":2,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
         "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
         "\"lineCount\":5,\"header\":null,\"program\":{\"name\":\"A\",\"version\":\"%N\",\"directory\":\"C:\\\\X\","
         "\"elevated\":false,\"blankLineBefore\":true},\"host\":null,\"windows\":null,\"hardware\":null,"
@@ -833,7 +854,7 @@ TEST_F(ReportCheck, SubcommandsExplainThemselves) {
     } commands[] = {
         {"check", "check FILE..."},
         {"show", "show --json FILE"},
-        {"diff", "diff [--json] OLD NEW"},
+        {"diff", "diff [--json] [--ignore KINDS] OLD NEW"},
         {"collect", "collect [--db FILE] PATH..."},
         {"findings", "findings [--json] [--rules DIR] [--min-severity LEVEL] PATH..."},
     };
@@ -886,7 +907,7 @@ TEST_F(ReportCheck, AnUnknownOptionIsAUsageError) {
     ExpectUsageError(Check({"show", "--json", "report.txt", "--colour"}), "unknown option --colour", "show",
                      "show --json FILE");
     ExpectUsageError(Check({"diff", "--verbose", "report.txt", "report.txt"}), "unknown option --verbose", "diff",
-                     "diff [--json] OLD NEW");
+                     "diff [--json] [--ignore KINDS] OLD NEW");
     // An option of another command is unknown to this one.
     ExpectUsageError(Check({"collect", "--json", "report.txt"}), "unknown option --json", "collect",
                      "collect [--db FILE] PATH...");
@@ -911,7 +932,7 @@ TEST_F(ReportCheck, AFileNamedLikeAnOptionFollowsTheEndOfOptions) {
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 1);
     const Outcome shown = Check({"show", "--json", "--", "-x"});
-    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 1,\n", 0), 0u) << shown.out;
+    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 2,\n", 0), 0u) << shown.out;
     EXPECT_EQ(shown.status, 0);
 }
 
@@ -943,7 +964,7 @@ TEST_F(ReportCheck, ShowWithoutJsonOrWithTwoFilesIsAUsageError) {
     ExpectUsageError(Check({"show", "tiny.txt"}), "show: --json is needed", "show", "show --json FILE");
     ExpectUsageError(Check({"show", "--json", "tiny.txt", "tiny.txt"}), "show: too many arguments", "show",
                      "show --json FILE");
-    ExpectUsageError(Check({"diff", "tiny.txt"}), "diff: too few arguments", "diff", "diff [--json] OLD NEW");
+    ExpectUsageError(Check({"diff", "tiny.txt"}), "diff: too few arguments", "diff", "diff [--json] [--ignore KINDS] OLD NEW");
 }
 
 TEST_F(ReportCheck, VersionIsPrintedAnywhere) {
@@ -1508,4 +1529,48 @@ TEST_F(ReportCheck, PageOfACollectedDatabase) {
     EXPECT_EQ(foreign.status, 2);
     EXPECT_FALSE(fs::exists(root_ / "files" / "other.html"));
     EXPECT_EQ(foreign.err.rfind("reportcheck: other.db: ", 0), 0u) << foreign.err;
+}
+
+TEST_F(ReportCheck, DiffLeavesOutTheKindsAskedForAndRefusesUnknownOnes) {
+    Write("before.txt", SavedReport(kSampleReportBody));
+    Write("after.txt", SavedReport(Replaced(Replaced(kSampleReportBody, "free 81646476K", "free 81000000K"),
+                                            "\tid: 12345-oem-0000001-54321", "\tid: 12345-oem-0000001-99999")));
+    const Outcome outcome = Check({"diff", "--ignore", "free-space,times", "before.txt", "after.txt"});
+    EXPECT_EQ(outcome.out, "Windows:\n\tid: 12345-oem-0000001-54321 \u2192 12345-oem-0000001-99999\n");
+    EXPECT_EQ(outcome.status, 1);
+    const Outcome quiet = Check({"diff", "--ignore=free-space", "before.txt", "before.txt"});
+    EXPECT_EQ(quiet.out, "");
+    EXPECT_EQ(quiet.status, 0);
+    ExpectUsageError(Check({"diff", "--ignore", "colours", "before.txt", "after.txt"}),
+                     "unknown kind of change \"colours\" (known: times, free-space)", "diff",
+                     "diff [--json] [--ignore KINDS] OLD NEW");
+}
+
+TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMatches) {
+    const std::string original = SavedReport(kTinyBody);
+    std::string lf = "\xFF\xFE";  // a transfer that made every CR LF an LF
+    for (std::size_t i = 2; i + 1 < original.size(); i += 2)
+        if (!(original[i] == '\r' && original[i + 1] == '\0')) lf += original.substr(i, 2);
+    Write("lf.txt", lf);
+    const Outcome checked = Check({"check", "lf.txt"});
+    EXPECT_EQ(checked.out, "lf.txt: altered (trailer says 14244c76, body gives 6f090968); line breaks converted "
+                           "from CR LF to LF (reportcheck repair restores it)\n");
+    EXPECT_EQ(checked.status, 1);
+
+    const Outcome repaired = Check({"repair", "lf.txt", "restored.txt"});
+    EXPECT_EQ(repaired.out, "restored.txt: intact (checksum 14244c76), restored from lf.txt (undone: line breaks "
+                            "converted from CR LF to LF)\n");
+    EXPECT_EQ(repaired.status, 0);
+    EXPECT_EQ(ReadFile(root_ / "files" / "restored.txt"), original);
+    EXPECT_EQ(ReadFile(root_ / "files" / "lf.txt"), lf);
+
+    std::string edited = original;
+    edited[edited.find('1')] = '2';
+    Write("edited.txt", edited);
+    const Outcome refused = Check({"repair", "edited.txt", "out.txt"});
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err, "reportcheck: edited.txt: altered (trailer says 14244c76, body gives 14274c76): cannot be "
+                           "restored, out.txt not written\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_FALSE(fs::exists(root_ / "files" / "out.txt"));
 }
