@@ -17,6 +17,7 @@ set(DIAG_PURE_SOURCES
   src/reader/ReportRender.cpp
   src/reader/ReportJson.cpp
   src/reader/ReportDiff.cpp
+  src/reader/ReportRedact.cpp
   src/format/SystemSections.cpp
   src/diagwin/SaveLocation.cpp
   src/format/ViewText.cpp
@@ -38,6 +39,7 @@ set(DIAG_PURE_TESTS
   tests/format/InstallationRecord_test.cpp
   tests/reader/ReportModel_test.cpp
   tests/reader/RoundTrip_test.cpp
+  tests/reader/ReportRedact_test.cpp
   tests/format/SystemSections_test.cpp
   tests/diagwin/SaveLocation_test.cpp
   tests/format/ViewText_test.cpp

@@ -12,6 +12,7 @@ extern const Command kCollectCommand;
 extern const Command kFindingsCommand;
 extern const Command kRulesCommand;
 extern const Command kPageCommand;
+extern const Command kRedactCommand;
 
 // In the order reportcheck --help lists them. The first is the default:
 // "reportcheck FILE..." is "reportcheck check FILE...".
@@ -23,4 +24,5 @@ inline const Command* const kCommands[] = {
     &kFindingsCommand,
     &kRulesCommand,
     &kPageCommand,
+    &kRedactCommand,
 };

@@ -1,12 +1,17 @@
 #include "reportcheck/Console.h"
 
 #include <cerrno>
+#include <cstring>
+#include <fstream>
 #include <new>
 
 #if defined(_WIN32)
 #include <fcntl.h>
 #include <io.h>
+#include <process.h>
 #include <windows.h>
+#else
+#include <unistd.h>
 #endif
 
 namespace {
@@ -92,4 +97,29 @@ bool ReadWholeFile(const NativeChar* path, std::string& bytes, int& error) {
     }
     std::fclose(file);
     return ok;
+}
+
+bool WriteWholeFile(const std::filesystem::path& target, std::string_view bytes, std::string& problem) {
+    namespace fs = std::filesystem;
+#if defined(_WIN32)
+    const int pid = _getpid();
+#else
+    const int pid = static_cast<int>(::getpid());
+#endif
+    fs::path partial = target;
+    partial += ".part" + std::to_string(pid);
+    bool ok;
+    {
+        std::ofstream file(partial, std::ios::binary | std::ios::trunc);
+        ok = file.is_open() && file.write(bytes.data(), static_cast<std::streamsize>(bytes.size())) && file.flush();
+    }
+    std::error_code error;
+    if (ok) fs::rename(partial, target, error);
+    if (!ok || error) {
+        const std::string reason = ok ? error.message() : std::string(std::strerror(errno));
+        fs::remove(partial, error);
+        problem = "cannot be written (" + reason + ")";
+        return false;
+    }
+    return true;
 }

@@ -28,3 +28,8 @@ void BinaryOutput();
 // Reports are small; a file too large for memory is simply one that cannot
 // be read.
 bool ReadWholeFile(const NativeChar* path, std::string& bytes, int& error);
+
+// Writes the file whole: the bytes go to a file beside it that takes its
+// name only once it holds every one. On failure nothing is left behind and
+// `problem` says why ("cannot be written (...)").
+bool WriteWholeFile(const std::filesystem::path& target, std::string_view bytes, std::string& problem);

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <locale.h>
 #include <optional>
 #include <vector>
@@ -21,11 +20,6 @@
 #include "reportcheck/Options.h"
 #include "reportcheck/ReportDatabase.h"
 
-#if defined(_WIN32)
-#include <process.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace reportcheck {
 
@@ -72,29 +66,10 @@ bool WritePage(const std::string& page, const NativeChar* output) {
         BinaryOutput();
         return std::fwrite(page.data(), 1, page.size(), stdout) == page.size() && std::fflush(stdout) == 0;
     }
-    namespace fs = std::filesystem;
-    const fs::path target(output);
-#if defined(_WIN32)
-    const int pid = _getpid();
-#else
-    const int pid = static_cast<int>(::getpid());
-#endif
-    fs::path partial = target;
-    partial += ".part" + std::to_string(pid);
-    bool ok;
-    {
-        std::ofstream file(partial, std::ios::binary | std::ios::trunc);
-        ok = file.is_open() && file.write(page.data(), static_cast<std::streamsize>(page.size())) && file.flush();
-    }
-    std::error_code error;
-    if (ok) fs::rename(partial, target, error);
-    if (!ok || error) {
-        fs::remove(partial, error);
-        Complain(PathText(target), std::string("cannot be written (") +
-                                       (ok ? error.message() : std::string(std::strerror(errno))) + ")");
-        return false;
-    }
-    return true;
+    std::string problem;
+    if (WriteWholeFile(output, page, problem)) return true;
+    Complain(PathText(output), problem);
+    return false;
 }
 
 // What the rules find in the reports of `db`. The rules are read once a run
