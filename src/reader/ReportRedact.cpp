@@ -365,6 +365,12 @@ std::string PseudonymMap::Text() const {
     return text;
 }
 
+std::vector<std::string> PseudonymMap::Pseudonyms() const {
+    std::vector<std::string> all;
+    for (const Mapping& m : mappings_) all.push_back(m.pseudonym);
+    return all;
+}
+
 const std::string& PseudonymMap::PseudonymOf(Kind kind, std::string_view original) {
     const auto found = byOriginal_.find(MapKey(kind, original));
     if (found != byOriginal_.end()) return mappings_[found->second].pseudonym;
@@ -396,6 +402,9 @@ Redacted RedactReport(const Report& report, const std::vector<std::string>& keyw
         substitution.Add(original, pseudonym);
         result.replaced.push_back({kind, std::move(original), pseudonym});
     }
+    // A pseudonym already in the text (a report redacted before) stays
+    // whole: a keyword such as "user" must not eat into "USER-0001".
+    for (const std::string& pseudonym : map.Pseudonyms()) substitution.Add(pseudonym, pseudonym);
     substitution.Sort();
     ApplyEverywhere(substitution, result.report);
     Redaction marker;

@@ -53,6 +53,7 @@ public:
     // Whether the text is one of the map's pseudonyms (a report redacted
     // before): it is left as it is.
     bool IsPseudonym(std::string_view text) const { return pseudonyms_.count(FoldCase(text)) > 0; }
+    std::vector<std::string> Pseudonyms() const;
 
 private:
     struct Mapping {
