@@ -236,7 +236,7 @@ public:
 
 private:
     void Add(Kind kind, std::string_view value) {
-        if (value.empty() || seen_.count(FoldCase(value)) || map_.IsPseudonym(value)) return;
+        if (value.empty() || seen_.count(FoldCase(value)) || map_.HoldsPseudonym(value)) return;
         seen_.insert(FoldCase(value));
         found_.emplace_back(kind, std::string(value));
     }
@@ -363,6 +363,12 @@ std::string PseudonymMap::Text() const {
     for (const Mapping& m : mappings_)
         text.append(KindName(m.kind)).append(1, '\t').append(m.original).append(1, '\t').append(m.pseudonym) += '\n';
     return text;
+}
+
+bool PseudonymMap::HoldsPseudonym(std::string_view text) const {
+    const std::string folded = FoldCase(text);
+    return std::any_of(pseudonyms_.begin(), pseudonyms_.end(),
+                       [&](const std::string& pseudonym) { return folded.find(pseudonym) != std::string::npos; });
 }
 
 std::vector<std::string> PseudonymMap::Pseudonyms() const {

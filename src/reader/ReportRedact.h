@@ -50,9 +50,9 @@ public:
     // The original's pseudonym, made now when it has none yet. Originals
     // are told apart whatever their letter case.
     const std::string& PseudonymOf(Kind kind, std::string_view original);
-    // Whether the text is one of the map's pseudonyms (a report redacted
-    // before): it is left as it is.
-    bool IsPseudonym(std::string_view text) const { return pseudonyms_.count(FoldCase(text)) > 0; }
+    // Whether the text holds one of the map's pseudonyms: a value of a
+    // report redacted before, left as it is.
+    bool HoldsPseudonym(std::string_view text) const;
     std::vector<std::string> Pseudonyms() const;
 
 private:
