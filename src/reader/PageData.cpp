@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "format/LineForms.h"
 #include "reader/ReportJson.h"
 #include "reader/ReportModelText.h"
 
@@ -386,7 +387,7 @@ std::string ComparisonPageJson(const PageReport& oldPage, const PageReport& newP
 // --- fleet -------------------------------------------------------------------
 
 namespace {
-constexpr std::string_view kHeaderLead = "Orvane Software system report on ";
+constexpr std::string_view kHeaderLead = lineform::kHeaderLead.Narrow();
 
 void AddRows(const sqlite::Connection& db, FleetSummary& fleet, std::map<std::int64_t, std::size_t>& index) {
     sqlite::Statement rows(db,

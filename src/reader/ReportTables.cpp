@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "format/ReportChecksum.h"
+
 namespace report_tables {
 
 namespace {
@@ -165,13 +167,6 @@ std::optional<std::int64_t> LineOrNull(std::size_t line) {
     return static_cast<std::int64_t>(line);
 }
 
-std::string Hex8(std::uint32_t value) {
-    static const char digits[] = "0123456789abcdef";
-    std::string text(8, '0');
-    for (int i = 7; i >= 0; --i, value >>= 4) text[static_cast<std::size_t>(i)] = digits[value & 15];
-    return text;
-}
-
 std::optional<std::string> NetworkFailure(const report_model::NetworkSection& n) {
     if (n.allocationFailed) return "memory allocation failed";
     if (n.enumerationError) return "GetAdaptersAddresses failed with error " + std::to_string(*n.enumerationError);
@@ -243,7 +238,7 @@ std::int64_t TableWriter::Add(const FileFacts& file, FileVerdict verdict, const 
         return sqlite3_last_insert_rowid(db_.get());
     }
     const Report& r = *report;
-    const std::string stored = Hex8(checksum->stored), computed = Hex8(checksum->computed);
+    const std::string stored = ChecksumText(checksum->stored), computed = ChecksumText(checksum->computed);
     const auto& p = r.program;
     const auto& h = r.host;
     const auto& w = r.windows;

@@ -88,7 +88,7 @@ constexpr const Option* kCollectOptions[] = {&kDbOption, &kRulesOption, &kTimeLi
 
 extern const Command kCollectCommand{
     .name = "collect",
-    .synopsis = "collect [--db FILE [--rules DIR] [--time-limit SECONDS]] PATH...",
+    .synopsis = "collect [--db FILE] PATH...",
     .summary = "one JSON line per report (folders searched recursively)",
     .help = "Prints one JSON object per line (JSON Lines) for every file named, and\n"
             "for every file under a folder named (searched recursively, in name\n"

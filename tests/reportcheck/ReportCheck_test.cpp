@@ -600,7 +600,7 @@ TEST_F(ReportCheck, SubcommandsExplainThemselves) {
         {"check", "check FILE..."},
         {"show", "show --json FILE"},
         {"diff", "diff [--json] OLD NEW"},
-        {"collect", "collect [--db FILE [--rules DIR] [--time-limit SECONDS]] PATH..."},
+        {"collect", "collect [--db FILE] PATH..."},
         {"findings", "findings [--json] [--rules DIR] [--min-severity LEVEL] PATH..."},
         {"redact", "redact [--map FILE] [--keyword WORD]... IN OUT"},
     };
@@ -656,9 +656,9 @@ TEST_F(ReportCheck, AnUnknownOptionIsAUsageError) {
                      "diff [--json] OLD NEW");
     // An option of another command is unknown to this one.
     ExpectUsageError(Check({"collect", "--json", "report.txt"}), "unknown option --json", "collect",
-                     "collect [--db FILE [--rules DIR] [--time-limit SECONDS]] PATH...");
+                     "collect [--db FILE] PATH...");
     ExpectUsageError(Check({"collect", "--rules", "team", "report.txt"}), "--rules and --time-limit go with --db",
-                     "collect", "collect [--db FILE [--rules DIR] [--time-limit SECONDS]] PATH...");
+                     "collect", "collect [--db FILE] PATH...");
     ExpectUsageError(Check({"findings", "--min-severity", "fatal", "report.txt"}),
                      "--min-severity takes info, warning or error", "findings",
                      "findings [--json] [--rules DIR] [--min-severity LEVEL] PATH...");

@@ -93,6 +93,7 @@
   const SEVERITY_ORDER = { error: 0, warning: 1, info: 2 };
   const SEVERITY_ICON = { error: '\u2716', warning: '\u26A0', info: '\u2139' };
   const PAGE_ROWS = 100;
+  const COLLATOR = new Intl.Collator(lang, { numeric: true });
   const ENTRY_ROWS = 200;
   const ENTRY_MEMBERS = ['line', 'contentLine', 'attributes', 'size', 'created', 'written', 'name', 'version', 'acl', 'content'];
   // Entries come as arrays (the page of a large report stays small).
@@ -259,11 +260,15 @@
       sortKey = column.key;
       const value = column.sort || ((r) => r[column.key]);
       const direction = sortUp ? 1 : -1;
-      order = items.slice().sort((a, b) => {
-        const x = value(a.row), y = value(b.row);
-        const c = column.number ? (x ?? -Infinity) - (y ?? -Infinity) : String(x ?? '').localeCompare(String(y ?? ''), lang);
-        return c * direction || a.index - b.index;
+      // Each row's key once, then one collator: a table of 10,000 rows sorts
+      // in well under the 200 ms a click may take.
+      const keyed = items.map((item) => {
+        const key = value(item.row);
+        return { item, key: column.number ? key ?? -Infinity : String(key ?? '') };
       });
+      const compare = column.number ? (x, y) => x - y : COLLATOR.compare;
+      keyed.sort((a, b) => compare(a.key, b.key) * direction || a.item.index - b.item.index);
+      order = keyed.map((k) => k.item);
       for (const h of heads) h.removeAttribute('aria-sort');
       th.setAttribute('aria-sort', sortUp ? 'ascending' : 'descending');
       applyFilter();
