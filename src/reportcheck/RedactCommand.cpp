@@ -17,10 +17,14 @@ namespace fs = std::filesystem;
 
 constexpr const Option* kRedactOptions[] = {&kMapOption, &kKeywordOption};
 
+// Whether the two names are one file, or would be once written.
 bool SameFile(const fs::path& a, const fs::path& b) {
     std::error_code error;
     if (fs::equivalent(a, b, error)) return true;
-    return fs::weakly_canonical(a, error) == fs::weakly_canonical(b, error);
+    const fs::path first = fs::weakly_canonical(a, error);
+    if (error) return a.lexically_normal() == b.lexically_normal();
+    const fs::path second = fs::weakly_canonical(b, error);
+    return !error && first == second;
 }
 
 // The keywords as UTF-8; a problem for the usage line when one cannot be
