@@ -1438,3 +1438,42 @@ TEST_F(ReportCheck, RedactedReportsGiveTheSameFindingsAndAPage) {
         EXPECT_NE(page.out.find("\"verdict\":\"intact\""), std::string::npos) << name;
     }
 }
+
+// A report the program made under Wine, redacted with a keyword: none of the
+// values replaced stands in the file's bytes in any letter case (read as
+// UTF-16 and as UTF-8), and every other field is the original's, field by
+// field through show --json.
+TEST_F(ReportCheck, ARedactedReportOfTheProgramHoldsNoOriginalAndKeepsTheRest) {
+    REQUIRE_SOURCE_TREE();
+    fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data/wine-report.txt",
+                  root_ / "files" / "report.txt");
+    const Outcome redact = Check({"redact", "--map", "map.tsv", "--keyword", "Bench", "report.txt", "redacted.txt"});
+    ASSERT_EQ(redact.status, 0) << redact.err;
+    const std::string map = ReadFile(root_ / "files" / "map.tsv");
+    const auto lower = [](std::string t) {
+        for (char& c : t) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return t;
+    };
+    const std::string bytes = ReadFile(root_ / "files" / "redacted.txt");
+    std::string units;  // the UTF-16 text's low bytes: the report's values here are ASCII
+    for (std::size_t i = 2; i < bytes.size(); i += 2) units += bytes[i];
+    std::istringstream lines(map);
+    int originals = 0;
+    for (std::string line; std::getline(lines, line); ++originals) {
+        const std::string original = line.substr(line.find('\t') + 1, line.rfind('\t') - line.find('\t') - 1);
+        std::string utf16;
+        for (char c : lower(original)) utf16 += std::string{c, '\0'};
+        EXPECT_EQ(lower(units).find(lower(original)), std::string::npos) << line;
+        EXPECT_EQ(lower(bytes).find(lower(original)), std::string::npos) << line;
+        EXPECT_EQ(lower(bytes).find(utf16), std::string::npos) << line;
+    }
+    EXPECT_EQ(originals, 11) << map;  // VM, root, the product id, 4 adapters' names, 3 addresses, the keyword
+    auto original = nlohmann::ordered_json::parse(WithPseudonyms(Check({"show", "--json", "report.txt"}).out, map));
+    auto redacted = nlohmann::ordered_json::parse(Check({"show", "--json", "redacted.txt"}).out);
+    EXPECT_EQ(redacted["integrity"]["verdict"], "intact");
+    EXPECT_EQ(redacted["redaction"]["kinds"].dump(),
+              "[\"computer name\",\"user\",\"product id\",\"hardware address\",\"adapter name\",\"keyword\"]");
+    for (auto* json : {&original, &redacted})
+        for (const char* key : {"integrity", "lineCount", "redaction"}) json->erase(key);
+    EXPECT_EQ(redacted, original);
+}
