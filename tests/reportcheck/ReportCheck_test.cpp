@@ -1317,8 +1317,8 @@ TEST_F(ReportCheck, RedactWritesAReportThatSaysItWasRedacted) {
     const std::string original = BuildReportFileBytes(std::u16string(kSampleReportBody.begin(), kSampleReportBody.end()));
     Write("report.txt", original);
     const Outcome outcome = Check({"redact", "--keyword", "suite", "report.txt", "redacted.txt"});
-    EXPECT_EQ(outcome.out, "redacted.txt: redacted (computer name, user, product id, hardware address, adapter name, "
-                           "keyword)\n");
+    EXPECT_EQ(outcome.out, Lines({"redacted.txt: redacted (computer name, user, product id, hardware address, "
+                                  "adapter name, keyword)"}));
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(ReadFile(root_ / "files" / "report.txt"), original);  // IN as it was
