@@ -23,6 +23,12 @@ TARGET_FLOOR_MULTIPLE = 2.0
 TARGET_WINDOW_RATIO = 1.3
 TARGET_REFRESH_RATIO = 1.1
 TARGET_WINDOW_TEN_TIMES = 10.5
+# Folders among the entries: 18,000 files and 2,000 folders against 20,000
+# files; and the headless report's peak memory at 100,000 entries against 100.
+TARGET_FOLDERS_RATIO = 1.2
+TARGET_HEADLESS_MEMORY_RATIO = 2.0
+FAULT_FILES = "string C:\\bench\\faults\\files"
+FAULT_MIXED = "string C:\\bench\\faults\\mixed"
 WINDOW_CASES = ["string first", "string second", "window first", "window refresh shown", "window refresh hidden"]
 SIZES = [100, 1000, 10000]
 SECTIONS = ["header", "program", "host", "windows", "hardware", "network", "installation"]
@@ -521,6 +527,61 @@ def clear_section(d, w):
     w("")
 
 
+def fault_ratios(d):
+    """Round by round: the listing with folders against the one without, and
+    the headless report's peak working set at 100,000 entries against 100."""
+    files = d.by_run("listing", FAULT_FILES, "ms")
+    mixed = d.by_run("listing", FAULT_MIXED, "ms")
+    small = d.by_run("memory-headless", "100", "peak_ws")
+    large = d.by_run("memory-headless", "100000", "peak_ws")
+    return {"folders": [mixed[r] / files[r] for r in files if r in mixed and files[r] > 0],
+            "memory": [large[r] / small[r] for r in small if r in large and small[r] > 0]}
+
+
+def faults_section(d, w, meta, faults):
+    if not faults["folders"] and not faults["memory"]:
+        return
+    w("## 7. Folders in a listing, and the headless report's memory")
+    w("")
+    if meta.get("faults_date") and meta.get("faults_date") != meta.get("date"):
+        w(f"From a separate run ({meta['faults_date']}, code {meta.get('faults_commit', 'unknown')}) with only "
+          "this part (`DIAG_BENCH_PARTS=7`).")
+        w("")
+    load_line(w, meta, "7")
+    w("`bench_probe.exe listing string` lists, in every round, a directory of 20,000 files (one in ten a "
+      "versioned library, as in section 3) and then one of 18,000 such files and 2,000 folders. A folder "
+      "gets the empty version without the version library being asked: under Wine that library searches "
+      "the parent folder for a library of the folder's name, which made such a listing grow with the "
+      "square of its entries.")
+    w("")
+    w("| Directory | Entries | Median time | Spread |")
+    w("|---|---:|---:|---:|")
+    for case, label in [(FAULT_FILES, "20,000 files"), (FAULT_MIXED, "18,000 files and 2,000 folders")]:
+        ms = d.values("listing", case, "ms")
+        w(f"| {label} | {fmt(med(d.values('listing', case, 'entries')), 0)} | {fmt(med(ms))} ms | "
+          f"{spread(ms)} ms |")
+    w("")
+    w(f"Round by round, the listing with folders took {fmt(med(faults['folders']), 2)} × the time of the one "
+      f"without (spread {spread(faults['folders'], 2)}).")
+    w("")
+    w("`bench_runner.exe memory-headless` runs the headless report of the program alone in a directory of "
+      "100 and of 100,000 entries (the others empty files), in turn, and samples its working set every "
+      "2 ms. The report goes to its file piece by piece as it is made, the checksum made as it passes.")
+    w("")
+    w("| Directory | Peak working set | Report file |")
+    w("|---|---:|---:|")
+    for n in ["100", "100000"]:
+        peak = d.values("memory-headless", n, "peak_ws")
+        size = meta.get(f"headless_{n}_bytes")
+        check = meta.get(f"headless_{n}_check", "not checked")
+        w(f"| {int(n):,} entries | {fmt(mib(med(peak)), 1)} MiB (spread {spread([mib(p) for p in peak], 1)}) | "
+          f"{fmt(float(size) / 1e6, 1) + ' MB, ' if size else ''}{check} |")
+    w("")
+    w(f"Round by round, the peak at 100,000 entries was {fmt(med(faults['memory']), 2)} × the peak at 100 "
+      f"(spread {spread(faults['memory'], 2)}).")
+    w("")
+
+
 def main():
     records, meta, notes = load(sys.argv[1])
     d = Data(records)
@@ -626,6 +687,20 @@ def main():
                          verdict(all(k <= TARGET_WINDOW_TEN_TIMES for k in known) if known else None)
                          + close_call([x for gs in growth.values() for g in gs for x in g],
                                       TARGET_WINDOW_TEN_TIMES)))
+
+    # ---------------------------------------------------------------- 7
+    faults = fault_ratios(d)
+    if faults["folders"]:
+        verdicts.append((f"7. Listing 18,000 files and 2,000 folders ≤ {TARGET_FOLDERS_RATIO} × 20,000 files",
+                         f"{fmt(med(faults['folders']), 2)} × (spread {spread(faults['folders'], 2)})",
+                         verdict(med(faults["folders"]) <= TARGET_FOLDERS_RATIO)
+                         + close_call(faults["folders"], TARGET_FOLDERS_RATIO)))
+    if faults["memory"]:
+        verdicts.append((f"7. Headless report: peak memory at 100,000 entries ≤ {TARGET_HEADLESS_MEMORY_RATIO:g} × "
+                         "at 100",
+                         f"{fmt(med(faults['memory']), 2)} × (spread {spread(faults['memory'], 2)})",
+                         verdict(med(faults["memory"]) <= TARGET_HEADLESS_MEMORY_RATIO)
+                         + close_call(faults["memory"], TARGET_HEADLESS_MEMORY_RATIO)))
 
     # ---------------------------------------------------------------- header
     w("# Benchmarks")
@@ -933,6 +1008,7 @@ def main():
 
     window_section(d, w, meta, windows)
     clear_section(d, w)
+    faults_section(d, w, meta, faults)
 
     findings(d, w, meta, times, warm_total_med, cold_total, listing, verdict_of)
 

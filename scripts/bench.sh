@@ -11,7 +11,8 @@
 # (bench/collect-bench.sh, bench/COLLECT-RESULTS.md); `scripts/bench.sh page`
 # only the report page's (bench/page-bench.sh, bench/PAGE-RESULTS.md);
 # `scripts/bench.sh redact` only redact's (bench/redact-bench.sh,
-# bench/REDACT-RESULTS.md); the full run ends with them all.
+# bench/REDACT-RESULTS.md); a full run (no DIAG_BENCH_PARTS) ends with the
+# report checker's parts.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [[ "${1:-}" == "collect" ]]; then
@@ -31,7 +32,7 @@ build=${DIAG_BUILD_DIR:-build}
 bin="$build/bin"
 results=${DIAG_BENCH_RESULTS:-bench/RESULTS.md}
 quick=${DIAG_BENCH_QUICK:-0}
-parts=${DIAG_BENCH_PARTS:-1 2 3 4 5 6}
+parts=${DIAG_BENCH_PARTS:-1 2 3 4 5 6 7}
 part() { [[ " $parts " == *" $1 "* ]]; }
 for exe in OrvaneDiagnostics bench_floor bench_probe bench_runner fixture_version_neutral; do
   ext=exe; [[ $exe == fixture_* ]] && ext=dll
@@ -133,10 +134,26 @@ make_window_directories() {
   done
 }
 
+# Folders among the entries: 18,000 files and 2,000 folders against 20,000
+# files. And the program alone in a directory of 100 and of 100,000 entries,
+# for the memory of its headless report.
+make_fault_directories() {
+  local root="$drive_c/bench/faults" n
+  fill_entries "$root/files" 20000
+  fill_entries "$root/mixed" 18000
+  (cd "$root/mixed" && seq 1 2000 | sed 's/.*/folder&/' | xargs mkdir)
+  for n in 100 100000; do
+    mkdir -p "$root/headless/$n"
+    cp "$bin/OrvaneDiagnostics.exe" "$root/headless/$n/"
+    (cd "$root/headless/$n" && seq 1 $((n - 1)) | sed 's/.*/file&.dat/' | xargs touch)
+  done
+}
+
 step "Installing the suite and the test directories"
 install_suite
 if part 2 || part 3 || part 5 || part 6; then make_listing_directories; fi
 if part 6; then make_window_directories; fi
+if part 7; then make_fault_directories; fi
 mkdir -p "$drive_c/bench/bin" "$drive_c/bench/out"
 cp "$bin/bench_floor.exe" "$bin/bench_probe.exe" "$bin/bench_runner.exe" "$drive_c/bench/bin/"
 cp bench/collect-facts.cmd "$drive_c/bench/bin/"
@@ -257,6 +274,22 @@ if part 6; then
   for n in 1000 3000; do probe clear-ways "$n" >>"$raw"; done
 fi
 
+if part 7; then
+  step "7. Faults: a listing with folders, and the headless report's memory at 100 and 100,000 entries"
+  echo -e "M\tfaults_date\t$(date -u '+%Y-%m-%d %H:%M UTC')" >>"$raw"
+  echo -e "M\tfaults_commit\t$(git rev-parse --short HEAD 2>/dev/null || echo unknown)" >>"$raw"
+  # Both directories in every round, side by side.
+  probe listing string 1 "$listing_runs" 'C:\bench\faults\files' 'C:\bench\faults\mixed' >>"$raw"
+  headless() { echo "\"C:\\bench\\faults\\headless\\$1\\OrvaneDiagnostics.exe\" $win_out\\headless-$1.txt"; }
+  runner memory-headless 1 "$listing_runs" 100 "$(headless 100)" 100000 "$(headless 100000)" >>"$raw"
+  # The report streamed to its file must still be whole and intact.
+  for n in 100 100000; do
+    check=$(wine "$bin/reportcheck.exe" "$drive_c/bench/out/headless-$n.txt" </dev/null 2>/dev/null | tr -d '\r' || true)
+    echo -e "M\theadless_${n}_check\t${check##*: }" >>"$raw"
+    echo -e "M\theadless_${n}_bytes\t$(stat -c %s "$drive_c/bench/out/headless-$n.txt")" >>"$raw"
+  done
+fi
+
 echo -e "M\tload_end\t$(cut -d' ' -f1-3 /proc/loadavg)" >>"$raw"
 # The raw figures stay beside the page, so that it can be written again
 # (python3 bench/results.py bench/results.tsv) without measuring again.
@@ -265,8 +298,10 @@ python3 bench/results.py "$raw" >"$results.tmp"
 mv "$results.tmp" "$results"
 step "Results written to $results"
 
-# The report checker's parts (native, no Wine).
-bench/collect-bench.sh
-bench/findings-bench.sh
-bench/page-bench.sh
-bench/redact-bench.sh
+# The report checker's parts (native, no Wine), in a full run only.
+if [[ -z "${DIAG_BENCH_PARTS:-}" ]]; then
+  bench/collect-bench.sh
+  bench/findings-bench.sh
+  bench/page-bench.sh
+  bench/redact-bench.sh
+fi

@@ -5,7 +5,6 @@
 #include "app/ExitStatus.h"
 #include "collect/ReportFile.h"
 #include "collect/SystemReport.h"
-#include "format/ReportSink.h"
 #include "format/ViewText.h"
 #include "lang/Language.h"
 #include "w32/Scoped.h"
@@ -29,14 +28,21 @@ void TellParent(const std::wstring& line) {
     if (console) ::WriteConsoleW(console.Get(), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
     ::FreeConsole();
 }
+
+int TellFailure(ReportFileOutcome outcome) {
+    TellParent(std::wstring(Tr(ReportFileFailureMessage(outcome))) + L"\r\n");
+    return kExitCannotWriteReport;
+}
 }  // namespace
 
 int WriteHeadlessReport(const std::wstring& path) {
-    StringReportSink report;
-    if (!WriteSystemReport(report)) return kExitReportFailed;
-    if (!WriteReportFile(path, AsViewText(report.Text()))) {
-        TellParent(std::wstring(Tr(kCannotOpenReportFile)) + L"\r\n");
-        return kExitCannotWriteReport;
-    }
+    // Each piece goes to the file as it is made: the report is never held whole.
+    ReportFileWriter file(path);
+    if (!file.Opened()) return TellFailure(ReportFileOutcome::kCannotOpen);
+    ViewTextSink asTheViewGivesIt(file);
+    // Without a local time nothing was written: the writer removes its file.
+    if (!WriteSystemReport(asTheViewGivesIt)) return kExitReportFailed;
+    const ReportFileOutcome outcome = file.Commit();
+    if (outcome != ReportFileOutcome::kWritten) return TellFailure(outcome);
     return kExitSuccess;
 }

@@ -93,6 +93,23 @@ bool CannotBeAnImage(const std::wstring& path) {
     return read < sizeof(magic) || magic[0] != 'M' || magic[1] != 'Z';
 }
 
+// The ProductVersion of a file that may be an image.
+std::wstring AskVersionLibrary(const std::wstring& path) {
+    DWORD handle = 0;
+    const DWORD size = ::GetFileVersionInfoSizeW(path.c_str(), &handle);
+    if (size == 0) return {};
+    std::vector<BYTE> data(size);
+    ::GetFileVersionInfoW(path.c_str(), 0, size, data.data());
+    for (const wchar_t* key : kProductVersionKeys) {
+        void* value = nullptr;
+        UINT length = 0;
+        if (::VerQueryValueW(data.data(), key, &value, &length) && value) {
+            return NormaliseVersion(static_cast<const wchar_t*>(value));
+        }
+    }
+    return {};
+}
+
 ContentExcerptRecord ReadContentExcerpt(const std::wstring& path) {
     const w32::ScopedCFile file(::_wfopen(path.c_str(), L"rb"));
     if (!file) return {};
@@ -106,6 +123,15 @@ bool SameTime(const FILETIME& a, const FILETIME& b) {
     return a.dwLowDateTime == b.dwLowDateTime && a.dwHighDateTime == b.dwHighDateTime;
 }
 
+// A folder never has a version resource, and asking the version library
+// about one costs dear: under Wine it searches the parent folder for a
+// library of that name, so a listing with many folders grew with the square
+// of its entries.
+std::wstring VersionOf(const std::wstring& path, const WIN32_FIND_DATAW& entry, ProductVersionMemo* memo) {
+    if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return {};
+    return memo ? memo->Read(path, entry) : ReadProductVersion(path);
+}
+
 // Refills `record` in place, so that a long listing reuses its strings.
 void FillEntryRecord(DirectoryEntryRecord& record, const std::wstring& directory, const WIN32_FIND_DATAW& entry,
                      bool withAcl, bool withContent, ProductVersionMemo* memo) {
@@ -117,7 +143,7 @@ void FillEntryRecord(DirectoryEntryRecord& record, const std::wstring& directory
     // A forward slash, as the listing has always joined them; the path is as
     // long as it needs to be.
     const std::wstring path = directory + L"/" + record.name;
-    record.productVersion = memo ? memo->Read(path, entry) : ReadProductVersion(path);
+    record.productVersion = VersionOf(path, entry, memo);
     record.accessList.reset();
     if (withAcl) record.accessList = ReadAccessListOf(path);
     record.content.reset();
@@ -137,19 +163,7 @@ std::wstring FormatFileTime(const FILETIME& time) { return FormatCalendarTime(Lo
 
 std::wstring ReadProductVersion(const std::wstring& path) {
     if (CannotBeAnImage(path)) return {};
-    DWORD handle = 0;
-    const DWORD size = ::GetFileVersionInfoSizeW(path.c_str(), &handle);
-    if (size == 0) return {};
-    std::vector<BYTE> data(size);
-    ::GetFileVersionInfoW(path.c_str(), 0, size, data.data());
-    for (const wchar_t* key : kProductVersionKeys) {
-        void* value = nullptr;
-        UINT length = 0;
-        if (::VerQueryValueW(data.data(), key, &value, &length) && value) {
-            return NormaliseVersion(static_cast<const wchar_t*>(value));
-        }
-    }
-    return {};
+    return AskVersionLibrary(path);
 }
 
 AccessListRecord ReadAccessListRecord(PSECURITY_DESCRIPTOR descriptor) {
@@ -180,7 +194,11 @@ std::wstring ProductVersionMemo::Read(const std::wstring& path, const WIN32_FIND
             return reading.version;
         }
     }
-    std::wstring version = ReadProductVersion(path);
+    // Only what the version library answered is kept: the first two bytes
+    // are cheap to read again, and a directory of a hundred thousand data
+    // files must not fill the memo.
+    if (CannotBeAnImage(path)) return {};
+    std::wstring version = AskVersionLibrary(path);
     readings_.insert_or_assign(path, Reading{entry.ftCreationTime, entry.ftLastWriteTime, entry.nFileSizeHigh,
                                              entry.nFileSizeLow, version});
     return version;

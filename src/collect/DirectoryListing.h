@@ -27,6 +27,8 @@ std::wstring ReadProductVersion(const std::wstring& path);
 // twice, and the version library is by far the dearest part of an entry:
 // remembering its answers reads each file once. A file is read again when
 // its size or either of its times differ from those of the first reading.
+// Only the library's answers are kept (for files that start as an image
+// does), so the memo does not grow with a listing's data files.
 class ProductVersionMemo {
 public:
     std::wstring Read(const std::wstring& path, const WIN32_FIND_DATAW& entry);

@@ -84,5 +84,7 @@ void CDiagWinDlg::OnSaveReport() {
     // Remembered before the file is opened, so a failed write keeps it too.
     if (const auto folder = FolderToRemember(*chosen)) app->WriteProfileString(kFolderSection, kReportEntry, *folder);
 
-    if (!WriteReportFile(*chosen, m_reportView.Text())) w32::ShowMessageBox(Tr(kCannotOpenReportFile), MB_ICONSTOP | MB_OK);
+    const ReportFileOutcome outcome = WriteReportFile(*chosen, m_reportView.Text());
+    if (outcome != ReportFileOutcome::kWritten)
+        w32::ShowMessageBox(Tr(ReportFileFailureMessage(outcome)), MB_ICONSTOP | MB_OK);
 }

@@ -6,9 +6,23 @@
 #include <string>
 #include <string_view>
 
+inline constexpr std::uint32_t kReportChecksumSeed = 0x01020304;
+
 // A four-lane exclusive-or fold of the low byte of every UTF-16 code unit,
 // seeded with 0x01020304. It detects accidental damage, nothing more.
 std::uint32_t ComputeReportChecksum(std::u16string_view text);
+
+// The same fold made as the text goes by, piece after piece: after the last
+// piece it holds ComputeReportChecksum of the pieces joined.
+class ReportChecksumFold {
+public:
+    void Add(std::u16string_view units);
+    std::uint32_t Value() const { return value_; }
+
+private:
+    std::uint32_t value_ = kReportChecksumSeed;
+    std::size_t position_ = 0;  // of the next unit, counted from the text's start
+};
 
 // The same over the text's bytes as a file holds them, little-endian UTF-16:
 // the low byte of each unit is its first, so the checker need not decode.
@@ -24,6 +38,19 @@ std::string ChecksumText(std::uint32_t checksum);
 // The complete bytes of a report file: byte-order mark FF FE, the body as
 // little-endian UTF-16, then the trailer.
 std::string BuildReportFileBytes(std::u16string_view body);
+
+// The same bytes made as the body arrives, so that a large report need never
+// be held whole: Begin's byte-order mark, then each piece of the body, then
+// End's trailer with the checksum of every piece, each appended to `out`.
+class ReportFileEncoder {
+public:
+    void Begin(std::string& out) const;
+    void AddBody(std::u16string_view units, std::string& out);
+    void End(std::string& out) const;
+
+private:
+    ReportChecksumFold checksum_;
+};
 
 #if defined(_WIN32)
 // On Windows wchar_t is a UTF-16 code unit.

@@ -126,3 +126,16 @@ TEST(ProductVersionMemo, ListingWithAMemoGivesTheSameLines) {
     EXPECT_EQ(second.Text(), without.Text());
     EXPECT_NE(LineNamed(without.Text(), L"blanks.dll").find(L"\t10.2.3.4build5"), std::wstring::npos);
 }
+
+TEST(ProductVersionMemo, FilesThatCannotBeImagesAreNotKept) {
+    TempDirectory dir;
+    const std::wstring path = dir / L"notes.txt";
+    ASSERT_TRUE(TempDirectory::WriteFile(path, "plain text"));
+    const WIN32_FIND_DATAW entry = FindEntry(path);
+    ProductVersionMemo memo;
+    EXPECT_EQ(memo.Read(path, entry), L"");
+    // Replaced by a library of the same size and times: read again, since
+    // only the version library's answers are remembered.
+    ASSERT_TRUE(::CopyFileW(Fixture(L"neutral").c_str(), path.c_str(), FALSE));
+    EXPECT_EQ(memo.Read(path, entry), L"3.2.1.0");
+}

@@ -212,7 +212,7 @@ TEST_F(ReportViewTest, IsReadOnlyForTheUser) {
 TEST(ReportFileTest, EmptyViewSavesThirtyTwoBytes) {
     const TempDirectory dir;
     const std::wstring path = dir / L"report.txt";
-    ASSERT_TRUE(WriteReportFile(path, L""));
+    ASSERT_EQ(WriteReportFile(path, L""), ReportFileOutcome::kWritten);
     const std::string bytes = ReadBytes(path);
     EXPECT_EQ(bytes, std::string("\xFF\xFE\n\0-\0-\0-\0 \0\n\0" "0\0" "1\0" "0\0" "2\0" "0\0" "3\0" "0\0" "4\0\n\0", 32));
 }
@@ -224,10 +224,10 @@ TEST(ReportFileTest, OverwritingALongerFileLeavesNothingOfIt) {
         std::ofstream old(std::filesystem::path(path), std::ios::binary);
         old << std::string(100000, 'z');
     }
-    ASSERT_TRUE(WriteReportFile(path, L"AB"));
+    ASSERT_EQ(WriteReportFile(path, L"AB"), ReportFileOutcome::kWritten);
     EXPECT_EQ(ReadBytes(path), BuildReportFileBytes(u"AB"));
 }
 
 TEST(ReportFileTest, FolderThatDoesNotExistCannotBeOpened) {
-    EXPECT_FALSE(WriteReportFile(L"C:\\no such folder 4711\\report.txt", L"AB"));
+    EXPECT_EQ(WriteReportFile(L"C:\\no such folder 4711\\report.txt", L"AB"), ReportFileOutcome::kCannotOpen);
 }

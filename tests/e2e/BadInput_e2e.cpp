@@ -219,25 +219,14 @@ TEST_F(SaveFaults, ReadOnlyFileGivesTheMessageAndIsKept) {
     ASSERT_TRUE(::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
 
     Program program;
-    HWND main = program.WaitForMainWindow();
-    ASSERT_NE(main, nullptr);
-    PostButtonClick(main, 1013);
-    HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, kReportTimeout);
+    HWND window = OpenWholeReport(program);
     ASSERT_NE(window, nullptr);
-    ASSERT_TRUE(WaitUntil(
-        [&] { return WindowText(::GetDlgItem(window, 1003)).find(L"installation:") != std::wstring::npos; }, kReportTimeout));
     PostButtonClick(window, 1012);
     ASSERT_NE(CompleteSaveAs(program, path), nullptr);
 
     // The file dialog asks before replacing; then the program says it cannot.
-    HWND question = program.WaitForMessageBox();
-    ASSERT_NE(question, nullptr);
-    ASSERT_TRUE(PressMessageBoxButton(question, L"Yes"));
-    HWND box = nullptr;
-    ASSERT_TRUE(WaitUntil([&] {
-        box = program.WaitForMessageBox(1s);
-        return box && ReadMessageBox(box).text == kUnableToOpen;
-    }));
+    HWND box = ConfirmReplacementAndWaitForBox(program, kUnableToOpen);
+    ASSERT_NE(box, nullptr);
     EXPECT_EQ(ReadMessageBoxIcon(box), IconKind::kStop);
     ASSERT_TRUE(PressMessageBoxButton(box, L"OK"));
     std::wstring remembered;

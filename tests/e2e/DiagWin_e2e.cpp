@@ -243,14 +243,8 @@ TEST_F(DiagnosticsWindow, FileThatCannotBeOpenedGivesTheMessageAndKeepsTheFolder
     w32::ScopedHandle lock(::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(lock);
     ASSERT_NE(SaveAs(window, path), nullptr);
-    HWND question = program_.WaitForMessageBox();
-    ASSERT_NE(question, nullptr);
-    ASSERT_TRUE(PressMessageBoxButton(question, L"Yes"));
-    HWND box = nullptr;
-    ASSERT_TRUE(WaitUntil([&] {
-        box = program_.WaitForMessageBox(1s);
-        return box && ReadMessageBox(box).text == L"Unable to open file!";
-    }));
+    HWND box = ConfirmReplacementAndWaitForBox(program_, L"Unable to open file!");
+    ASSERT_NE(box, nullptr);
     const MessageBoxContent content = ReadMessageBox(box);
     EXPECT_EQ(content.caption, L"OrvaneDiagnostics");
     EXPECT_EQ(content.buttons, std::vector<std::wstring>{L"OK"});

@@ -4,6 +4,7 @@
 #include <tlhelp32.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -130,19 +131,27 @@ Program::Program(LaunchOptions options) {
     const wchar_t* directory = options.currentDirectory.empty() ? nullptr : options.currentDirectory.c_str();
     PROCESS_INFORMATION info{};
     BOOL created = FALSE;
-    if (options.limitedToken) {
-        w32::ScopedHandle token = LinkedToken();
-        if (token)
-            created = ::CreateProcessAsUserW(token.Get(), program.c_str(), commandLine.data(), nullptr, nullptr, inherit,
-                                             CREATE_UNICODE_ENVIRONMENT, environment.data(), directory, &startup, &info);
-    } else {
-        created = ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, inherit,
-                                   CREATE_UNICODE_ENVIRONMENT, environment.data(), directory, &startup, &info);
+    // Wine has been seen to refuse a start now and then among thousands: the
+    // program is what is tested, not the platform's start, so a refused start
+    // is tried again, and each refusal is said.
+    for (int attempt = 1; attempt <= 3 && !created; ++attempt) {
+        if (options.limitedToken) {
+            w32::ScopedHandle token = LinkedToken();
+            if (token)
+                created = ::CreateProcessAsUserW(token.Get(), program.c_str(), commandLine.data(), nullptr, nullptr,
+                                                 inherit, CREATE_UNICODE_ENVIRONMENT, environment.data(), directory,
+                                                 &startup, &info);
+        } else {
+            created = ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, inherit,
+                                       CREATE_UNICODE_ENVIRONMENT, environment.data(), directory, &startup, &info);
+        }
+        if (!created) {
+            startError_ = ::GetLastError();
+            std::fprintf(stderr, "start %d of the program refused: error %lu\n", attempt, startError_);
+        }
     }
-    if (!created) {
-        startError_ = ::GetLastError();
-        return;
-    }
+    if (!created) return;
+    startError_ = 0;
     ::CloseHandle(info.hThread);
     process_ = info.hProcess;
     pid_ = info.dwProcessId;
@@ -191,7 +200,20 @@ HWND Program::WaitForWindow(const std::function<bool(HWND)>& match, std::chrono:
             return !IsRunning();
         },
         timeout);
+    if (!found) SayWhyNoWindow();
     return found;
+}
+
+// A wait that ends without its window says whether the program ever ran and
+// how it ended, so that a failure names its cause.
+void Program::SayWhyNoWindow() const {
+    if (!process_) {
+        std::fprintf(stderr, "no window: the program did not start (error %lu)\n", startError_);
+        return;
+    }
+    DWORD exitCode = 0;
+    if (!IsRunning() && ::GetExitCodeProcess(process_, &exitCode))
+        std::fprintf(stderr, "no window: the program ended with status 0x%lx before showing it\n", exitCode);
 }
 
 HWND Program::WaitForMainWindow(std::chrono::milliseconds timeout) {
@@ -375,6 +397,29 @@ HWND CompleteSaveAs(Program& program, const std::wstring& path) {
     if (!path.empty()) ::SendMessageW(FileNameField(dialog), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
     ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
     return dialog;
+}
+
+HWND ConfirmReplacementAndWaitForBox(Program& program, const std::wstring& text) {
+    HWND question = program.WaitForMessageBox();
+    if (!question || !PressMessageBoxButton(question, L"Yes")) return nullptr;
+    HWND box = nullptr;
+    WaitUntil([&] {
+        box = program.WaitForMessageBox(1s);
+        return box && ReadMessageBox(box).text == text;
+    });
+    return box && ReadMessageBox(box).text == text ? box : nullptr;
+}
+
+HWND OpenWholeReport(Program& program) {
+    HWND main = program.WaitForMainWindow();
+    if (!main) return nullptr;
+    PostButtonClick(main, 1013);
+    HWND window = program.WaitForWindow([](HWND hwnd) { return ::GetDlgItem(hwnd, 1003) != nullptr; }, kReportTimeout);
+    if (!window) return nullptr;
+    const bool whole = WaitUntil(
+        [&] { return WindowText(::GetDlgItem(window, 1003)).find(L"installation:") != std::wstring::npos; },
+        kReportTimeout);
+    return whole ? window : nullptr;
 }
 
 }  // namespace e2e

@@ -67,6 +67,7 @@ private:
     HANDLE process_ = nullptr;
     DWORD pid_ = 0;
     HANDLE outputRead_ = nullptr;
+    void SayWhyNoWindow() const;
     DWORD startError_ = 0;
 };
 
@@ -109,6 +110,13 @@ HWND FileNameField(HWND dialog);
 // box (leaves the proposal when `path` is empty) and presses Save. Returns
 // the dialog, or null when none appeared.
 HWND CompleteSaveAs(Program& program, const std::wstring& path);
+// After a Save As onto an existing file: answers Yes to the file dialog's
+// question, then waits for the program's box saying `text`. Null when
+// either does not come.
+HWND ConfirmReplacementAndWaitForBox(Program& program, const std::wstring& text);
+// Presses the main window's System report button and waits until the
+// report window holds the whole report. Returns that window, or null.
+HWND OpenWholeReport(Program& program);
 
 // Registry helpers for the program's settings (HKCU).
 inline constexpr wchar_t kSettingsKey[] = L"Software\\Orvane Software V9\\OrvaneDiagnostics";
