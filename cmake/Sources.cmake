@@ -20,6 +20,7 @@ set(DIAG_PURE_SOURCES
   src/reader/ReportDiff.cpp
   src/reader/TerminalText.cpp
   src/reader/JsonIndent.cpp
+  src/reader/ReportRedact.cpp
   src/format/SystemSections.cpp
   src/diagwin/SaveLocation.cpp
   src/format/ViewText.cpp
@@ -44,6 +45,7 @@ set(DIAG_PURE_TESTS
   tests/reader/RoundTrip_test.cpp
   tests/reader/TerminalText_test.cpp
   tests/reader/JsonIndent_test.cpp
+  tests/reader/ReportRedact_test.cpp
   tests/format/SystemSections_test.cpp
   tests/diagwin/SaveLocation_test.cpp
   tests/format/ViewText_test.cpp

@@ -9,8 +9,10 @@
 #                       with only some parts the page shows only their figures
 # `scripts/bench.sh collect` runs only the report checker's part, natively
 # (bench/collect-bench.sh, bench/COLLECT-RESULTS.md); `scripts/bench.sh page`
-# only the report page's (bench/page-bench.sh, bench/PAGE-RESULTS.md); a full
-# run (no DIAG_BENCH_PARTS) ends with the report checker's parts.
+# only the report page's (bench/page-bench.sh, bench/PAGE-RESULTS.md);
+# `scripts/bench.sh redact` only redact's (bench/redact-bench.sh,
+# bench/REDACT-RESULTS.md); a full run (no DIAG_BENCH_PARTS) ends with the
+# report checker's parts.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [[ "${1:-}" == "collect" ]]; then
@@ -19,6 +21,10 @@ if [[ "${1:-}" == "collect" ]]; then
 fi
 if [[ "${1:-}" == "page" ]]; then
   exec bench/page-bench.sh
+bench/redact-bench.sh
+fi
+if [[ "${1:-}" == "redact" ]]; then
+  exec bench/redact-bench.sh
 fi
 source scripts/wine-env.sh
 
@@ -297,4 +303,5 @@ if [[ -z "${DIAG_BENCH_PARTS:-}" ]]; then
   bench/collect-bench.sh
   bench/findings-bench.sh
   bench/page-bench.sh
+  bench/redact-bench.sh
 fi

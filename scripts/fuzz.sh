@@ -22,7 +22,7 @@ if [[ "${1:-}" == "--smoke" ]]; then
   label="fuzz smoke"
   figures_name="figures-smoke.md"
 fi
-targets=${DIAG_FUZZ_TARGETS:-"command_line registry_value entry_text adapter_text report_roundtrip report_model system_sections report_writer_reader findings repair"}
+targets=${DIAG_FUZZ_TARGETS:-"command_line registry_value entry_text adapter_text report_roundtrip report_model system_sections report_writer_reader findings repair report_redact"}
 
 # Longest input per target: a token past 1,022 characters, a registry value
 # past 4,096 bytes, a listing past 64 KiB need room.

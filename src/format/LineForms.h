@@ -179,4 +179,10 @@ inline constexpr Form kAccessList{" ACL:"};
 inline constexpr Form kContentLead{"\t\t\t\tContent:\""};
 inline constexpr Form kContentEnd{"\""};
 
+// --- The marker of a redacted report: "Redacted: <kind>, <kind>" after an
+// empty line, the body's last line
+
+inline constexpr Form kRedactedLead{"Redacted: "};
+inline constexpr Form kRedactedSeparator{", "};
+
 }  // namespace lineform

@@ -368,6 +368,15 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
         json.Close('}');
     }
     json.Close(']');
+    // Only in a redacted report, so that every other report's JSON stays as
+    // it was.
+    if (report.redaction) {
+        json.Key("redaction");
+        json.Open('{');
+        Member(json, "line", report.redaction->line);
+        Member(json, "kinds", report.redaction->kinds);
+        json.Close('}');
+    }
     json.Close('}');
 }
 

@@ -199,6 +199,21 @@ struct UnrecognisedLine {
     std::string text;
 };
 
+// The kinds of value `reportcheck redact` replaces, in the order its marker
+// names them.
+inline constexpr std::string_view kRedactionKinds[] = {
+    "computer name", "domain", "user", "account", "product id",
+    "hardware address", "adapter name", "DNS suffix", "keyword",
+};
+
+// "Redacted: <kind>, <kind>...": the last line of a report that `reportcheck
+// redact` made, after an empty line; the kinds of value it replaced, in the
+// order of kRedactionKinds.
+struct Redaction {
+    std::vector<std::string> kinds;
+    std::size_t line = 0;  // the marker's line
+};
+
 struct Report {
     LineBreaks lineBreaks;
     std::size_t lineCount = 0;
@@ -210,6 +225,7 @@ struct Report {
     NetworkSection network;
     InstallationSection installation;
     std::vector<UnrecognisedLine> unrecognised;
+    std::optional<Redaction> redaction;
 };
 
 // Reads a body (the text between the byte-order mark and the trailer).

@@ -630,13 +630,44 @@ std::vector<std::string_view> SplitLines(std::string_view body, LineBreaks& brea
     return lines;
 }
 
+// The kinds a redaction marker names, when `line` is one: known kinds, each
+// once, in their order, as RedactionLine() would write them.
+std::optional<Redaction> ReadRedactionLine(std::string_view line) {
+    auto rest = After(line, kRedactedLead.Narrow());
+    if (!rest) return std::nullopt;
+    Redaction redaction;
+    if (rest->empty()) return redaction;  // nothing found to replace
+    std::size_t next = 0;  // kinds before this one are behind us
+    while (true) {
+        const std::size_t end = rest->find(kRedactedSeparator.Narrow());
+        const std::string_view kind = rest->substr(0, end);
+        const auto* known = std::find(std::begin(kRedactionKinds) + next, std::end(kRedactionKinds), kind);
+        if (known == std::end(kRedactionKinds)) return std::nullopt;
+        next = static_cast<std::size_t>(known - std::begin(kRedactionKinds)) + 1;
+        redaction.kinds.emplace_back(kind);
+        if (end == std::string_view::npos) break;
+        rest = rest->substr(end + kRedactedSeparator.Narrow().size());
+    }
+    return redaction;
+}
+
 }  // namespace
 
 Report ParseReportBody(std::u16string_view body) {
     const std::string text = Utf8FromUtf16(body);
     LineBreaks breaks;
-    const std::vector<std::string_view> lines = SplitLines(text, breaks);
+    std::vector<std::string_view> lines = SplitLines(text, breaks);
+    // A redacted report ends with an empty line and the marker.
+    std::optional<Redaction> redaction;
+    if (lines.size() >= 2 && lines[lines.size() - 2].empty()) redaction = ReadRedactionLine(lines.back());
+    const std::size_t lineCount = lines.size();
+    if (redaction) {
+        redaction->line = lineCount;
+        lines.resize(lineCount - 2);
+    }
     Report report = Parser(lines).Run();
+    report.lineCount = lineCount;
+    report.redaction = std::move(redaction);
     report.lineBreaks = std::move(breaks);
     return report;
 }

@@ -125,6 +125,15 @@ std::string RegistryValueLine(const RegistryValue& v) {
     return "\t" + v.name + kRegistryValueSeparator.narrow + (v.number ? SignedText(*v.number) : v.text.value_or(""));
 }
 
+std::string RedactionLine(const std::vector<std::string>& kinds) {
+    std::string line(kRedactedLead.Narrow());
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+        if (i > 0) line += kRedactedSeparator.narrow;
+        line += kinds[i];
+    }
+    return line;
+}
+
 std::string_view DirectoryKindName(DirectoryKind kind) {
     switch (kind) {
         case DirectoryKind::Current: return "current";
@@ -229,6 +238,10 @@ std::vector<std::string> RecognisedLines(const Report& r) {
         AddDirectory(lines, d);
     }
     addRegistryData();
+    if (r.redaction) {
+        lines.emplace_back();
+        lines.push_back(RedactionLine(r.redaction->kinds));
+    }
     return lines;
 }
 

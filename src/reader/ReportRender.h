@@ -32,6 +32,7 @@ std::string ContentLine(const std::string& content);
 std::string_view DirectoryTitle(DirectoryKind kind);  // "Current directory"; nothing for the registry's
 std::string DirectoryHeadingLine(const Directory& directory);
 std::string RegistryValueLine(const RegistryValue& value);
+std::string RedactionLine(const std::vector<std::string>& kinds);  // "Redacted: user, keyword"
 
 // Every recognised line in the report's order (no unrecognised ones).
 std::vector<std::string> RecognisedLines(const Report& report);

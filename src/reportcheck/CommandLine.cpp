@@ -169,6 +169,13 @@ const NativeString* Arguments::Value(const Option& option) const {
     return nullptr;
 }
 
+std::vector<NativeString> Arguments::Values(const Option& option) const {
+    std::vector<NativeString> values;
+    for (const auto& given : options_)
+        if (given.first == &option) values.push_back(given.second);
+    return values;
+}
+
 void Arguments::AddOption(const Option& option, NativeString value) {
     options_.emplace_back(&option, std::move(value));
 }

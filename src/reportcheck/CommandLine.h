@@ -29,6 +29,8 @@ public:
     bool Has(const Option& option) const;
     // The last value given with the option; nullptr when it was not given.
     const NativeString* Value(const Option& option) const;
+    // Every value given with the option, in order.
+    std::vector<NativeString> Values(const Option& option) const;
     const std::vector<NativeString>& Operands() const { return operands_; }
 
     void AddOption(const Option& option, NativeString value = {});

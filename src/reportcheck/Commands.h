@@ -13,6 +13,7 @@ extern const Command kFindingsCommand;
 extern const Command kRulesCommand;
 extern const Command kPageCommand;
 extern const Command kRepairCommand;
+extern const Command kRedactCommand;
 
 // In the order reportcheck --help lists them. The first is the default:
 // "reportcheck FILE..." is "reportcheck check FILE...".
@@ -25,4 +26,5 @@ inline const Command* const kCommands[] = {
     &kRulesCommand,
     &kPageCommand,
     &kRepairCommand,
+    &kRedactCommand,
 };

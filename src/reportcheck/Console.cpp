@@ -235,9 +235,8 @@ std::optional<std::string> PathBytesUnlessText(const std::filesystem::path& path
     return hex;
 }
 
-bool WriteFileWhole(const NativeChar* path, std::string_view bytes, std::string& problem) {
+bool WriteFileWhole(const std::filesystem::path& target, std::string_view bytes, std::string& problem) {
     namespace fs = std::filesystem;
-    const fs::path target(path);
 #if defined(_WIN32)
     const int pid = _getpid();
 #else
@@ -252,8 +251,11 @@ bool WriteFileWhole(const NativeChar* path, std::string_view bytes, std::string&
     }
     std::error_code error;
     if (ok) fs::rename(partial, target, error);
-    if (ok && !error) return true;
-    problem = std::string("cannot be written (") + (ok ? error.message() : std::string(std::strerror(errno))) + ")";
-    fs::remove(partial, error);
-    return false;
+    if (!ok || error) {
+        const std::string reason = ok ? error.message() : std::string(std::strerror(errno));
+        fs::remove(partial, error);
+        problem = "cannot be written (" + reason + ")";
+        return false;
+    }
+    return true;
 }

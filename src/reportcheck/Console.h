@@ -63,4 +63,4 @@ bool ReadReportFile(const NativeChar* path, std::string& bytes, std::string& pro
 // Writes `bytes` to a temporary file beside `path` and renames it to `path`
 // once every byte is written: `path` holds the whole or is left as it was.
 // False with "cannot be written (REASON)" in `problem`.
-bool WriteFileWhole(const NativeChar* path, std::string_view bytes, std::string& problem);
+bool WriteFileWhole(const std::filesystem::path& target, std::string_view bytes, std::string& problem);

@@ -15,6 +15,7 @@ enum ExitStatus {
     kAllIntact = 0,        // (diff: no difference)
     kSomeAltered = 1,      // (diff: differences)
     kSomeNotAReport = 2,   // not a report, or cannot be read
+    kRedactionFailed = 3,  // redact: a replaced value survived; nothing written
     kUsageError = 64,      // the command line is wrong (sysexits.h's EX_USAGE)
 };
 

@@ -20,4 +20,7 @@ inline constexpr Option kRulesOption{"--rules", "DIR", "add the rules of DIR/*.s
 inline constexpr Option kTimeLimitOption{"--time-limit", "SECONDS", "stop a rule after that long (10)"};
 inline constexpr Option kMinSeverityOption{"--min-severity", "LEVEL", "leave out findings below LEVEL (info, warning, error)"};
 inline constexpr Option kDbOption{"--db", "FILE", "the report tables and findings into the SQLite file FILE"};
+// redact.
+inline constexpr Option kMapOption{"--map", "FILE", "pseudonyms of earlier runs from FILE, and this run's added to it"};
+inline constexpr Option kKeywordOption{"--keyword", "WORD", "replace WORD too, wherever it stands (again for more)"};
 inline constexpr Option kMarkdownOption{"--markdown", "", "every rule with its reasoning and query, as docs/rules.md"};

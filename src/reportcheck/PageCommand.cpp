@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <locale.h>
 #include <optional>
 #include <vector>
@@ -21,11 +20,6 @@
 #include "reportcheck/Options.h"
 #include "reportcheck/ReportDatabase.h"
 
-#if defined(_WIN32)
-#include <process.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace reportcheck {
 

@@ -857,6 +857,7 @@ TEST_F(ReportCheck, SubcommandsExplainThemselves) {
         {"diff", "diff [--json] [--ignore KINDS] OLD NEW"},
         {"collect", "collect [--db FILE] PATH..."},
         {"findings", "findings [--json] [--rules DIR] [--min-severity LEVEL] PATH..."},
+        {"redact", "redact [--map FILE] [--keyword WORD]... IN OUT"},
     };
     for (const auto& c : commands) {
         for (const char* help : {"--help", "-h"}) {
@@ -1573,4 +1574,207 @@ TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMa
                            "restored, out.txt not written\n");
     EXPECT_EQ(refused.status, 1);
     EXPECT_FALSE(fs::exists(root_ / "files" / "out.txt"));
+}
+
+// --- redact -------------------------------------------------------------------
+
+namespace {
+
+const std::string kRedactSynopsis = "redact [--map FILE] [--keyword WORD]... IN OUT";
+
+// The text with every original of a redact map file replaced by its
+// pseudonym, in any letter case, the longest original first: what the
+// redacted report shows where the original showed the value.
+std::string WithPseudonyms(std::string text, const std::string& mapText) {
+    std::vector<std::pair<std::string, std::string>> pairs;
+    std::istringstream lines(mapText);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t tab1 = line.find('\t'), tab2 = line.rfind('\t');
+        pairs.emplace_back(line.substr(tab1 + 1, tab2 - tab1 - 1), line.substr(tab2 + 1));
+    }
+    std::sort(pairs.begin(), pairs.end(), [](const auto& a, const auto& b) { return a.first.size() > b.first.size(); });
+    const auto lower = [](std::string t) {
+        for (char& c : t) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return t;
+    };
+    std::string out;
+    const std::string folded = lower(text);
+    for (std::size_t i = 0; i < text.size();) {
+        const auto match = std::find_if(pairs.begin(), pairs.end(),
+                                        [&](const auto& p) { return folded.compare(i, p.first.size(), lower(p.first)) == 0; });
+        if (match != pairs.end()) {
+            out += match->second;
+            i += match->first.size();
+        } else {
+            out += text[i++];
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, RedactWritesAReportThatSaysItWasRedacted) {
+    const std::string original = BuildReportFileBytes(std::u16string(kSampleReportBody.begin(), kSampleReportBody.end()));
+    Write("report.txt", original);
+    const Outcome outcome = Check({"redact", "--keyword", "suite", "report.txt", "redacted.txt"});
+    EXPECT_EQ(outcome.out, Lines({"redacted.txt: redacted (computer name, user, product id, hardware address, "
+                                  "adapter name, keyword)"}));
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(ReadFile(root_ / "files" / "report.txt"), original);  // IN as it was
+    EXPECT_EQ(Check({"redacted.txt"}).status, 0);                    // intact
+    const auto json = nlohmann::ordered_json::parse(Check({"show", "--json", "redacted.txt"}).out);
+    EXPECT_EQ(json["redaction"].dump(),
+              "{\"line\":70,\"kinds\":[\"computer name\",\"user\",\"product id\",\"hardware address\","
+              "\"adapter name\",\"keyword\"]}");
+    EXPECT_EQ(json["host"]["user"], "USER-0001");
+    EXPECT_EQ(json["installation"]["registry"]["InstallLocation"], "D:\\KEYWORD-0001");
+    EXPECT_TRUE(json["unrecognised"].empty());
+    // No map file unless asked for one.
+    std::vector<std::string> files;
+    for (const auto& entry : fs::directory_iterator(root_ / "files")) files.push_back(entry.path().filename().string());
+    std::sort(files.begin(), files.end());
+    EXPECT_EQ(files, (std::vector<std::string>{"redacted.txt", "report.txt"}));
+}
+
+// A value that cannot be hidden (here a user named like the times' digits)
+// is found by the check: its kind is named, nothing is written.
+TEST_F(ReportCheck, RedactWritesNothingWhenAValueWouldSurvive) {
+    Write("report.txt",
+          BuildReportFileBytes(u"\r\nHost:\r\n\tuser: 09:00\r\n\r\nOrvane Software installation:\r\n"
+                               u"* Current directory (C:\\x):\r\n"
+                               u"\t00000020          1\t07/03/2021  14:05:09\t08/03/2021  09:00:00\ta\t\r\n"));
+    const Outcome outcome = Check({"redact", "--map", "map.tsv", "report.txt", "redacted.txt"});
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, Said("reportcheck: report.txt: a value of the kind \"user\" would still stand in the "
+                                "redacted report; nothing written\n"));
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_FALSE(fs::exists(root_ / "files" / "redacted.txt"));
+    EXPECT_FALSE(fs::exists(root_ / "files" / "map.tsv"));
+}
+
+TEST_F(ReportCheck, RedactRefusesAnAlteredReportAndBadArguments) {
+    Write("altered.txt", AlteredAB());
+    Write("report.txt", kReportAB);
+    const Outcome altered = Check({"redact", "altered.txt", "out.txt"});
+    EXPECT_EQ(altered.err, Said("reportcheck: altered.txt: altered (trailer says 01024145, body gives 01024045): "
+                                "only an intact report is redacted\n"));
+    EXPECT_EQ(altered.status, 1);
+    EXPECT_FALSE(fs::exists(root_ / "files" / "out.txt"));
+    ExpectUsageError(Check({"redact", "report.txt", "report.txt"}),
+                     "redact: IN is never changed: OUT must be another file", "redact", kRedactSynopsis);
+    ExpectUsageError(Check({"redact", "--map", "out.txt", "report.txt", "out.txt"}),
+                     "redact: the map must be a file of its own, neither IN nor OUT", "redact", kRedactSynopsis);
+    ExpectUsageError(Check({"redact", "--keyword", "a\tb", "report.txt", "out.txt"}),
+                     "redact: a keyword holds no tab or line break", "redact", kRedactSynopsis);
+    Write("map.tsv", "user\tanne\n");
+    const Outcome badMap = Check({"redact", "--map", "map.tsv", "report.txt", "out.txt"});
+    EXPECT_EQ(badMap.err, Said("reportcheck: map.tsv: not a map of redact: line 1 is not "
+                               "\"<kind>\\t<original>\\t<pseudonym>\"\n"));
+    EXPECT_EQ(badMap.status, 2);
+    EXPECT_FALSE(fs::exists(root_ / "files" / "out.txt"));
+}
+
+// Two reports of one machine redacted with one map compare as the originals
+// do, with pseudonyms where the originals show the values.
+TEST_F(ReportCheck, RedactedReportsOfOneMachineDiffAsTheOriginals) {
+    std::string later = kSampleReportBody;
+    later.replace(later.find("\tuser: anne"), 12, "\tuser: bob");
+    later.replace(later.find("       4753"), 11, "       4999");
+    const auto bytes = [](const std::string& body) {
+        return BuildReportFileBytes(std::u16string(body.begin(), body.end()));
+    };
+    Write("before.txt", bytes(kSampleReportBody));
+    Write("after.txt", bytes(later));
+    ASSERT_EQ(Check({"redact", "--map", "map.tsv", "before.txt", "before-redacted.txt"}).status, 0);
+    ASSERT_EQ(Check({"redact", "--map", "map.tsv", "after.txt", "after-redacted.txt"}).status, 0);
+    const std::string map = ReadFile(root_ / "files" / "map.tsv");
+    EXPECT_EQ(map, "computer name\tPC1\tHOST-0001\nuser\tanne\tUSER-0001\nproduct id\t12345-oem-0000001-54321\t"
+                   "XXXXX-XXX-XXXXXXX-00001\nadapter name\t{00000002-0000-0000-0000-4E6574446576}\tADAPTER-0001\n"
+                   "hardware address\t02-FC-00-00-00-01\t02-00-00-00-00-01\nuser\tbob\tUSER-0002\n");
+    for (const char* json : {"", "--json"}) {
+        std::vector<std::string> original{"diff", "before.txt", "after.txt"}, redacted{"diff", "before-redacted.txt",
+                                                                                       "after-redacted.txt"};
+        if (*json) {
+            original.insert(original.begin() + 1, json);
+            redacted.insert(redacted.begin() + 1, json);
+        }
+        const Outcome a = Check(original), b = Check(redacted);
+        EXPECT_EQ(b.status, a.status);
+        std::string expected = WithPseudonyms(a.out, map);
+        for (const auto& [from, to] : {std::pair<std::string, std::string>{"before.txt", "before-redacted.txt"},
+                                       {"after.txt", "after-redacted.txt"}})
+            for (std::size_t at = expected.find(from); at != std::string::npos; at = expected.find(from, at + to.size()))
+                expected.replace(at, from.size(), to);
+        if (*json)  // the checksums are each file's own
+            EXPECT_EQ(nlohmann::ordered_json::parse(b.out)["changes"],
+                      nlohmann::ordered_json::parse(expected)["changes"]);
+        else
+            EXPECT_EQ(b.out, expected);
+        EXPECT_NE(b.out.find("USER-0002"), std::string::npos) << b.out;
+    }
+}
+
+// The rules find in a redacted report what they find in its original, at
+// the same lines, with pseudonyms where the original's values stood; the
+// page is made of it as of any report.
+TEST_F(ReportCheck, RedactedReportsGiveTheSameFindingsAndAPage) {
+    REQUIRE_SOURCE_TREE();
+    for (const auto& entry : fs::directory_iterator(kFixtures)) {
+        const std::string name = entry.path().filename().string();
+        if (name.find("altered") != std::string::npos) continue;  // redact takes intact reports only
+        fs::copy_file(entry.path(), root_ / "files" / name);
+        const std::string redacted = "redacted-" + name;
+        const Outcome redact = Check({"redact", "--map", name + ".map", name, redacted});
+        ASSERT_EQ(redact.status, 0) << name << redact.err;
+        const Outcome original = Check({"findings", "--json", name});
+        const Outcome after = Check({"findings", "--json", redacted});
+        EXPECT_EQ(after.status, original.status) << name;
+        auto expected = nlohmann::ordered_json::parse(WithPseudonyms(original.out, ReadFile(root_ / "files" / (name + ".map"))));
+        expected["reports"][0]["path"] = redacted;
+        EXPECT_EQ(nlohmann::ordered_json::parse(after.out), expected) << name;
+        const Outcome page = Check({"page", "--lang", "en", redacted});
+        EXPECT_EQ(page.status, 0) << name << page.err;
+        EXPECT_NE(page.out.find("\"verdict\":\"intact\""), std::string::npos) << name;
+    }
+}
+
+// A report the program made under Wine, redacted with a keyword: none of the
+// values replaced stands in the file's bytes in any letter case (read as
+// UTF-16 and as UTF-8), and every other field is the original's, field by
+// field through show --json.
+TEST_F(ReportCheck, ARedactedReportOfTheProgramHoldsNoOriginalAndKeepsTheRest) {
+    REQUIRE_SOURCE_TREE();
+    fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data/wine-report.txt",
+                  root_ / "files" / "report.txt");
+    const Outcome redact = Check({"redact", "--map", "map.tsv", "--keyword", "Bench", "report.txt", "redacted.txt"});
+    ASSERT_EQ(redact.status, 0) << redact.err;
+    const std::string map = ReadFile(root_ / "files" / "map.tsv");
+    const auto lower = [](std::string t) {
+        for (char& c : t) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return t;
+    };
+    const std::string bytes = ReadFile(root_ / "files" / "redacted.txt");
+    std::string units;  // the UTF-16 text's low bytes: the report's values here are ASCII
+    for (std::size_t i = 2; i < bytes.size(); i += 2) units += bytes[i];
+    std::istringstream lines(map);
+    int originals = 0;
+    for (std::string line; std::getline(lines, line); ++originals) {
+        const std::string original = line.substr(line.find('\t') + 1, line.rfind('\t') - line.find('\t') - 1);
+        std::string utf16;
+        for (char c : lower(original)) utf16 += std::string{c, '\0'};
+        EXPECT_EQ(lower(units).find(lower(original)), std::string::npos) << line;
+        EXPECT_EQ(lower(bytes).find(lower(original)), std::string::npos) << line;
+        EXPECT_EQ(lower(bytes).find(utf16), std::string::npos) << line;
+    }
+    EXPECT_EQ(originals, 11) << map;  // VM, root, the product id, 4 adapters' names, 3 addresses, the keyword
+    auto original = nlohmann::ordered_json::parse(WithPseudonyms(Check({"show", "--json", "report.txt"}).out, map));
+    auto redacted = nlohmann::ordered_json::parse(Check({"show", "--json", "redacted.txt"}).out);
+    EXPECT_EQ(redacted["integrity"]["verdict"], "intact");
+    EXPECT_EQ(redacted["redaction"]["kinds"].dump(),
+              "[\"computer name\",\"user\",\"product id\",\"hardware address\",\"adapter name\",\"keyword\"]");
+    for (auto* json : {&original, &redacted})
+        for (const char* key : {"integrity", "lineCount", "redaction"}) json->erase(key);
+    EXPECT_EQ(redacted, original);
 }

@@ -1,0 +1,93 @@
+// `reportcheck redact`: a report with the values that say who and where the
+// customer is replaced by pseudonyms, so that it can leave their machine.
+//
+// Works on the model: the values to hide are read from their typed fields
+// (host names, the user, the accounts of the access lists, the product id,
+// the adapters' names, addresses and DNS suffixes) and the keywords given;
+// then every text of the model, the unrecognised lines included, has each of
+// them replaced wherever it stands, in any letter case. Numbers, times and
+// the other fixed forms are kept as they are, so the redacted body is still
+// a report of the same form.
+//
+// The same value always gets the same pseudonym: within a report through
+// the map, and across reports when the map is kept in a file (PseudonymMap).
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "reader/ReportModel.h"
+
+namespace report_redact {
+
+// The kinds of value, in the order of report_model::kRedactionKinds.
+enum class Kind { ComputerName, Domain, User, Account, ProductId, HardwareAddress, AdapterName, DnsSuffix, Keyword };
+inline constexpr std::size_t kKindCount = 9;
+static_assert(std::size(report_model::kRedactionKinds) == kKindCount);
+
+std::string_view KindName(Kind kind);  // "computer name", as the marker says it
+
+// The text with its letters in lower case, byte for byte as long: ASCII,
+// Latin-1, Latin Extended-A, Greek and Cyrillic capitals are folded, which
+// all keep their UTF-8 length, so that a position in the folded text is
+// the same position in the text.
+std::string FoldCase(std::string_view text);
+
+// original -> pseudonym, for each kind. A map file holds one mapping a line,
+// "<kind>\t<original>\t<pseudonym>", in the order they were made.
+class PseudonymMap {
+public:
+    // Adds the mappings of a map file's text; false and `problem` (naming
+    // the line, not its values) when a line is not one.
+    bool Read(std::string_view text, std::string& problem);
+    std::string Text() const;
+
+    // The original's pseudonym, made now when it has none yet. Originals
+    // are told apart whatever their letter case.
+    const std::string& PseudonymOf(Kind kind, std::string_view original);
+    // Whether the text holds one of the map's pseudonyms: a value of a
+    // report redacted before, left as it is.
+    bool HoldsPseudonym(std::string_view text) const;
+    std::vector<std::string> Pseudonyms() const;
+
+private:
+    struct Mapping {
+        Kind kind;
+        std::string original, pseudonym;
+    };
+    void Add(Mapping mapping);
+    std::vector<Mapping> mappings_;
+    std::unordered_map<std::string, std::size_t> byOriginal_;  // kind number, tab, folded original
+    std::unordered_set<std::string> pseudonyms_;               // folded, so that no two meet
+    std::array<unsigned, kKindCount> made_{};
+};
+
+// One value that the redaction replaced.
+struct Replacement {
+    Kind kind;
+    std::string original, pseudonym;
+};
+
+struct Redacted {
+    report_model::Report report;        // with its marker
+    std::vector<Replacement> replaced;  // every value found, the keywords included
+};
+
+// Values and keywords must not hold a tab or a line break (a map file's
+// separators): the command line refuses such a keyword.
+Redacted RedactReport(const report_model::Report& report, const std::vector<std::string>& keywords, PseudonymMap& map);
+
+// The tool checking its own work on the body it is about to write, read
+// back: the kind of the first replaced value or keyword still found in it,
+// in any letter case and as part of a longer text; nothing when none
+// survives. The pseudonyms and the marker are set apart, and a value with a
+// letter is searched in the body's values only (the labels are the report's
+// own words, and a keyword may be one of them).
+std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced);
+
+}  // namespace report_redact
