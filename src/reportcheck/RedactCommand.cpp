@@ -44,12 +44,12 @@ std::string ReadKeywords(const Arguments& arguments, std::vector<std::string>& k
 bool ReadMap(const fs::path& path, report_redact::PseudonymMap& map) {
     std::error_code error;
     if (!fs::exists(path, error)) return true;
-    std::string bytes;
-    int readError = 0;
-    std::string problem;
-    if (!ReadWholeFile(path.c_str(), bytes, readError)) problem = CannotBeRead(readError);
-    else if (!map.Read(bytes, problem)) problem = "not a map of redact: " + problem;
-    if (problem.empty()) return true;
+    // Read as a report is: a regular file of bounded size, never a pipe.
+    std::string bytes, problem;
+    if (ReadReportFile(path.c_str(), bytes, problem)) {
+        if (map.Read(bytes, problem)) return true;
+        problem = "not a map of redact: " + problem;
+    }
     Complain(PathText(path), problem);
     return false;
 }

@@ -4,7 +4,7 @@ const { defineConfig } = require('@playwright/test');
 
 module.exports = defineConfig({
   testDir: '.',
-  testMatch: '*.spec.js',
+  testMatch: '*.test.js',
   outputDir: process.env.DIAG_PAGE_TEST_OUTPUT || require('path').join(require('os').tmpdir(), 'diag-page-results'),
   workers: 2,
   fullyParallel: true,
