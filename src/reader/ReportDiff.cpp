@@ -349,6 +349,12 @@ bool VerdictsMatter(const ReportSide& a, const ReportSide& b) {
     return a.verdict.state != ReportState::Intact || b.verdict.state != ReportState::Intact;
 }
 
+// A report's text as a person sees it: a lone surrogate as one U+FFFD, as
+// in the JSON, then every control character escaped (TerminalText.h).
+std::string Shown(std::string_view text) {
+    return ForTerminal(WithoutLoneSurrogates(text));
+}
+
 const char* KindName(ChangeKind kind) {
     switch (kind) {
         case ChangeKind::Changed: return "changed";
@@ -378,22 +384,22 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
         }
         // Names and values come from the reports: shown, never obeyed (TerminalText.h).
         text += "\t";
-        if (!c.subject.empty()) text += ForTerminal(c.subject) + ": ";
+        if (!c.subject.empty()) text += Shown(c.subject) + ": ";
         switch (c.kind) {
             case ChangeKind::Added:
             case ChangeKind::Removed:
                 text += KindName(c.kind);
                 if (const auto& v = c.kind == ChangeKind::Added ? c.newValue : c.oldValue; v && !v->empty())
-                    text += " (" + ForTerminal(*v) + ")";
+                    text += " (" + Shown(*v) + ")";
                 break;
             case ChangeKind::Changed:
-                text += ForTerminal(c.field) + ": " + ForTerminal(c.oldValue.value_or("(none)")) + " \u2192 " +
-                        ForTerminal(c.newValue.value_or("(none)"));
+                text += Shown(c.field) + ": " + Shown(c.oldValue.value_or("(none)")) + " \u2192 " +
+                        Shown(c.newValue.value_or("(none)"));
                 break;
         }
         text += "\n";
     }
-    return WithoutLoneSurrogates(text);
+    return text;
 }
 
 namespace {

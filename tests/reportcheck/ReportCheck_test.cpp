@@ -504,7 +504,8 @@ TEST_F(ReportCheck, DiffTextGoesOnPastANul) {
     Write("after.txt", SavedReport(Replaced(Replaced(kSampleReportBody, "\tuser: anne", std::string("\tuser: ro\0ot", 12)),
                                             "\tVersionBuild: 1042", "\tVersionBuild: 1043")));
     const Outcome outcome = Check({"diff", "before.txt", "after.txt"});
-    EXPECT_EQ(outcome.out, std::string("Host:\n\tuser: anne \u2192 ro\0ot\n", 28) +
+    // The NUL stands escaped, as every control character of a report does.
+    EXPECT_EQ(outcome.out, "Host:\n\tuser: anne \u2192 ro\\x00ot\n"
                                "Orvane Software installation:\n"
                                "\tRegistry installation data: VersionBuild: 1042 \u2192 1043\n");
 }
