@@ -6,6 +6,7 @@
 #include <new>
 #include <system_error>
 
+#include "format/NumberText.h"
 #include "reader/TerminalText.h"
 
 #if defined(_WIN32)
@@ -226,12 +227,8 @@ std::optional<std::string> PathBytesUnlessText(const std::filesystem::path& path
     if (report_model::IsWellFormedUtf8(name)) return std::nullopt;
     const std::string& bytes = name;
 #endif
-    static constexpr char kHexDigits[] = "0123456789abcdef";
     std::string hex;
-    for (const char byte : bytes) {
-        hex += kHexDigits[static_cast<unsigned char>(byte) >> 4];
-        hex += kHexDigits[static_cast<unsigned char>(byte) & 0xF];
-    }
+    for (const char byte : bytes) hex += numtext::Hex<char>(static_cast<unsigned char>(byte), 2, false);
     return hex;
 }
 
