@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "FuzzCheck.h"
+#include "format/LineForms.h"
 #include "reader/ReportModel.h"
 #include "reader/ReportRedact.h"
 #include "reader/ReportRender.h"
@@ -33,6 +34,20 @@ std::vector<std::string> ReplacedFields(const Report& r) {
         fields.push_back(a.dnsSuffix.value_or(""));
     }
     return fields;
+}
+
+// Whether a heading stands among the unrecognised lines: a section or the
+// registry data given twice, as a value's line break can forge it. The
+// reader then sets aside the lines that read as that heading's own, and
+// where that run ends depends on their text, which redaction changes.
+bool HasDisplacedHeading(const Report& report) {
+    using namespace lineform;
+    for (const UnrecognisedLine& u : report.unrecognised)
+        for (std::string_view heading :
+             {kProgramHeading.Narrow(), kHostHeading.Narrow(), kWindowsHeading.Narrow(), kHardwareHeading.Narrow(),
+              kNetworkHeading.Narrow(), kInstallationHeading.Narrow(), kRegistryDataHeading.Narrow()})
+            if (u.text == heading) return true;
+    return false;
 }
 
 }  // namespace
@@ -58,11 +73,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (FindSurvivor(written, redacted.replaced)) return 0;  // refused: nothing would be written
     const Report reread = ParseReportBody(written);
     FUZZ_CHECK(reread.redaction.has_value());
-    FUZZ_CHECK(reread.unrecognised.size() == original.unrecognised.size());
+    // Past a displaced heading the structure read back may differ (above).
+    const bool stableStructure = !HasDisplacedHeading(original);
+    if (stableStructure) FUZZ_CHECK(reread.unrecognised.size() == original.unrecognised.size());
     for (const std::string& field : ReplacedFields(reread))
         for (const Replacement& r : redacted.replaced)
             FUZZ_CHECK(r.kind == Kind::Keyword || field.empty() || FoldCase(field) != FoldCase(r.original));
     const Redacted again = RedactReport(reread, keywords, map);
-    FUZZ_CHECK(RenderReportBody(again.report) == written);
+    if (stableStructure) FUZZ_CHECK(RenderReportBody(again.report) == written);
     return 0;
 }
