@@ -1555,13 +1555,15 @@ TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMa
         if (!(original[i] == '\r' && original[i + 1] == '\0')) lf += original.substr(i, 2);
     Write("lf.txt", lf);
     const Outcome checked = Check({"check", "lf.txt"});
-    EXPECT_EQ(checked.out, "lf.txt: altered (trailer says 14244c76, body gives 6f090968); line breaks converted "
-                           "from CR LF to LF (reportcheck repair restores it)\n");
+    EXPECT_EQ(checked.out, std::string("lf.txt: altered (trailer says 14244c76, body gives 6f090968); line breaks "
+                                       "converted from CR LF to LF (reportcheck repair restores it)") +
+                               kNewline);
     EXPECT_EQ(checked.status, 1);
 
     const Outcome repaired = Check({"repair", "lf.txt", "restored.txt"});
-    EXPECT_EQ(repaired.out, "restored.txt: intact (checksum 14244c76), restored from lf.txt (undone: line breaks "
-                            "converted from CR LF to LF)\n");
+    EXPECT_EQ(repaired.out, std::string("restored.txt: intact (checksum 14244c76), restored from lf.txt (undone: "
+                                        "line breaks converted from CR LF to LF)") +
+                                kNewline);
     EXPECT_EQ(repaired.status, 0);
     EXPECT_EQ(ReadFile(root_ / "files" / "restored.txt"), original);
     EXPECT_EQ(ReadFile(root_ / "files" / "lf.txt"), lf);
@@ -1571,8 +1573,9 @@ TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMa
     Write("edited.txt", edited);
     const Outcome refused = Check({"repair", "edited.txt", "out.txt"});
     EXPECT_EQ(refused.out, "");
-    EXPECT_EQ(refused.err, "reportcheck: edited.txt: altered (trailer says 14244c76, body gives 14274c76): cannot be "
-                           "restored, out.txt not written\n");
+    EXPECT_EQ(refused.err, std::string("reportcheck: edited.txt: altered (trailer says 14244c76, body gives "
+                                       "14274c76): cannot be restored, out.txt not written") +
+                               kNewline);
     EXPECT_EQ(refused.status, 1);
     EXPECT_FALSE(fs::exists(root_ / "files" / "out.txt"));
 }
