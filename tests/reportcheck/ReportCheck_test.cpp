@@ -27,7 +27,7 @@
 #include <winioctl.h>
 
 #include <chrono>
-#include <optional>
+#include <functional>
 #include <thread>
 
 #include "../support/Wine.h"
@@ -861,7 +861,7 @@ TEST_F(ReportCheck, CollectReadsOverlappingPathsOnce) {
 }
 
 #if defined(_WIN32)
-// --- Junctions, symbolic links and locked folders under Windows --------------
+// --- Junctions and symbolic links to folders under Windows ------------------
 
 namespace {
 
@@ -897,6 +897,28 @@ bool IsLinkToFolder(const fs::path& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & link) == link;
 }
 
+// Runs a program of the Unix host in `folder`, from a test under Wine, which
+// starts one as it starts a Windows program but gives no handle to wait on:
+// the run is taken as done when `done` says so, and as failed after 10 s.
+bool RunUnixProgram(const fs::path& folder, std::wstring commandLine, const std::function<bool()>& done) {
+    const std::wstring program = L"Z:\\bin\\" + commandLine.substr(0, commandLine.find(L' '));
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
+                          folder.c_str(), &startup, &process))
+        return false;
+    // No process handle for a Unix program, nor then a thread handle.
+    const w32::ScopedHandle ownedProcess(process.hProcess);
+    const w32::ScopedHandle ownedThread(process.hProcess ? process.hThread : nullptr);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
 // Links to folders a test makes, and removes before its folder goes: the C++
 // library's remove_all would walk through them (and round a loop for ever).
 class FolderLinks {
@@ -907,7 +929,8 @@ public:
     ~FolderLinks() {
         for (const Made& made : made_) {
             if (made.unix)
-                RunUnix(made.link.parent_path(), L"rm -- " + made.link.filename().wstring(), made.link, false);
+                RunUnixProgram(made.link.parent_path(), L"rm -- " + made.link.filename().wstring(),
+                               [&] { return !IsLinkToFolder(made.link); });
             else
                 ::RemoveDirectoryW(made.link.c_str());  // the link, not what it leads to
         }
@@ -931,7 +954,8 @@ public:
         // it starts a Windows one.
         std::wstring relative = target.wstring();
         std::replace(relative.begin(), relative.end(), L'\\', L'/');
-        if (!RunUnix(link.parent_path(), L"ln -s -- " + relative + L" " + link.filename().wstring(), link, true))
+        if (!RunUnixProgram(link.parent_path(), L"ln -s -- " + relative + L" " + link.filename().wstring(),
+                            [&] { return IsLinkToFolder(link); }))
             return "not made (" + why + "; Unix ln made nothing)";
         made_.push_back({link, true});
         return "Unix symbolic link (" + why + ")";
@@ -969,59 +993,7 @@ private:
         return IsLinkToFolder(link);  // what is there, not what was said
     }
 
-    // Runs a Unix program of the host in `folder` (Wine gives no handle to
-    // wait on for one): done when the link is there, or gone, or after 10 s.
-    static bool RunUnix(const fs::path& folder, std::wstring commandLine, const fs::path& link, bool makes) {
-        const std::wstring program = L"Z:\\bin\\" + commandLine.substr(0, commandLine.find(L' '));
-        STARTUPINFOW startup{};
-        startup.cb = sizeof(startup);
-        PROCESS_INFORMATION process{};
-        if (!::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
-                              folder.c_str(), &startup, &process))
-            return false;
-        // Wine gives no process handle for a Unix program, nor then a thread handle.
-        const w32::ScopedHandle ownedProcess(process.hProcess);
-        const w32::ScopedHandle ownedThread(process.hProcess ? process.hThread : nullptr);
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (IsLinkToFolder(link) != makes) {
-            if (std::chrono::steady_clock::now() > deadline) return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        return true;
-    }
-
     std::vector<Made> made_;
-};
-
-// A folder whose access list grants nothing, given back full access when the
-// test ends (its folder must then be removed).
-class LockedFolder {
-public:
-    explicit LockedFolder(fs::path path) : path_(std::move(path)) {
-        fs::create_directories(path_);
-        ACL nothing{};
-        ::InitializeAcl(&nothing, sizeof(nothing), ACL_REVISION);
-        locked_ = SetAccessList(&nothing, PROTECTED_DACL_SECURITY_INFORMATION) == ERROR_SUCCESS;
-    }
-    LockedFolder(const LockedFolder&) = delete;
-    LockedFolder& operator=(const LockedFolder&) = delete;
-    ~LockedFolder() { SetAccessList(nullptr, UNPROTECTED_DACL_SECURITY_INFORMATION); }
-
-    // Whether the system keeps even the folder's owner from listing it.
-    bool Denies() const {
-        WIN32_FIND_DATAW found;
-        w32::ScopedFind find(::FindFirstFileW((path_ / L"*").c_str(), &found));
-        return locked_ && !find;
-    }
-
-private:
-    DWORD SetAccessList(ACL* list, SECURITY_INFORMATION protection) {
-        return ::SetNamedSecurityInfoW(const_cast<wchar_t*>(path_.c_str()), SE_FILE_OBJECT,
-                                       DACL_SECURITY_INFORMATION | protection, nullptr, nullptr, list, nullptr);
-    }
-
-    fs::path path_;
-    bool locked_ = false;
 };
 
 }  // namespace
@@ -1065,25 +1037,93 @@ TEST_F(ReportCheck, CollectFollowsNoJunctionOrLinkToAFolder) {
     EXPECT_EQ(outcome.status, 0);
 }
 
-// Wine keeps a folder's access list but does not enforce it, and the Unix
-// mode it maps it to does not stop root, which runs these tests here: under
-// Wine the test cannot make a folder it cannot read, and skips, saying so.
+#endif
+
+namespace {
+
+// A folder no one but an administrator (or root) may list, given back to its
+// owner when the test ends (its folder must then be removed): on Windows an
+// access list that grants nothing, on Linux mode 000.
+class LockedFolder {
+public:
+    explicit LockedFolder(fs::path path) : path_(std::move(path)) {
+        fs::create_directories(path_);
+#if defined(_WIN32)
+        ACL nothing{};
+        ::InitializeAcl(&nothing, sizeof(nothing), ACL_REVISION);
+        locked_ = SetAccessList(&nothing, PROTECTED_DACL_SECURITY_INFORMATION) == ERROR_SUCCESS;
+        // Wine keeps the list without enforcing it, but a Unix mode that
+        // denies reading is Wine's "access denied" (Wine shows mode 000 as
+        // read-only).
+        unixMode_ = !Denies() && testsupport::RunningUnderWine() && SetUnixMode(L"000", true);
+#else
+        locked_ = ::chmod(path_.c_str(), 0) == 0;
+#endif
+    }
+    LockedFolder(const LockedFolder&) = delete;
+    LockedFolder& operator=(const LockedFolder&) = delete;
+    ~LockedFolder() {
+#if defined(_WIN32)
+        SetAccessList(nullptr, UNPROTECTED_DACL_SECURITY_INFORMATION);
+        if (unixMode_) SetUnixMode(L"700", false);
+#else
+        ::chmod(path_.c_str(), 0700);
+#endif
+    }
+
+    // Whether the system keeps this test, the folder's owner, from listing it.
+    bool Denies() const {
+        std::error_code error;
+        fs::directory_iterator listing(path_, error);
+        return locked_ && error;
+    }
+
+private:
+#if defined(_WIN32)
+    DWORD SetAccessList(ACL* list, SECURITY_INFORMATION protection) {
+        return ::SetNamedSecurityInfoW(const_cast<wchar_t*>(path_.c_str()), SE_FILE_OBJECT,
+                                       DACL_SECURITY_INFORMATION | protection, nullptr, nullptr, list, nullptr);
+    }
+
+    bool SetUnixMode(const std::wstring& mode, bool readOnly) {
+        return RunUnixProgram(path_.parent_path(), L"chmod " + mode + L" -- " + path_.filename().wstring(), [&] {
+            const DWORD attributes = ::GetFileAttributesW(path_.c_str());
+            return attributes != INVALID_FILE_ATTRIBUTES && ((attributes & FILE_ATTRIBUTE_READONLY) != 0) == readOnly;
+        });
+    }
+
+    bool unixMode_ = false;
+#endif
+
+    fs::path path_;
+    bool locked_ = false;
+};
+
+}  // namespace
+
+// Root lists any folder whatever its mode, under Wine too (which keeps an
+// access list without enforcing it; LockedFolder then sets the Unix mode):
+// where the tests run as root the test cannot make a folder it cannot read,
+// and skips, saying so.
 TEST_F(ReportCheck, CollectSaysWhichSubfolderCannotBeRead) {
     fs::create_directories(root_ / "files" / "inbox");
     Write("inbox/pc1.txt", SavedReport(kTinyBody));
     const LockedFolder locked(root_ / "files" / "inbox" / "locked");
     if (!locked.Denies())
-        GTEST_SKIP() << "this system lets the folder's owner list a folder whose access list grants nothing "
-                        "(Wine does not enforce access lists)";
+        GTEST_SKIP() << "this system lets the test list a folder locked to it (run as root?)";
+#if defined(_WIN32)
+    const std::string shown = "inbox\\locked", json = "inbox\\\\locked", next = "inbox\\\\pc1.txt";
+#else
+    const std::string shown = "inbox/locked", json = shown, next = "inbox/pc1.txt";
+#endif
     const Outcome outcome = Check({"collect", "inbox"});
-    EXPECT_EQ(outcome.err, std::string("reportcheck: inbox\\locked: cannot be read (Permission denied)") + kNewline);
-    const std::string start = "{\"path\":\"inbox\\\\locked\",\"pathBytes\":null,\"verdict\":\"unreadable\","
+    EXPECT_EQ(outcome.err, "reportcheck: " + shown + ": cannot be read (Permission denied)" + kNewline);
+    const std::string start = "{\"path\":\"" + json + "\",\"pathBytes\":null,\"verdict\":\"unreadable\","
                               "\"reason\":\"cannot be read (Permission denied)\",\"copyOf\":null,\"report\":null}\n"
-                              "{\"path\":\"inbox\\\\pc1.txt\",";
+                              "{\"path\":\"" + next + "\",";
     EXPECT_EQ(outcome.out.substr(0, start.size()), start);
     EXPECT_EQ(outcome.status, 2);
 }
-#endif
 
 TEST_F(ReportCheck, SubcommandsExplainThemselves) {
     const struct {
