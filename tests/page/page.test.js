@@ -343,7 +343,18 @@ test.describe('comparison page', () => {
     await expect(table.locator('.count')).toHaveText('10 of 700 shown');
     await expectPage(690, 699, 'Page 1 of 1');
     await table.getByLabel('Filter').fill('');
+    await expectPage(301, 500, 'Page 1 of 2');
 
+    // A line's link shows the whole report again, on the page its row stands on.
+    await table.getByRole('button', { name: 'Next page' }).click();
+    await table.locator('tr', { hasText: name(650) }).locator('a.line-link').click();
+    await expect(page.getByLabel('Show changes only')).not.toBeChecked();
+    await expect(table.locator('.count')).toHaveText('700 of 700 shown');
+    await expectPage(601, 700, 'Page 4 of 4');
+    await expect(table.locator('tr', { hasText: name(650) })).toHaveClass(/target/);
+
+    await page.getByLabel('Show changes only').check();
+    await expectPage(301, 500, 'Page 1 of 2');
     await page.getByLabel('Show changes only').uncheck();
     await expect(table.locator('.count')).toHaveText('700 of 700 shown');
     await expectPage(1, 200, 'Page 1 of 4');
