@@ -1037,6 +1037,18 @@ TEST_F(ReportCheck, CollectFollowsNoJunctionOrLinkToAFolder) {
     EXPECT_EQ(outcome.status, 0);
 }
 
+
+// Windows names a file in any letter case: the same folder and file, however
+// the arguments spell them, are read once.
+TEST_F(ReportCheck, CollectReadsOnceWhatArgumentsNameInAnotherCase) {
+    fs::create_directories(root_ / "files" / "inbox" / "sub");
+    Write("inbox/sub/pc1.txt", SavedReport(kTinyBody));
+    const Outcome outcome = Check({"collect", "inbox", "INBOX\\SUB", "Inbox\\Sub\\PC1.TXT"});
+    EXPECT_EQ(outcome.err, std::string("reportcheck: INBOX\\SUB: skipped (already read)") + kNewline +
+                               "reportcheck: Inbox\\Sub\\PC1.TXT: skipped (already read)" + kNewline);
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
+    EXPECT_EQ(outcome.status, 0);
+}
 #endif
 
 namespace {
