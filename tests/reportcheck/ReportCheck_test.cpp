@@ -10,13 +10,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "../format/TransitDamageFixtures.h"
 #include "../reader/SampleReport.h"
+#include "../support/TestFolder.h"
 #include "format/ReportChecksum.h"
 #include "reader/ReportModel.h"
 #include "reader/ReportTables.h"
@@ -97,16 +97,10 @@ struct Outcome {
 
 class ReportCheck : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        root_ = fs::temp_directory_path() / ("reportcheck-" + test + "-" + std::to_string(std::random_device{}()));
-        fs::create_directories(root_ / "files");
-    }
+    void SetUp() override { fs::create_directories(root_ / "files"); }
 
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(root_, ignored);
-    }
+    // Every test leaves nothing behind, whatever it made.
+    void TearDown() override { EXPECT_EQ(folder_.Remove(), ""); }
 
     // Writes a file, named in UTF-8, into the folder the checker runs in.
     void Write(const std::string& name, const std::string& bytes) {
@@ -178,7 +172,10 @@ protected:
         return outcome;
     }
 
-    fs::path root_;
+    static std::string TestName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
+
+    const testsupport::TestFolder folder_{"reportcheck-" + TestName()};
+    const fs::path root_ = folder_.Path();
     int runs_ = 0;
 };
 
