@@ -28,7 +28,7 @@ int RunShow(const Arguments& arguments) {
     // reserved but never written cost no memory.
     compact.reserve(loaded.fileSize * 3 + 64 * 1024);
     report_model::JsonWriter json(compact);
-    report_model::WriteReportJson(json, loaded.report, loaded.verdict);
+    report_model::WriteReportJson(json, loaded.report, loaded.verdict, loaded.modified);
     compact += '\n';
     const int status = StatusOf(loaded);
     loaded = LoadedReport();

@@ -1,0 +1,180 @@
+// The report's time as data: the header's date and time in every form the
+// machines' locales print, day and month settled by the report's own file
+// times where they can be, and times that cannot be given no ISO.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "reader/ReportModel.h"
+#include "reader/ReportTime.h"
+
+using namespace report_model;
+
+namespace {
+
+using Readings = std::vector<std::string>;
+
+Report WithHeader(const std::string& dateAndTime) {
+    Report report;
+    report.header.present = true;
+    report.header.text = "Orvane Software system report on " + dateAndTime;
+    return report;
+}
+
+// A report listing one entry with these times, as the report prints them.
+Report WithEntry(const std::string& dateAndTime, const std::string& created, const std::string& written) {
+    Report report = WithHeader(dateAndTime);
+    DirectoryEntry entry;
+    entry.created.printed = created;
+    entry.written.printed = written;
+    report.installation.directories.push_back({DirectoryKind::Standard, "C:\\Suite", {entry}, 40});
+    return report;
+}
+
+// Seconds since 1970 of a UTC time, for the report file's own time.
+constexpr std::int64_t kMay10th2026Noon = 1778414400;  // 2026-05-10T12:00:00Z
+constexpr std::int64_t kJune1st2026 = 1780272000;      // 2026-06-01T00:00:00Z
+constexpr std::int64_t kJanuary1st2027 = 1798761600;   // 2027-01-01T00:00:00Z
+
+// The reading with no file times, as "iso|settled by|readings".
+std::string Read(const Report& report, std::optional<std::int64_t> fileModified = std::nullopt) {
+    const std::optional<HeaderTime> time = ReadHeaderTime(report, fileModified);
+    if (!time) return "no time";
+    std::string text = time->iso.value_or("-") + "|" +
+                       (time->settledBy ? std::string(SettledByName(*time->settledBy)) : "-") + "|";
+    for (const std::string& reading : time->readings) text += reading + ";";
+    return text;
+}
+
+std::string Read(const std::string& dateAndTime) {
+    return Read(WithHeader(dateAndTime));
+}
+
+}  // namespace
+
+TEST(HeaderTime, ReadsEveryLocaleFormOfTheTrial) {
+    EXPECT_EQ(Read("11/16/2026 9:12:00 AM"), "2026-11-16T09:12:00|date|2026-11-16T09:12:00;");
+    EXPECT_EQ(Read("23/11/2026 19:50:05"), "2026-11-23T19:50:05|date|2026-11-23T19:50:05;");
+    EXPECT_EQ(Read("23.11.2026 19:50:06"), "2026-11-23T19:50:06|date|2026-11-23T19:50:06;");
+    EXPECT_EQ(Read("11/23/26 19:24:16"), "2026-11-23T19:24:16|date|2026-11-23T19:24:16;");
+    EXPECT_EQ(Read("2026-11-23 19:50:05"), "2026-11-23T19:50:05|date|2026-11-23T19:50:05;");
+}
+
+TEST(HeaderTime, ReadsTheOtherCommonForms) {
+    EXPECT_EQ(Read("2026/11/23 19:50:05"), "2026-11-23T19:50:05|date|2026-11-23T19:50:05;");
+    EXPECT_EQ(Read("2026.11.23. 19:50:05"), "2026-11-23T19:50:05|date|2026-11-23T19:50:05;");
+    EXPECT_EQ(Read("2026.1.5 7:05:09"), "2026-01-05T07:05:09|date|2026-01-05T07:05:09;");
+    EXPECT_EQ(Read("23-11-2026 19:50:05"), "2026-11-23T19:50:05|date|2026-11-23T19:50:05;");
+    EXPECT_EQ(Read("23.11.26 19.50.05"), "2026-11-23T19:50:05|date|2026-11-23T19:50:05;");
+    EXPECT_EQ(Read("7/7/2026 10:00:00"), "2026-07-07T10:00:00|date|2026-07-07T10:00:00;");
+    EXPECT_EQ(Read("31/12/99 23:59:59"), "1999-12-31T23:59:59|date|1999-12-31T23:59:59;");
+    EXPECT_EQ(Read("31/12/68 23:59:59"), "2068-12-31T23:59:59|date|2068-12-31T23:59:59;");
+}
+
+TEST(HeaderTime, ReadsTheTwelveHourClock) {
+    EXPECT_EQ(Read("11/16/2026 9:12:00 PM"), "2026-11-16T21:12:00|date|2026-11-16T21:12:00;");
+    EXPECT_EQ(Read("11/16/2026 12:00:00 AM"), "2026-11-16T00:00:00|date|2026-11-16T00:00:00;");
+    EXPECT_EQ(Read("11/16/2026 12:30:00 PM"), "2026-11-16T12:30:00|date|2026-11-16T12:30:00;");
+    EXPECT_EQ(Read("11/16/2026 11:59:59 p.m."), "2026-11-16T23:59:59|date|2026-11-16T23:59:59;");
+    EXPECT_EQ(Read("11/16/2026 1:00:00 am"), "2026-11-16T01:00:00|date|2026-11-16T01:00:00;");
+}
+
+TEST(HeaderTime, DayAndMonthThatReadBothWaysAreAmbiguousWithoutFileTimes) {
+    EXPECT_EQ(Read("05/11/2026 10:00:00"), "-|-|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+    EXPECT_EQ(Read("5.11.2026 10:00:00"), "-|-|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+    EXPECT_EQ(Read("01/02/70 10:00:00 AM"), "-|-|1970-02-01T10:00:00;1970-01-02T10:00:00;");
+}
+
+TEST(HeaderTime, AListedFileWrittenLaterRulesOutTheEarlierReading) {
+    // Written on 1 September: the report was not made on 11 May.
+    const Report report = WithEntry("05/11/2026 10:00:00", "01/09/2026  08:00:00", "01/09/2026  08:00:00");
+    EXPECT_EQ(Read(report), "2026-11-05T10:00:00|file times|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+}
+
+TEST(HeaderTime, AListedFileCreatedLaterRulesOutTheEarlierReading) {
+    // A copied file: written long ago, created (copied) in September.
+    const Report report = WithEntry("05/11/2026 10:00:00", "01/09/2026  08:00:00", "01/01/2020  08:00:00");
+    EXPECT_EQ(Read(report), "2026-11-05T10:00:00|file times|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+}
+
+TEST(HeaderTime, TheReportFileWrittenEarlierRulesOutTheLaterReading) {
+    EXPECT_EQ(Read(WithHeader("05/11/2026 10:00:00"), kJune1st2026),
+              "2026-05-11T10:00:00|file times|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+}
+
+TEST(HeaderTime, FileTimesGetADayOfSlackForTimeZones) {
+    // Ten hours after the 5 November reading: another time zone, not a
+    // contradiction; the 11 May reading is still months before it.
+    EXPECT_EQ(Read(WithEntry("05/11/2026 10:00:00", "05/11/2026  20:00:00", "05/11/2026  20:00:00")),
+              "2026-11-05T10:00:00|file times|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+    // The file saved 22 hours before the 11 May reading by the reader's clock.
+    EXPECT_EQ(Read(WithHeader("05/11/2026 10:00:00"), kMay10th2026Noon),
+              "2026-05-11T10:00:00|file times|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+}
+
+TEST(HeaderTime, FileTimesThatAllowBothOrNeitherLeaveItAmbiguous) {
+    const Report both = WithEntry("05/11/2026 10:00:00", "01/02/2025  08:00:00", "01/02/2025  08:00:00");
+    EXPECT_EQ(Read(both, kJanuary1st2027), "-|-|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+    const Report neither = WithEntry("05/11/2026 10:00:00", "01/02/2027  08:00:00", "01/02/2027  08:00:00");
+    EXPECT_EQ(Read(neither), "-|-|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+    // An entry whose time cannot be is no evidence.
+    const Report impossible = WithEntry("05/11/2026 10:00:00", "31/02/2026  25:61:61", "31/02/2026  25:61:61");
+    EXPECT_EQ(Read(impossible), "-|-|2026-11-05T10:00:00;2026-05-11T10:00:00;");
+}
+
+TEST(HeaderTime, FileTimesDoNotOverrideADateThatReadsOneWay) {
+    EXPECT_EQ(Read(WithHeader("23/11/2026 19:50:05"), kJune1st2026), "2026-11-23T19:50:05|date|2026-11-23T19:50:05;");
+}
+
+TEST(HeaderTime, ImpossibleDatesAndTimesGiveNoIso) {
+    EXPECT_EQ(Read("31/02/2026 10:00:00"), "-|-|");
+    EXPECT_EQ(Read("23/11/2026 25:61:61"), "-|-|");
+    EXPECT_EQ(Read("13/13/2026 10:00:00"), "-|-|");
+    EXPECT_EQ(Read("2026-13-01 10:00:00"), "-|-|");
+    EXPECT_EQ(Read("29/02/2025 10:00:00"), "-|-|");
+    EXPECT_EQ(Read("00/01/2026 10:00:00"), "-|-|");
+    EXPECT_EQ(Read("0000-01-01 10:00:00"), "-|-|");
+    EXPECT_EQ(Read("11/16/2026 13:00:00 PM"), "-|-|");
+    EXPECT_EQ(Read("11/16/2026 0:00:00 AM"), "-|-|");
+    // One reading impossible, the other real: that one is certain.
+    EXPECT_EQ(Read("29/02/2024 10:00:00"), "2024-02-29T10:00:00|date|2024-02-29T10:00:00;");
+    EXPECT_EQ(Read("04/31/2026 10:00:00"), "-|-|");
+}
+
+TEST(HeaderTime, AHeaderWithNoTimeInAKnownFormHasNone) {
+    Report empty;
+    empty.header.present = true;  // a header too long for its buffer is written empty
+    EXPECT_EQ(Read(empty), "no time");
+    EXPECT_EQ(Read(Report()), "no time");
+    EXPECT_EQ(Read(""), "no time");
+    EXPECT_EQ(Read("Monday"), "no time");
+    EXPECT_EQ(Read("23/11/2026"), "no time");
+    EXPECT_EQ(Read("23/11/2026 19:50"), "no time");
+    EXPECT_EQ(Read("23/11/2026 19:50:05 tomorrow"), "no time");
+    EXPECT_EQ(Read("23/11-2026 19:50:05"), "no time");
+    EXPECT_EQ(Read("123/11/2026 19:50:05"), "no time");
+    EXPECT_EQ(Read("23/11/12026 19:50:05"), "no time");
+    EXPECT_EQ(Read("2026/11/23/1 19:50:05"), "no time");
+    EXPECT_EQ(Read("23/11/2026 19:50:05:01"), "no time");
+    Report other = WithHeader("23/11/2026 19:50:05");
+    other.header.text = "Another program's report on 23/11/2026 19:50:05";
+    EXPECT_EQ(Read(other), "no time");
+}
+
+TEST(ReportTime, EntryTimesThatCannotBeGiveNoIso) {
+    EXPECT_EQ(IsoFromReportTime("07/03/2021  14:05:09"), "2021-03-07T14:05:09");
+    EXPECT_EQ(IsoFromReportTime("29/02/2024  23:59:59"), "2024-02-29T23:59:59");
+    EXPECT_EQ(IsoFromReportTime("01/01/1601  00:00:00"), "1601-01-01T00:00:00");
+    EXPECT_EQ(IsoFromReportTime("31/02/2026  25:61:61"), "");
+    EXPECT_EQ(IsoFromReportTime("31/02/2026  10:00:00"), "");
+    EXPECT_EQ(IsoFromReportTime("29/02/2025  00:00:00"), "");
+    EXPECT_EQ(IsoFromReportTime("00/01/2026  00:00:00"), "");
+    EXPECT_EQ(IsoFromReportTime("01/13/2026  00:00:00"), "");
+    EXPECT_EQ(IsoFromReportTime("01/01/0000  00:00:00"), "");
+    EXPECT_EQ(IsoFromReportTime("01/01/2026  24:00:00"), "");
+    EXPECT_EQ(IsoFromReportTime("01/01/2026  23:60:00"), "");
+    EXPECT_EQ(IsoFromReportTime("01/01/2026  23:59:60"), "");
+}
