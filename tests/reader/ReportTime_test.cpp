@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "SampleReport.h"
+#include "reader/ReportJson.h"
 #include "reader/ReportModel.h"
 #include "reader/ReportTime.h"
 
@@ -177,4 +179,75 @@ TEST(ReportTime, EntryTimesThatCannotBeGiveNoIso) {
     EXPECT_EQ(IsoFromReportTime("01/01/2026  24:00:00"), "");
     EXPECT_EQ(IsoFromReportTime("01/01/2026  23:60:00"), "");
     EXPECT_EQ(IsoFromReportTime("01/01/2026  23:59:60"), "");
+}
+
+namespace {
+
+std::string ReplacedOnce(std::string text, const std::string& what, const std::string& with) {
+    return text.replace(text.find(what), what.size(), with);
+}
+
+ReportVerdict Intact() {
+    ReportVerdict verdict;
+    verdict.state = ReportState::Intact;
+    return verdict;
+}
+
+}  // namespace
+
+TEST(ReportTime, AnEntryWhoseTimeCannotBeIsStillAnEntryWithNoIso) {
+    const std::string body = ReplacedOnce(kSampleReportBody, "07/03/2021  14:05:09", "31/02/2026  25:61:61");
+    const Report report = ParseReportBody(Utf16FromUtf8(body));
+    EXPECT_TRUE(report.unrecognised.empty());
+    const DirectoryEntry& entry = report.installation.directories[0].entries[1];
+    EXPECT_EQ(entry.created.printed, "31/02/2026  25:61:61");
+    EXPECT_EQ(entry.created.iso, "");
+    EXPECT_EQ(entry.written.iso, "2021-03-08T09:00:00");
+    EXPECT_EQ(Utf8FromUtf16(RenderReportBody(report)), body);
+    const auto json = ReportToJson(report, Intact())["installation"]["directories"][0]["entries"][1];
+    EXPECT_EQ(json["created"], "31/02/2026  25:61:61");
+    EXPECT_TRUE(json["createdIso"].is_null());
+    EXPECT_EQ(json["writtenIso"], "2021-03-08T09:00:00");
+}
+
+TEST(ReportTime, JsonGivesTheHeadersTime) {
+    const Report report = ParseReportBody(Utf16FromUtf8(kSampleReportBody));
+    EXPECT_EQ(ReportToJson(report, Intact())["header"].dump(),
+              R"({"text":"Orvane Software system report on 11/22/26 14:36:06","blankLineAfter":true,)"
+              R"("time":{"iso":"2026-11-22T14:36:06","certain":true,"settledBy":"date",)"
+              R"("readings":["2026-11-22T14:36:06"]}})");
+}
+
+// The sample with the header's time and its latest entries' time replaced.
+Report Sample(const std::string& header, const std::string& latestEntries) {
+    std::string body = ReplacedOnce(kSampleReportBody, "11/22/26 14:36:06", header);
+    const std::string latest = "22/11/2026  14:33:45";
+    for (std::size_t at = body.find(latest); at != std::string::npos; at = body.find(latest, at + latest.size()))
+        body.replace(at, latest.size(), latestEntries);
+    return ParseReportBody(Utf16FromUtf8(body));
+}
+
+TEST(ReportTime, JsonGivesBothReadingsOfAnAmbiguousDateAndWhatSettlesIt) {
+    // Files written on 22 November: neither reading is after them.
+    EXPECT_EQ(ReportToJson(Sample("05/11/2026 10:00:00", "22/11/2026  14:33:45"), Intact())["header"]["time"].dump(),
+              R"({"iso":null,"certain":false,"settledBy":null,)"
+              R"("readings":["2026-11-05T10:00:00","2026-05-11T10:00:00"]})");
+    // Written on 1 September: the 11 May reading is ruled out.
+    EXPECT_EQ(ReportToJson(Sample("05/11/2026 10:00:00", "01/09/2026  14:33:45"), Intact())["header"]["time"].dump(),
+              R"({"iso":"2026-11-05T10:00:00","certain":true,"settledBy":"file times",)"
+              R"("readings":["2026-11-05T10:00:00","2026-05-11T10:00:00"]})");
+    // Written on 1 February, the report file saved on 1 June: 5 November is
+    // ruled out.
+    const Report february = Sample("05/11/2026 10:00:00", "01/02/2026  14:33:45");
+    EXPECT_EQ(ReportToJson(february, Intact(), kJune1st2026)["header"]["time"].dump(),
+              R"({"iso":"2026-05-11T10:00:00","certain":true,"settledBy":"file times",)"
+              R"("readings":["2026-11-05T10:00:00","2026-05-11T10:00:00"]})");
+}
+
+TEST(ReportTime, JsonGivesNoTimeWithoutAHeaderAndNoIsoForAnImpossibleOne) {
+    // A header too long for its buffer is written as nothing at all.
+    const Report empty = ParseReportBody(Utf16FromUtf8(kSampleReportBody.substr(kSampleReportBody.find("\nProgram:"))));
+    EXPECT_EQ(ReportToJson(empty, Intact())["header"].dump(), "null");
+    EXPECT_EQ(ReportToJson(Sample("31/02/2026 10:00:00", "22/11/2026  14:33:45"), Intact())["header"]["time"].dump(),
+              R"({"iso":null,"certain":false,"settledBy":null,"readings":[]})");
 }

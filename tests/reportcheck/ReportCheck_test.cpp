@@ -386,7 +386,7 @@ TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
     const Outcome outcome = Check({"show", "--json", "tiny.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 2,\n"
+              "  \"schemaVersion\": 3,\n"
               "  \"integrity\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"6f090968\",\n"
@@ -516,7 +516,7 @@ TEST_F(ReportCheck, DiffAsJson) {
     const Outcome outcome = Check({"diff", "--json", "before.txt", "after.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 2,\n"
+              "  \"schemaVersion\": 3,\n"
               "  \"old\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"14244c76\",\n"
@@ -582,7 +582,7 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     const std::string sep = "/";
 #endif
     const std::string model =
-        "{\"schemaVersion\":2,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
+        "{\"schemaVersion\":3,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
         "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
         "\"lineCount\":5,\"header\":null,\"program\":{\"name\":\"A\",\"version\":\"%N\",\"directory\":\"C:\\\\X\","
         "\"elevated\":false,\"blankLineBefore\":true},\"host\":null,\"windows\":null,\"hardware\":null,"
@@ -591,13 +591,15 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
                           const std::string& version) {
         std::string m = Replaced(Replaced(Replaced(model, "%V", verdict), "%B", body), "%N", version);
         return "{\"path\":\"" + path + "\",\"pathBytes\":null,\"verdict\":\"" + verdict +
-               "\",\"reason\":null,\"copyOf\":null,\"report\":" + m + "}\n";
+               "\",\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+               "\"report\":" + m + "}\n";
     };
     const Outcome outcome = Check({"collect", "fleet"});
     EXPECT_EQ(outcome.out, line("fleet" + sep + "a" + sep + "pc1.txt", "intact", "14244c76", "1") +
                                "{\"path\":\"fleet" + sep +
                                "notes.txt\",\"pathBytes\":null,\"verdict\":\"not a report\",\"reason\":\"not a "
-                               "report (no UTF-16 byte-order mark)\",\"copyOf\":null,\"report\":null}\n" +
+                               "report (no UTF-16 byte-order mark)\",\"copyOf\":null,"
+                               "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}\n" +
                                line("fleet" + sep + Utf8(u8"\u00e9t\u00e9") + sep + "pc2.txt", "altered",
                                     "14274c76", "2"));
     EXPECT_EQ(outcome.err, "reportcheck: fleet" + std::string(sep == "/" ? "/" : "\\") +
@@ -743,9 +745,11 @@ TEST_F(ReportCheck, CollectStaysInItsFoldersAndReadsEachFileOnce) {
     std::getline(lines, second);
     std::getline(lines, rest);
     const std::string linked = "{\"path\":\"inbox/link-to-file.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
-                               "\"reason\":null,\"copyOf\":null,\"report\":{";
+                               "\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,"
+                               "\"latest\":false,\"report\":{";
     const std::string copy = "{\"path\":\"inbox/sub/pc1.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
-                             "\"reason\":null,\"copyOf\":\"inbox/link-to-file.txt\",\"report\":{";
+                             "\"reason\":null,\"copyOf\":\"inbox/link-to-file.txt\",\"machine\":null,"
+                             "\"time\":null,\"latest\":false,\"report\":{";
     EXPECT_EQ(first.substr(0, linked.size()), linked);
     EXPECT_EQ(second.substr(0, copy.size()), copy);
     EXPECT_EQ(rest, "");
@@ -934,7 +938,7 @@ TEST_F(ReportCheck, AFileNamedLikeAnOptionFollowsTheEndOfOptions) {
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 1);
     const Outcome shown = Check({"show", "--json", "--", "-x"});
-    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 2,\n", 0), 0u) << shown.out;
+    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 3,\n", 0), 0u) << shown.out;
     EXPECT_EQ(shown.status, 0);
 }
 
@@ -999,13 +1003,15 @@ TEST_F(ReportCheck, CollectGoesOnPastFilesThatCannotBeRead) {
     std::getline(lines, third);
     std::getline(lines, rest);
     EXPECT_EQ(first, "{\"path\":\"fleet/a-broken-link.txt\",\"pathBytes\":null,\"verdict\":\"unreadable\","
-                     "\"reason\":\"cannot be read (No such file or directory)\",\"copyOf\":null,\"report\":null}");
+                     "\"reason\":\"cannot be read (No such file or directory)\",\"copyOf\":null,"
+                     "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}");
     const std::string intact =
         "{\"path\":\"fleet/b.txt\",\"pathBytes\":null,\"verdict\":\"intact\",\"reason\":null,\"copyOf\":null,"
-        "\"report\":{";
+        "\"machine\":null,\"time\":null,\"latest\":false,\"report\":{";
     EXPECT_EQ(second.substr(0, intact.size()), intact);
     EXPECT_EQ(third, "{\"path\":\"fleet/c-pipe\",\"pathBytes\":null,\"verdict\":\"unreadable\",\"reason\":\"cannot "
-                     "be read (not a regular file)\",\"copyOf\":null,\"report\":null}");
+                     "be read (not a regular file)\",\"copyOf\":null,"
+                     "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}");
     EXPECT_EQ(rest, "");
     EXPECT_EQ(outcome.status, 2);
 }
@@ -1075,25 +1081,33 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
 }
 
 TEST_F(ReportCheck, FleetExampleRunsOnCollectedTables) {
-    // Three machines; the third still has the older tool.dll.
-    const auto machine = [](const std::string& name, const std::string& version) {
+    // Five machines. PC3 had the older tool.dll a week ago and has the
+    // current one in its latest report; PC4's report with the older one was
+    // altered; PC5 alone has another version in its only, intact report.
+    const auto machine = [](const std::string& name, const std::string& version, const std::string& made) {
         std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
                                     "\tname: " + name + " (WORKGROUP\\" + name + ")");
+        body = Replaced(body, "11/22/26 14:36:06", made);
         return Replaced(body, "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n",
                         "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
                         "\t00000020     130444\t22/11/2026  14:33:33\t22/11/2026  14:33:33\ttool.dll\t" +
                             version + "\n");
     };
+    std::string altered = SavedReport(machine("PC4", "9.2.0.7", "11/22/26 14:36:06"));
+    altered[altered.find(std::string("W\0O\0R\0K", 7))] = 'V';
     fs::create_directories(root_ / "files" / "fleet" / "march");
-    Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0")));
-    Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0")));
-    Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7")));
+    Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0", "11/22/26 14:36:06")));
+    Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0", "11/22/26 14:36:06")));
+    Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7", "11/22/26 14:36:06")));
+    Write("fleet/pc3-a-week-later.txt", SavedReport(machine("PC3", "9.3.1.0", "11/29/26 09:00:00")));
+    Write("fleet/pc4.txt", altered);
+    Write("fleet/pc5.txt", SavedReport(machine("PC5", "9.1.0.0", "11/22/26 14:36:06")));
     const Outcome collected = Check({"collect", "--db", "fleet.db", "fleet"});
-    ASSERT_EQ(collected.status, 0) << collected.err;
+    ASSERT_EQ(collected.status, 1) << collected.err;
     const std::string command = "cd '" + (root_ / "files").string() + "' && sqlite3 fleet.db < '" +
                                 REPORTCHECK_SOURCE_DIR + "/docs/examples/other-versions.sql' >answer.txt 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "answer.txt");
-    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC3|tool.dll|9.2.0.7\n");
+    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC5|tool.dll|9.1.0.0\n");
 }
 #endif
 
@@ -1352,14 +1366,18 @@ TEST_F(ReportCheck, DatabasesOfOthersOrOtherVersionsAreRefused) {
     EXPECT_EQ(foreign.status, 2);
     EXPECT_TRUE(ReadFile(root_ / "files" / "other.db") == other);
     ASSERT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 0);
-    ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 fleet.db 'PRAGMA user_version = 2;'").c_str()), 0);
-    const std::string fleet = ReadFile(root_ / "files" / "fleet.db");
-    const Outcome newer = Check({"findings", "fleet.db"});
-    EXPECT_EQ(newer.err,
-              "reportcheck: fleet.db: tables of schema version 2, this reportcheck reads version 1\n");
-    EXPECT_EQ(newer.status, 2);
-    EXPECT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 2);
-    EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
+    // A database of the version before (no report times), and one of a newer reportcheck.
+    for (const int version : {1, 3}) {
+        const std::string pragma = "PRAGMA user_version = " + std::to_string(version) + ";";
+        ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 fleet.db '" + pragma + "'").c_str()), 0);
+        const std::string fleet = ReadFile(root_ / "files" / "fleet.db");
+        const Outcome other = Check({"findings", "fleet.db"});
+        EXPECT_EQ(other.err, "reportcheck: fleet.db: tables of schema version " + std::to_string(version) +
+                                 ", this reportcheck reads version 2\n");
+        EXPECT_EQ(other.status, 2);
+        EXPECT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 2);
+        EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
+    }
 }
 #endif
 
