@@ -184,12 +184,14 @@ constexpr const char kInsertReport[] =
     "?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
 
 // Each machine's latest: the first of its intact reports of certain time,
-// latest first (ISO local times order as text).
+// latest first (ISO local times order as text). A machine with none gives
+// NULL, which IN would make NULL for every row: left out.
 constexpr const char kMarkLatest[] =
-    "UPDATE main.reports SET latest = (report IN ("
+    "UPDATE main.reports SET latest = (report IN (SELECT chosen FROM ("
     "SELECT (SELECT c.report FROM main.reports c WHERE c.host_name = m.host_name AND c.verdict = 'intact' "
-    "AND c.time IS NOT NULL ORDER BY c.time DESC, c.report LIMIT 1) "
-    "FROM (SELECT DISTINCT host_name FROM main.reports WHERE host_name IS NOT NULL) m))";
+    "AND c.time IS NOT NULL ORDER BY c.time DESC, c.report LIMIT 1) AS chosen "
+    "FROM (SELECT DISTINCT host_name FROM main.reports WHERE host_name IS NOT NULL) m) "
+    "WHERE chosen IS NOT NULL))";
 
 std::optional<std::string> IsoOrNull(const report_model::CalendarStamp& stamp) {
     return Optional(!stamp.iso.empty(), stamp.iso);

@@ -607,6 +607,167 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     EXPECT_EQ(outcome.status, 2);
 }
 
+// --- When a report was made --------------------------------------------------
+
+namespace {
+
+// The sample made by `machine` on `made` (the header's date and time), its
+// folder's own entries written at `listed` ("dd/mm/yyyy  hh:mm:ss").
+std::string MadeOn(const std::string& machine, const std::string& made, const std::string& listed) {
+    std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
+                                "\tname: " + machine + " (WORKGROUP\\" + machine + ")");
+    body = Replaced(body, "11/22/26 14:36:06", made);
+    body = Replaced(body, "22/11/2026  14:33:45\t22/11/2026  14:33:45", listed + "\t" + listed);
+    return SavedReport(body);
+}
+
+// Sets a file's last write, given in seconds since 1970 UTC.
+void SetWritten(const fs::path& path, std::int64_t seconds) {
+    const std::chrono::sys_seconds time{std::chrono::seconds{seconds}};
+    fs::last_write_time(path, fs::file_time_type::clock::from_sys(time));
+}
+
+constexpr std::int64_t kJune1st2026 = 1780272000;     // 2026-06-01T00:00:00Z
+constexpr std::int64_t kJanuary1st2027 = 1798761600;  // 2027-01-01T00:00:00Z
+
+// The "header" member of show --json's document, as printed.
+std::string HeaderOf(const std::string& shown) {
+    const std::size_t from = shown.find("  \"header\": ");
+    const std::size_t to = shown.find("  \"program\": ");
+    if (from == std::string::npos || to == std::string::npos) return shown;
+    return shown.substr(from, to - from);
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, ShowGivesTheHeadersTimeAndWhatSettledIt) {
+    Write("certain.txt", MadeOn("PC1", "11/16/2026 9:12:00 AM", "22/11/2026  14:33:45"));
+    // Day and month read both ways; files listed as written on 1 February.
+    Write("ambiguous.txt", MadeOn("PC1", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    Write("settled.txt", MadeOn("PC1", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    Write("impossible.txt", MadeOn("PC1", "31/02/2026 25:61:61", "22/11/2026  14:33:45"));
+    SetWritten(root_ / "files" / "ambiguous.txt", kJanuary1st2027);
+    // Saved on 1 June: the report was not made in November.
+    SetWritten(root_ / "files" / "settled.txt", kJune1st2026);
+    const auto header = [&](const std::string& made, const std::string& time) {
+        return "  \"header\": {\n"
+               "    \"text\": \"Orvane Software system report on " + made + "\",\n"
+               "    \"blankLineAfter\": true,\n"
+               "    \"time\": " + time + "\n"
+               "  },\n";
+    };
+    EXPECT_EQ(HeaderOf(Check({"show", "--json", "certain.txt"}).out),
+              header("11/16/2026 9:12:00 AM",
+                     "{\n      \"iso\": \"2026-11-16T09:12:00\",\n      \"certain\": true,\n"
+                     "      \"settledBy\": \"date\",\n      \"readings\": [\n        \"2026-11-16T09:12:00\"\n"
+                     "      ]\n    }"));
+    EXPECT_EQ(HeaderOf(Check({"show", "--json", "ambiguous.txt"}).out),
+              header("05/11/2026 10:00:00",
+                     "{\n      \"iso\": null,\n      \"certain\": false,\n      \"settledBy\": null,\n"
+                     "      \"readings\": [\n        \"2026-11-05T10:00:00\",\n        \"2026-05-11T10:00:00\"\n"
+                     "      ]\n    }"));
+    EXPECT_EQ(HeaderOf(Check({"show", "--json", "settled.txt"}).out),
+              header("05/11/2026 10:00:00",
+                     "{\n      \"iso\": \"2026-05-11T10:00:00\",\n      \"certain\": true,\n"
+                     "      \"settledBy\": \"file times\",\n      \"readings\": [\n"
+                     "        \"2026-11-05T10:00:00\",\n        \"2026-05-11T10:00:00\"\n      ]\n    }"));
+    EXPECT_EQ(HeaderOf(Check({"show", "--json", "impossible.txt"}).out),
+              header("31/02/2026 25:61:61",
+                     "{\n      \"iso\": null,\n      \"certain\": false,\n      \"settledBy\": null,\n"
+                     "      \"readings\": []\n    }"));
+}
+
+TEST_F(ReportCheck, CollectGivesEachReportsTimeAndMarksEachMachinesLatest) {
+    fs::create_directories(root_ / "files" / "fleet");
+    const std::string later = MadeOn("PC1", "11/29/26 09:00:00", "22/11/2026  14:33:45");
+    std::string altered = MadeOn("PC1", "12/13/26 09:00:00", "22/11/2026  14:33:45");
+    altered[altered.find(std::string("W\0O\0R\0K", 7))] = 'V';
+    Write("fleet/a.txt", MadeOn("PC1", "11/22/26 14:36:06", "22/11/2026  14:33:45"));
+    Write("fleet/b.txt", later);
+    Write("fleet/c.txt", later);    // a copy: its original is the one marked
+    Write("fleet/d.txt", altered);  // later, but altered
+    // PC2's only report reads both ways, and nothing settles it: no latest.
+    Write("fleet/e.txt", MadeOn("PC2", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    SetWritten(root_ / "files" / "fleet" / "e.txt", kJanuary1st2027);
+    // PC3's reads both ways, its files written in September settle it.
+    Write("fleet/f.txt", MadeOn("PC3", "05/11/2026 10:00:00", "01/09/2026  14:33:45"));
+    Write("fleet/g.txt", MadeOn("PC3", "31/02/2026 10:00:00", "22/11/2026  14:33:45"));
+    Write("fleet/h.txt", "notes");
+#if defined(_WIN32)
+    const std::string sep = "\\\\";  // as JSON writes a backslash
+#else
+    const std::string sep = "/";
+#endif
+    const auto certain = [](const std::string& iso, const std::string& by, const std::string& readings) {
+        return "{\"iso\":\"" + iso + "\",\"certain\":true,\"settledBy\":\"" + by + "\",\"readings\":[" + readings +
+               "]}";
+    };
+    const std::string both = "\"2026-11-05T10:00:00\",\"2026-05-11T10:00:00\"";
+    const auto line = [&](const std::string& name, const std::string& verdict, const std::string& copyOf,
+                          const std::string& machine, const std::string& time, bool latest) {
+        return "{\"path\":\"fleet" + sep + name + "\",\"pathBytes\":null,\"verdict\":\"" + verdict +
+               "\",\"reason\":null,\"copyOf\":" + copyOf + ",\"machine\":\"" + machine + "\",\"time\":" + time +
+               ",\"latest\":" + (latest ? "true" : "false") + ",\"report\":{";
+    };
+    const std::vector<std::string> expected = {
+        line("a.txt", "intact", "null", "PC1", certain("2026-11-22T14:36:06", "date", "\"2026-11-22T14:36:06\""),
+             false),
+        line("b.txt", "intact", "null", "PC1", certain("2026-11-29T09:00:00", "date", "\"2026-11-29T09:00:00\""),
+             true),
+        line("c.txt", "intact", "\"fleet" + sep + "b.txt\"", "PC1",
+             certain("2026-11-29T09:00:00", "date", "\"2026-11-29T09:00:00\""), false),
+        line("d.txt", "altered", "null", "PC1", certain("2026-12-13T09:00:00", "date", "\"2026-12-13T09:00:00\""),
+             false),
+        line("e.txt", "intact", "null", "PC2",
+             "{\"iso\":null,\"certain\":false,\"settledBy\":null,\"readings\":[" + both + "]}", false),
+        line("f.txt", "intact", "null", "PC3", certain("2026-11-05T10:00:00", "file times", both), true),
+        line("g.txt", "intact", "null", "PC3", "{\"iso\":null,\"certain\":false,\"settledBy\":null,\"readings\":[]}",
+             false),
+    };
+    const Outcome outcome = Check({"collect", "fleet"});
+    std::istringstream lines(outcome.out);
+    std::string text;
+    for (const std::string& start : expected) {
+        ASSERT_TRUE(std::getline(lines, text));
+        EXPECT_EQ(text.substr(0, start.size()), start);
+        // The line's time is the one its report's header gives.
+        const auto parsed = nlohmann::json::parse(text);
+        EXPECT_EQ(parsed["time"], parsed["report"]["header"]["time"]) << start;
+    }
+    ASSERT_TRUE(std::getline(lines, text));
+    EXPECT_EQ(text, "{\"path\":\"fleet" + sep + "h.txt\",\"pathBytes\":null,\"verdict\":\"not a report\","
+                    "\"reason\":\"not a report (no UTF-16 byte-order mark)\",\"copyOf\":null,\"machine\":null,"
+                    "\"time\":null,\"latest\":false,\"report\":null}" + (sep == "/" ? "" : "\r"));
+    EXPECT_FALSE(std::getline(lines, text));
+    EXPECT_EQ(outcome.status, 2);
+
+    // The same in the tables, and the mark moves to a newer report.
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 2);
+    const auto rows = [&] {
+        const std::u8string path = (root_ / "files" / "fleet.db").u8string();
+        sqlite::Connection db(std::string(path.begin(), path.end()), sqlite::OpenMode::ReadOnly);
+        sqlite::Statement query(db, "SELECT substr(path, 7) || '|' || ifnull(time, '-') || '|' || "
+                                    "ifnull(time_settled_by, '-') || '|' || latest FROM reports ORDER BY path");
+        std::string text;
+        while (query.Step()) text += query.Text(0) + "\n";
+        return text;
+    };
+    EXPECT_EQ(rows(),
+              "a.txt|2026-11-22T14:36:06|date|0\n"
+              "b.txt|2026-11-29T09:00:00|date|1\n"
+              "c.txt|2026-11-29T09:00:00|date|0\n"
+              "d.txt|2026-12-13T09:00:00|date|0\n"
+              "e.txt|-|-|0\n"
+              "f.txt|2026-11-05T10:00:00|file times|1\n"
+              "g.txt|-|-|0\n"
+              "h.txt|-|-|0\n");
+    Write("fleet/i.txt", MadeOn("PC3", "2026-12-24 08:00:00", "22/11/2026  14:33:45"));
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 0);  // only i.txt is read again
+    const std::string after = rows();
+    EXPECT_NE(after.find("f.txt|2026-11-05T10:00:00|file times|0\n"), std::string::npos) << after;
+    EXPECT_NE(after.find("i.txt|2026-12-24T08:00:00|date|1\n"), std::string::npos) << after;
+}
+
 TEST_F(ReportCheck, ShowReadsA50MegabyteReport) {
     // The sample with one line of 25 million characters among its entries:
     // 50 MB on disk, read whole, the long line kept as it is.
