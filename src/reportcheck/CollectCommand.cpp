@@ -177,25 +177,30 @@ public:
         return kSomeNotAReport;
     }
 
-    // Every line, each machine's latest marked; false when the temporary
-    // file failed (errno says why).
-    bool Finish() { return spoolFine_ && spool_.WriteOut(latest_.Marks(spool_.Count())); }
+    // Every line, each machine's latest marked; the error of the temporary
+    // file, 0 when it served.
+    int Finish() {
+        errno = 0;
+        if (spoolError_ == 0 && !spool_.WriteOut(latest_.Marks(spool_.Count()))) spoolError_ = errno ? errno : EIO;
+        return spoolError_;
+    }
 
 private:
     void Add(const fs::path& path, const LineFacts& facts) {
         std::size_t latestAt = 0;
         const std::string& line = CollectLine(path, facts, latestAt);
-        if (spoolFine_ && !spool_.Add(line, latestAt)) spoolFine_ = false;
+        errno = 0;
+        if (spoolError_ == 0 && !spool_.Add(line, latestAt)) spoolError_ = errno ? errno : EIO;
     }
 
     LineSpool spool_;
     CopyFinder copies_;
     LatestReports latest_;
-    bool spoolFine_ = true;
+    int spoolError_ = 0;
 };
 
-std::string SpoolProblem() {
-    return std::string("cannot keep the lines in a temporary file (") + std::strerror(errno) + ")";
+std::string SpoolProblem(int error) {
+    return std::string("cannot keep the lines in a temporary file (") + std::strerror(error) + ")";
 }
 
 int RunCollect(const Arguments& arguments) {
@@ -204,7 +209,7 @@ int RunCollect(const Arguments& arguments) {
         return UsageError(kCollectCommand, "--rules and --time-limit go with --db");
     OwnedFile spool = OpenScratchFile();
     if (!spool) {
-        Warn(SpoolProblem());
+        Warn(SpoolProblem(errno));
         return kSomeNotAReport;
     }
     BinaryOutput();
@@ -216,8 +221,9 @@ int RunCollect(const Arguments& arguments) {
                             .onProblem = [&](const fs::path& path,
                                              const std::string& problem) { return collector.Problem(path, problem); },
                             .onSkip = {}});
-    if (collector.Finish()) return status;
-    Warn(SpoolProblem());
+    const int spoolError = collector.Finish();
+    if (spoolError == 0) return status;
+    Warn(SpoolProblem(spoolError));
     return kSomeNotAReport;
 }
 
