@@ -34,8 +34,10 @@ namespace {
 
 #if defined(_WIN32)
 constexpr const char* kNewline = "\r\n";  // stdout in text mode, as on any Windows console program
+constexpr const char* kJsonPathSeparator = "\\\\";  // a backslash as JSON writes it
 #else
 constexpr const char* kNewline = "\n";
+constexpr const char* kJsonPathSeparator = "/";
 #endif
 
 std::string Utf8(std::u8string_view text) {
@@ -576,11 +578,7 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     Write("fleet/a/pc1.txt", report);
     Write(Utf8(u8"fleet/\u00e9t\u00e9/pc2.txt"), altered);
     Write("fleet/notes.txt", "notes");
-#if defined(_WIN32)
-    const std::string sep = "\\\\";  // as JSON writes a backslash
-#else
-    const std::string sep = "/";
-#endif
+    const std::string sep = kJsonPathSeparator;
     const std::string model =
         "{\"schemaVersion\":3,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
         "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
@@ -656,25 +654,22 @@ TEST_F(ReportCheck, ShowGivesTheHeadersTimeAndWhatSettledIt) {
                "    \"time\": " + time + "\n"
                "  },\n";
     };
-    EXPECT_EQ(HeaderOf(Check({"show", "--json", "certain.txt"}).out),
-              header("11/16/2026 9:12:00 AM",
-                     "{\n      \"iso\": \"2026-11-16T09:12:00\",\n      \"certain\": true,\n"
-                     "      \"settledBy\": \"date\",\n      \"readings\": [\n        \"2026-11-16T09:12:00\"\n"
-                     "      ]\n    }"));
-    EXPECT_EQ(HeaderOf(Check({"show", "--json", "ambiguous.txt"}).out),
-              header("05/11/2026 10:00:00",
-                     "{\n      \"iso\": null,\n      \"certain\": false,\n      \"settledBy\": null,\n"
-                     "      \"readings\": [\n        \"2026-11-05T10:00:00\",\n        \"2026-05-11T10:00:00\"\n"
-                     "      ]\n    }"));
-    EXPECT_EQ(HeaderOf(Check({"show", "--json", "settled.txt"}).out),
-              header("05/11/2026 10:00:00",
-                     "{\n      \"iso\": \"2026-05-11T10:00:00\",\n      \"certain\": true,\n"
-                     "      \"settledBy\": \"file times\",\n      \"readings\": [\n"
-                     "        \"2026-11-05T10:00:00\",\n        \"2026-05-11T10:00:00\"\n      ]\n    }"));
-    EXPECT_EQ(HeaderOf(Check({"show", "--json", "impossible.txt"}).out),
-              header("31/02/2026 25:61:61",
-                     "{\n      \"iso\": null,\n      \"certain\": false,\n      \"settledBy\": null,\n"
-                     "      \"readings\": []\n    }"));
+    const std::string both = "[\n        \"2026-11-05T10:00:00\",\n        \"2026-05-11T10:00:00\"\n      ]";
+    const struct {
+        std::string file, made, iso, certain, settledBy, readings;
+    } shown[] = {
+        {"certain", "11/16/2026 9:12:00 AM", "\"2026-11-16T09:12:00\"", "true", "\"date\"",
+         "[\n        \"2026-11-16T09:12:00\"\n      ]"},
+        {"ambiguous", "05/11/2026 10:00:00", "null", "false", "null", both},
+        {"settled", "05/11/2026 10:00:00", "\"2026-05-11T10:00:00\"", "true", "\"file times\"", both},
+        {"impossible", "31/02/2026 25:61:61", "null", "false", "null", "[]"},
+    };
+    for (const auto& s : shown) {
+        EXPECT_EQ(HeaderOf(Check({"show", "--json", s.file + ".txt"}).out),
+                  header(s.made, "{\n      \"iso\": " + s.iso + ",\n      \"certain\": " + s.certain +
+                                     ",\n      \"settledBy\": " + s.settledBy + ",\n      \"readings\": " +
+                                     s.readings + "\n    }"));
+    }
 }
 
 TEST_F(ReportCheck, CollectGivesEachReportsTimeAndMarksEachMachinesLatest) {
@@ -693,11 +688,7 @@ TEST_F(ReportCheck, CollectGivesEachReportsTimeAndMarksEachMachinesLatest) {
     Write("fleet/f.txt", MadeOn("PC3", "05/11/2026 10:00:00", "01/09/2026  14:33:45"));
     Write("fleet/g.txt", MadeOn("PC3", "31/02/2026 10:00:00", "22/11/2026  14:33:45"));
     Write("fleet/h.txt", "notes");
-#if defined(_WIN32)
-    const std::string sep = "\\\\";  // as JSON writes a backslash
-#else
-    const std::string sep = "/";
-#endif
+    const std::string sep = kJsonPathSeparator;
     const auto certain = [](const std::string& iso, const std::string& by, const std::string& readings) {
         return "{\"iso\":\"" + iso + "\",\"certain\":true,\"settledBy\":\"" + by + "\",\"readings\":[" + readings +
                "]}";
