@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -14,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "../format/TransitDamageFixtures.h"
 #include "../reader/SampleReport.h"
 #include "format/ReportChecksum.h"
 #include "reader/ReportModel.h"
@@ -21,6 +23,15 @@
 
 #if defined(_WIN32)
 #include <windows.h>
+#include <aclapi.h>
+#include <winioctl.h>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+#include "../support/Wine.h"
+#include "w32/Scoped.h"
 #else
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -1005,6 +1016,283 @@ TEST_F(ReportCheck, CollectReadsOverlappingPathsOnce) {
     EXPECT_EQ(outcome.err, std::string("reportcheck: inbox/sub: skipped (already read)") + kNewline);  // as named
 }
 
+#if defined(_WIN32)
+// --- Junctions and symbolic links to folders under Windows ------------------
+
+namespace {
+
+enum class FolderLinkKind { Junction, SymbolicLink };
+
+// A mount point's reparse data, as REPARSE_DATA_BUFFER of the driver kit's
+// ntifs.h lays it out (the SDK a program builds with does not declare it):
+// the target in the NT form "\??\C:\...", then the form shown to people.
+std::vector<BYTE> JunctionData(const std::wstring& target) {
+    const std::wstring nt = L"\\??\\" + target;
+    const std::size_t names = (nt.size() + 1 + target.size() + 1) * sizeof(wchar_t);
+    constexpr std::size_t kHeader = 8, kOffsets = 8;  // tag, length, reserved; then four offsets and lengths
+    std::vector<BYTE> data(kHeader + kOffsets + names, 0);
+    const auto put16 = [&](std::size_t at, std::size_t value) {
+        data[at] = static_cast<BYTE>(value & 0xFF);
+        data[at + 1] = static_cast<BYTE>(value >> 8);
+    };
+    const DWORD tag = IO_REPARSE_TAG_MOUNT_POINT;
+    std::memcpy(data.data(), &tag, sizeof tag);
+    put16(4, kOffsets + names);                                                // ReparseDataLength
+    put16(8, 0);                                                               // SubstituteNameOffset
+    put16(10, nt.size() * sizeof(wchar_t));                                    // SubstituteNameLength
+    put16(12, (nt.size() + 1) * sizeof(wchar_t));                              // PrintNameOffset
+    put16(14, target.size() * sizeof(wchar_t));                                // PrintNameLength
+    std::memcpy(data.data() + 16, nt.c_str(), nt.size() * sizeof(wchar_t));
+    std::memcpy(data.data() + 16 + (nt.size() + 1) * sizeof(wchar_t), target.c_str(), target.size() * sizeof(wchar_t));
+    return data;
+}
+
+bool IsLinkToFolder(const fs::path& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    const DWORD link = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & link) == link;
+}
+
+// Runs a program of the Unix host in `folder`, from a test under Wine, which
+// starts one as it starts a Windows program but gives no handle to wait on:
+// the run is taken as done when `done` says so, and as failed after 10 s.
+bool RunUnixProgram(const fs::path& folder, std::wstring commandLine, const std::function<bool()>& done) {
+    const std::wstring program = L"Z:\\bin\\" + commandLine.substr(0, commandLine.find(L' '));
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
+                          folder.c_str(), &startup, &process))
+        return false;
+    // No process handle for a Unix program, nor then a thread handle.
+    const w32::ScopedHandle ownedProcess(process.hProcess);
+    const w32::ScopedHandle ownedThread(process.hProcess ? process.hThread : nullptr);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+// Links to folders a test makes, and removes before its folder goes: the C++
+// library's remove_all would walk through them (and round a loop for ever).
+class FolderLinks {
+public:
+    FolderLinks() = default;
+    FolderLinks(const FolderLinks&) = delete;
+    FolderLinks& operator=(const FolderLinks&) = delete;
+    ~FolderLinks() {
+        for (const Made& made : made_) {
+            if (made.unix)
+                RunUnixProgram(made.link.parent_path(), L"rm -- " + made.link.filename().wstring(),
+                               [&] { return !IsLinkToFolder(made.link); });
+            else
+                ::RemoveDirectoryW(made.link.c_str());  // the link, not what it leads to
+        }
+    }
+
+    // Makes `link` lead to `target` (relative to the link's folder) as
+    // `kind`; says how it was made, or why it could not be.
+    std::string Make(FolderLinkKind kind, const fs::path& link, const fs::path& target) {
+        const fs::path absolute = (link.parent_path() / target).lexically_normal();
+        DWORD refused = 0;
+        if (kind == FolderLinkKind::Junction ? MakeJunction(link, absolute, refused) : MakeSymbolicLink(link, target, refused)) {
+            made_.push_back({link, false});
+            return kind == FolderLinkKind::Junction ? "junction" : "symbolic link";
+        }
+        const std::string why = std::string(kind == FolderLinkKind::Junction ? "FSCTL_SET_REPARSE_POINT" : "CreateSymbolicLinkW") +
+                                (refused == ERROR_SUCCESS ? ": said done, made nothing" : ": error " + std::to_string(refused));
+        if (!testsupport::RunningUnderWine()) return "not made (" + why + ")";
+        // Wine 8 makes neither (no reparse points; CreateSymbolicLinkW says
+        // yes and makes nothing), but it shows a Unix symbolic link to a
+        // folder as Windows shows a junction, and starts a Unix program as
+        // it starts a Windows one.
+        std::wstring relative = target.wstring();
+        std::replace(relative.begin(), relative.end(), L'\\', L'/');
+        if (!RunUnixProgram(link.parent_path(), L"ln -s -- " + relative + L" " + link.filename().wstring(),
+                            [&] { return IsLinkToFolder(link); }))
+            return "not made (" + why + "; Unix ln made nothing)";
+        made_.push_back({link, true});
+        return "Unix symbolic link (" + why + ")";
+    }
+
+private:
+    struct Made {
+        fs::path link;
+        bool unix;
+    };
+
+    static bool MakeJunction(const fs::path& link, const fs::path& target, DWORD& refused) {
+        if (!::CreateDirectoryW(link.c_str(), nullptr)) {
+            refused = ::GetLastError();
+            return false;
+        }
+        w32::ScopedHandle folder(::CreateFileW(link.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                               FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+        std::vector<BYTE> data = JunctionData(target.wstring());
+        DWORD returned = 0;
+        const bool made = folder && ::DeviceIoControl(folder.Get(), FSCTL_SET_REPARSE_POINT, data.data(),
+                                                      static_cast<DWORD>(data.size()), nullptr, 0, &returned, nullptr);
+        if (made) return true;
+        refused = ::GetLastError();
+        folder.Reset();
+        ::RemoveDirectoryW(link.c_str());
+        return false;
+    }
+
+    // Windows lets anyone make one in developer mode, else administrators.
+    static bool MakeSymbolicLink(const fs::path& link, const fs::path& target, DWORD& refused) {
+        const DWORD flags = SYMBOLIC_LINK_FLAG_DIRECTORY | SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE;
+        const bool said = ::CreateSymbolicLinkW(link.c_str(), target.c_str(), flags);
+        refused = said ? ERROR_SUCCESS : ::GetLastError();
+        return IsLinkToFolder(link);  // what is there, not what was said
+    }
+
+    std::vector<Made> made_;
+};
+
+}  // namespace
+
+// Junctions and symbolic links to the folder itself, to its parent and to a
+// sibling folder: followed, the first would never end and the others would
+// read reports the user did not name. Wine 8 makes neither kind (see
+// FolderLinks::Make): there both are the Unix links Wine shows as junctions.
+TEST_F(ReportCheck, CollectFollowsNoJunctionOrLinkToAFolder) {
+    const fs::path inbox = root_ / "files" / "inbox";
+    fs::create_directories(inbox / "sub");
+    fs::create_directories(root_ / "files" / "sibling");
+    Write("inbox/sub/pc1.txt", SavedReport(kTinyBody));
+    Write("sibling/pc2.txt", SavedReport(kSampleReportBody));
+    Write("outside.txt", SavedReport(kSampleReportBody));
+    FolderLinks links;
+    const struct {
+        const char* name;
+        FolderLinkKind kind;
+        const char* target;
+    } wanted[] = {
+        {"j-next", FolderLinkKind::Junction, "..\\sibling"}, {"j-self", FolderLinkKind::Junction, "."},
+        {"j-up", FolderLinkKind::Junction, ".."},            {"s-next", FolderLinkKind::SymbolicLink, "..\\sibling"},
+        {"s-self", FolderLinkKind::SymbolicLink, "."},      {"s-up", FolderLinkKind::SymbolicLink, ".."},
+    };
+    std::string skipped;
+    for (const auto& link : wanted) {
+        const std::string how = links.Make(link.kind, inbox / link.name, link.target);
+        std::cout << "inbox\\" << link.name << ": " << how << "\n";
+        if (how.rfind("not made", 0) == 0 && link.kind == FolderLinkKind::SymbolicLink) continue;  // not allowed to this user
+        ASSERT_TRUE(IsLinkToFolder(inbox / link.name)) << link.name << ": " << how;
+        skipped += std::string("reportcheck: inbox\\") + link.name + ": skipped (a link to a folder, not followed)" + kNewline;
+    }
+    const Outcome outcome = Check({"collect", "inbox", "inbox\\sub", "inbox\\sub\\pc1.txt"});
+    EXPECT_EQ(outcome.err, skipped + "reportcheck: inbox\\sub: skipped (already read)" + kNewline +
+                               "reportcheck: inbox\\sub\\pc1.txt: skipped (already read)" + kNewline);
+    const std::string start = "{\"path\":\"inbox\\\\sub\\\\pc1.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
+                              "\"reason\":null,\"copyOf\":null,\"report\":{\"schemaVersion\":";
+    EXPECT_EQ(outcome.out.substr(0, start.size()), start);
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
+    EXPECT_EQ(outcome.status, 0);
+}
+
+
+// Windows names a file in any letter case: the same folder and file, however
+// the arguments spell them, are read once.
+TEST_F(ReportCheck, CollectReadsOnceWhatArgumentsNameInAnotherCase) {
+    fs::create_directories(root_ / "files" / "inbox" / "sub");
+    Write("inbox/sub/pc1.txt", SavedReport(kTinyBody));
+    const Outcome outcome = Check({"collect", "inbox", "INBOX\\SUB", "Inbox\\Sub\\PC1.TXT"});
+    EXPECT_EQ(outcome.err, std::string("reportcheck: INBOX\\SUB: skipped (already read)") + kNewline +
+                               "reportcheck: Inbox\\Sub\\PC1.TXT: skipped (already read)" + kNewline);
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
+    EXPECT_EQ(outcome.status, 0);
+}
+#endif
+
+namespace {
+
+// A folder no one but an administrator (or root) may list, given back to its
+// owner when the test ends (its folder must then be removed): on Windows an
+// access list that grants nothing, on Linux mode 000.
+class LockedFolder {
+public:
+    explicit LockedFolder(fs::path path) : path_(std::move(path)) {
+        fs::create_directories(path_);
+#if defined(_WIN32)
+        ACL nothing{};
+        ::InitializeAcl(&nothing, sizeof(nothing), ACL_REVISION);
+        locked_ = SetAccessList(&nothing, PROTECTED_DACL_SECURITY_INFORMATION) == ERROR_SUCCESS;
+        // Wine keeps the list without enforcing it, but a Unix mode that
+        // denies reading is Wine's "access denied" (Wine shows mode 000 as
+        // read-only).
+        unixMode_ = !Denies() && testsupport::RunningUnderWine() && SetUnixMode(L"000", true);
+#else
+        locked_ = ::chmod(path_.c_str(), 0) == 0;
+#endif
+    }
+    LockedFolder(const LockedFolder&) = delete;
+    LockedFolder& operator=(const LockedFolder&) = delete;
+    ~LockedFolder() {
+#if defined(_WIN32)
+        SetAccessList(nullptr, UNPROTECTED_DACL_SECURITY_INFORMATION);
+        if (unixMode_) SetUnixMode(L"700", false);
+#else
+        ::chmod(path_.c_str(), 0700);
+#endif
+    }
+
+    // Whether the system keeps this test, the folder's owner, from listing it.
+    bool Denies() const {
+        std::error_code error;
+        fs::directory_iterator listing(path_, error);
+        return locked_ && error;
+    }
+
+private:
+#if defined(_WIN32)
+    DWORD SetAccessList(ACL* list, SECURITY_INFORMATION protection) {
+        return ::SetNamedSecurityInfoW(const_cast<wchar_t*>(path_.c_str()), SE_FILE_OBJECT,
+                                       DACL_SECURITY_INFORMATION | protection, nullptr, nullptr, list, nullptr);
+    }
+
+    bool SetUnixMode(const std::wstring& mode, bool readOnly) {
+        return RunUnixProgram(path_.parent_path(), L"chmod " + mode + L" -- " + path_.filename().wstring(), [&] {
+            const DWORD attributes = ::GetFileAttributesW(path_.c_str());
+            return attributes != INVALID_FILE_ATTRIBUTES && ((attributes & FILE_ATTRIBUTE_READONLY) != 0) == readOnly;
+        });
+    }
+
+    bool unixMode_ = false;
+#endif
+
+    fs::path path_;
+    bool locked_ = false;
+};
+
+}  // namespace
+
+// Root lists any folder whatever its mode, under Wine too (which keeps an
+// access list without enforcing it; LockedFolder then sets the Unix mode):
+// where the tests run as root the test cannot make a folder it cannot read,
+// and skips, saying so.
+TEST_F(ReportCheck, CollectSaysWhichSubfolderCannotBeRead) {
+    fs::create_directories(root_ / "files" / "inbox");
+    Write("inbox/pc1.txt", SavedReport(kTinyBody));
+    const LockedFolder locked(root_ / "files" / "inbox" / "locked");
+    if (!locked.Denies())
+        GTEST_SKIP() << "this system lets the test list a folder locked to it (run as root?)";
+#if defined(_WIN32)
+    const std::string shown = "inbox\\locked", json = "inbox\\\\locked", next = "inbox\\\\pc1.txt";
+#else
+    const std::string shown = "inbox/locked", json = shown, next = "inbox/pc1.txt";
+#endif
+    const Outcome outcome = Check({"collect", "inbox"});
+    EXPECT_EQ(outcome.err, "reportcheck: " + shown + ": cannot be read (Permission denied)" + kNewline);
+    const std::string start = "{\"path\":\"" + json + "\",\"pathBytes\":null,\"verdict\":\"unreadable\","
+                              "\"reason\":\"cannot be read (Permission denied)\",\"copyOf\":null,\"report\":null}\n"
+                              "{\"path\":\"" + next + "\",";
+    EXPECT_EQ(outcome.out.substr(0, start.size()), start);
+    EXPECT_EQ(outcome.status, 2);
+}
+
 TEST_F(ReportCheck, SubcommandsExplainThemselves) {
     const struct {
         std::string command, synopsis;
@@ -1476,6 +1764,21 @@ TEST_F(ReportCheck, BadRuleFilesAreNamedAndNothingIsWritten) {
         EXPECT_EQ(collected.status, 2);
         EXPECT_EQ(collected.out, "");
         EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == before) << c.query;
+        // A first run that fails leaves no file for the next run to take as its own.
+        const Outcome created =
+            Check({"collect", "--db", "new.db", "--rules", folder, "--time-limit", "1", "healthy.txt"});
+        EXPECT_EQ(created.err, Said(named + "reportcheck: new.db: nothing written\n"));
+        EXPECT_EQ(created.status, 2);
+        EXPECT_FALSE(fs::exists(root_ / "files" / "new.db")) << c.query;
+        EXPECT_FALSE(fs::exists(root_ / "files" / "new.db-journal")) << c.query;
+        // An empty file was there before: it stays, as it was.
+        Write("empty.db", "");
+        const Outcome intoEmpty =
+            Check({"collect", "--db", "empty.db", "--rules", folder, "--time-limit", "1", "healthy.txt"});
+        EXPECT_EQ(intoEmpty.err, Said(named + "reportcheck: empty.db: nothing written\n"));
+        EXPECT_EQ(intoEmpty.status, 2);
+        EXPECT_TRUE(fs::exists(root_ / "files" / "empty.db")) << c.query;
+        EXPECT_EQ(ReadFile(root_ / "files" / "empty.db"), "") << c.query;
         const Outcome found = Check({"findings", "--rules", folder, "--time-limit", "1", "fleet.db"});
         EXPECT_EQ(found.err, Said(named));
         EXPECT_EQ(found.status, 2);
@@ -1720,9 +2023,7 @@ TEST_F(ReportCheck, DiffLeavesOutTheKindsAskedForAndRefusesUnknownOnes) {
 
 TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMatches) {
     const std::string original = SavedReport(kTinyBody);
-    std::string lf = "\xFF\xFE";  // a transfer that made every CR LF an LF
-    for (std::size_t i = 2; i + 1 < original.size(); i += 2)
-        if (!(original[i] == '\r' && original[i + 1] == '\0')) lf += original.substr(i, 2);
+    const std::string lf = transit_fixtures::WithLfLineBreaks(original);
     Write("lf.txt", lf);
     const Outcome checked = Check({"check", "lf.txt"});
     EXPECT_EQ(checked.out, std::string("lf.txt: altered (trailer says 14244c76, body gives 6f090968); line breaks "
@@ -1748,6 +2049,72 @@ TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMa
                                kNewline);
     EXPECT_EQ(refused.status, 1);
     EXPECT_FALSE(fs::exists(root_ / "files" / "out.txt"));
+}
+
+// Every damage the format's own tests diagnose, on the same report, through
+// the program: on Windows too, where the files are opened and written by
+// Win32 and the lines end in CR LF.
+TEST_F(ReportCheck, RepairUndoesEachTransitDamageByteForByte) {
+    using namespace transit_fixtures;
+    const std::string original = BuildReportFileBytes(kBody);
+    const std::string checksum = ChecksumText(ComputeReportChecksum(kBody));
+    const std::string noMark = "not a report (no UTF-16 byte-order mark); ";
+    const std::string restores = " (reportcheck repair restores it)";
+    const struct {
+        const char* file;
+        std::string bytes;
+        std::string checked;  // check's verdict, after "FILE: "
+        std::string undone;
+    } restorable[] = {
+        {"utf8.txt", Utf8Of(TextOf(original)), noMark + "re-encoded as UTF-8" + restores, "re-encoded as UTF-8"},
+        {"utf8-mark.txt", "\xEF\xBB\xBF" + Utf8Of(TextOf(original)), noMark + "re-encoded as UTF-8" + restores,
+         "re-encoded as UTF-8"},
+        {"latin1.txt", AsLatin1(original), noMark + "re-encoded as Latin-1 (or another single-byte encoding)" + restores,
+         "re-encoded as Latin-1 (or another single-byte encoding)"},
+        {"big-endian.txt", AsBigEndianUtf16(original), noMark + "re-encoded as big-endian UTF-16" + restores,
+         "re-encoded as big-endian UTF-16"},
+        {"lf.txt", WithLfLineBreaks(original),
+         "altered (trailer says " + checksum + ", body gives " + ChecksumText(ComputeReportChecksum(Without(kBody, u"\r"))) +
+             "); line breaks converted from CR LF to LF" + restores,
+         "line breaks converted from CR LF to LF"},
+        {"crlf-utf8.txt", AsUtf8WithCrLfLineBreaks(original),
+         noMark + "re-encoded as UTF-8, line breaks converted from LF to CR LF" + restores,
+         "re-encoded as UTF-8, line breaks converted from LF to CR LF"},
+    };
+    for (const auto& damaged : restorable) {
+        Write(damaged.file, damaged.bytes);
+        const Outcome checked = Check({"check", damaged.file});
+        EXPECT_EQ(checked.out, std::string(damaged.file) + ": " + damaged.checked + kNewline);
+        const std::string out = std::string("restored-") + damaged.file;
+        const Outcome repaired = Check({"repair", damaged.file, out});
+        EXPECT_EQ(repaired.out, out + ": intact (checksum " + checksum + "), restored from " + damaged.file +
+                                    " (undone: " + damaged.undone + ")" + kNewline);
+        EXPECT_EQ(repaired.err, "");
+        EXPECT_EQ(repaired.status, 0);
+        EXPECT_TRUE(ReadFile(root_ / "files" / out) == original) << damaged.file;
+        EXPECT_TRUE(ReadFile(root_ / "files" / damaged.file) == damaged.bytes) << damaged.file;
+    }
+
+    const struct {
+        const char* file;
+        std::string bytes;
+        std::string said;
+        int status;
+    } lost[] = {
+        {"truncated.txt", original.substr(0, 90), "not a report (no checksum trailer at the end); truncated after 90 bytes", 2},
+        {"replaced.txt", AsUtf8WithReplacedCharacters(original),
+         noMark + "re-encoded as UTF-8, 2 characters replaced by U+FFFD", 2},
+    };
+    for (const auto& damaged : lost) {
+        Write(damaged.file, damaged.bytes);
+        const std::string out = std::string("restored-") + damaged.file;
+        const Outcome refused = Check({"repair", damaged.file, out});
+        EXPECT_EQ(refused.out, "");
+        EXPECT_EQ(refused.err, "reportcheck: " + std::string(damaged.file) + ": " + damaged.said + ": cannot be restored, " +
+                                   out + " not written" + kNewline);
+        EXPECT_EQ(refused.status, damaged.status);
+        EXPECT_FALSE(fs::exists(root_ / "files" / out)) << damaged.file;
+    }
 }
 
 // --- redact -------------------------------------------------------------------
