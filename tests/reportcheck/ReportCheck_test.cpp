@@ -1187,7 +1187,8 @@ TEST_F(ReportCheck, CollectFollowsNoJunctionOrLinkToAFolder) {
     EXPECT_EQ(outcome.err, skipped + "reportcheck: inbox\\sub: skipped (already read)" + kNewline +
                                "reportcheck: inbox\\sub\\pc1.txt: skipped (already read)" + kNewline);
     const std::string start = "{\"path\":\"inbox\\\\sub\\\\pc1.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
-                              "\"reason\":null,\"copyOf\":null,\"report\":{\"schemaVersion\":";
+                              "\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+                              "\"report\":{\"schemaVersion\":";
     EXPECT_EQ(outcome.out.substr(0, start.size()), start);
     EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
     EXPECT_EQ(outcome.status, 0);
@@ -1287,7 +1288,8 @@ TEST_F(ReportCheck, CollectSaysWhichSubfolderCannotBeRead) {
     const Outcome outcome = Check({"collect", "inbox"});
     EXPECT_EQ(outcome.err, "reportcheck: " + shown + ": cannot be read (Permission denied)" + kNewline);
     const std::string start = "{\"path\":\"" + json + "\",\"pathBytes\":null,\"verdict\":\"unreadable\","
-                              "\"reason\":\"cannot be read (Permission denied)\",\"copyOf\":null,\"report\":null}\n"
+                              "\"reason\":\"cannot be read (Permission denied)\",\"copyOf\":null,\"machine\":null,"
+                              "\"time\":null,\"latest\":false,\"report\":null}\n"
                               "{\"path\":\"" + next + "\",";
     EXPECT_EQ(outcome.out.substr(0, start.size()), start);
     EXPECT_EQ(outcome.status, 2);
