@@ -45,8 +45,10 @@ namespace {
 
 #if defined(_WIN32)
 constexpr const char* kNewline = "\r\n";  // stdout in text mode, as on any Windows console program
+constexpr const char* kJsonPathSeparator = "\\\\";  // a backslash as JSON writes it
 #else
 constexpr const char* kNewline = "\n";
+constexpr const char* kJsonPathSeparator = "/";
 #endif
 
 std::string Utf8(std::u8string_view text) {
@@ -394,7 +396,7 @@ TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
     const Outcome outcome = Check({"show", "--json", "tiny.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 2,\n"
+              "  \"schemaVersion\": 3,\n"
               "  \"integrity\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"6f090968\",\n"
@@ -524,7 +526,7 @@ TEST_F(ReportCheck, DiffAsJson) {
     const Outcome outcome = Check({"diff", "--json", "before.txt", "after.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 2,\n"
+              "  \"schemaVersion\": 3,\n"
               "  \"old\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"14244c76\",\n"
@@ -584,13 +586,9 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     Write("fleet/a/pc1.txt", report);
     Write(Utf8(u8"fleet/\u00e9t\u00e9/pc2.txt"), altered);
     Write("fleet/notes.txt", "notes");
-#if defined(_WIN32)
-    const std::string sep = "\\\\";  // as JSON writes a backslash
-#else
-    const std::string sep = "/";
-#endif
+    const std::string sep = kJsonPathSeparator;
     const std::string model =
-        "{\"schemaVersion\":2,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
+        "{\"schemaVersion\":3,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
         "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
         "\"lineCount\":5,\"header\":null,\"program\":{\"name\":\"A\",\"version\":\"%N\",\"directory\":\"C:\\\\X\","
         "\"elevated\":false,\"blankLineBefore\":true},\"host\":null,\"windows\":null,\"hardware\":null,"
@@ -599,18 +597,174 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
                           const std::string& version) {
         std::string m = Replaced(Replaced(Replaced(model, "%V", verdict), "%B", body), "%N", version);
         return "{\"path\":\"" + path + "\",\"pathBytes\":null,\"verdict\":\"" + verdict +
-               "\",\"reason\":null,\"copyOf\":null,\"report\":" + m + "}\n";
+               "\",\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+               "\"report\":" + m + "}\n";
     };
     const Outcome outcome = Check({"collect", "fleet"});
     EXPECT_EQ(outcome.out, line("fleet" + sep + "a" + sep + "pc1.txt", "intact", "14244c76", "1") +
                                "{\"path\":\"fleet" + sep +
                                "notes.txt\",\"pathBytes\":null,\"verdict\":\"not a report\",\"reason\":\"not a "
-                               "report (no UTF-16 byte-order mark)\",\"copyOf\":null,\"report\":null}\n" +
+                               "report (no UTF-16 byte-order mark)\",\"copyOf\":null,"
+                               "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}\n" +
                                line("fleet" + sep + Utf8(u8"\u00e9t\u00e9") + sep + "pc2.txt", "altered",
                                     "14274c76", "2"));
     EXPECT_EQ(outcome.err, "reportcheck: fleet" + std::string(sep == "/" ? "/" : "\\") +
                                "notes.txt: not a report (no UTF-16 byte-order mark)" + kNewline);
     EXPECT_EQ(outcome.status, 2);
+}
+
+// --- When a report was made --------------------------------------------------
+
+namespace {
+
+// The sample made by `machine` on `made` (the header's date and time), its
+// folder's own entries written at `listed` ("dd/mm/yyyy  hh:mm:ss").
+std::string MadeOn(const std::string& machine, const std::string& made, const std::string& listed) {
+    std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
+                                "\tname: " + machine + " (WORKGROUP\\" + machine + ")");
+    body = Replaced(body, "11/22/26 14:36:06", made);
+    body = Replaced(body, "22/11/2026  14:33:45\t22/11/2026  14:33:45", listed + "\t" + listed);
+    return SavedReport(body);
+}
+
+// Sets a file's last write, given in seconds since 1970 UTC.
+void SetWritten(const fs::path& path, std::int64_t seconds) {
+    const std::chrono::sys_seconds time{std::chrono::seconds{seconds}};
+    fs::last_write_time(path, fs::file_time_type::clock::from_sys(time));
+}
+
+constexpr std::int64_t kJune1st2026 = 1780272000;     // 2026-06-01T00:00:00Z
+constexpr std::int64_t kJanuary1st2027 = 1798761600;  // 2027-01-01T00:00:00Z
+
+// The "header" member of show --json's document, as printed.
+std::string HeaderOf(const std::string& shown) {
+    const std::size_t from = shown.find("  \"header\": ");
+    const std::size_t to = shown.find("  \"program\": ");
+    if (from == std::string::npos || to == std::string::npos) return shown;
+    return shown.substr(from, to - from);
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, ShowGivesTheHeadersTimeAndWhatSettledIt) {
+    Write("certain.txt", MadeOn("PC1", "11/16/2026 9:12:00 AM", "22/11/2026  14:33:45"));
+    // Day and month read both ways; files listed as written on 1 February.
+    Write("ambiguous.txt", MadeOn("PC1", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    Write("settled.txt", MadeOn("PC1", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    Write("impossible.txt", MadeOn("PC1", "31/02/2026 25:61:61", "22/11/2026  14:33:45"));
+    SetWritten(root_ / "files" / "ambiguous.txt", kJanuary1st2027);
+    // Saved on 1 June: the report was not made in November.
+    SetWritten(root_ / "files" / "settled.txt", kJune1st2026);
+    const auto header = [&](const std::string& made, const std::string& time) {
+        return "  \"header\": {\n"
+               "    \"text\": \"Orvane Software system report on " + made + "\",\n"
+               "    \"blankLineAfter\": true,\n"
+               "    \"time\": " + time + "\n"
+               "  },\n";
+    };
+    const std::string both = "[\n        \"2026-11-05T10:00:00\",\n        \"2026-05-11T10:00:00\"\n      ]";
+    const struct {
+        std::string file, made, iso, certain, settledBy, readings;
+    } shown[] = {
+        {"certain", "11/16/2026 9:12:00 AM", "\"2026-11-16T09:12:00\"", "true", "\"date\"",
+         "[\n        \"2026-11-16T09:12:00\"\n      ]"},
+        {"ambiguous", "05/11/2026 10:00:00", "null", "false", "null", both},
+        {"settled", "05/11/2026 10:00:00", "\"2026-05-11T10:00:00\"", "true", "\"file times\"", both},
+        {"impossible", "31/02/2026 25:61:61", "null", "false", "null", "[]"},
+    };
+    for (const auto& s : shown) {
+        EXPECT_EQ(HeaderOf(Check({"show", "--json", s.file + ".txt"}).out),
+                  header(s.made, "{\n      \"iso\": " + s.iso + ",\n      \"certain\": " + s.certain +
+                                     ",\n      \"settledBy\": " + s.settledBy + ",\n      \"readings\": " +
+                                     s.readings + "\n    }"));
+    }
+}
+
+TEST_F(ReportCheck, CollectGivesEachReportsTimeAndMarksEachMachinesLatest) {
+    fs::create_directories(root_ / "files" / "fleet");
+    const std::string later = MadeOn("PC1", "11/29/26 09:00:00", "22/11/2026  14:33:45");
+    std::string altered = MadeOn("PC1", "12/13/26 09:00:00", "22/11/2026  14:33:45");
+    altered[altered.find(std::string("W\0O\0R\0K", 7))] = 'V';
+    Write("fleet/a.txt", MadeOn("PC1", "11/22/26 14:36:06", "22/11/2026  14:33:45"));
+    Write("fleet/b.txt", later);
+    Write("fleet/c.txt", later);    // a copy: its original is the one marked
+    Write("fleet/d.txt", altered);  // later, but altered
+    // PC2's only report reads both ways, and nothing settles it: no latest.
+    Write("fleet/e.txt", MadeOn("PC2", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    SetWritten(root_ / "files" / "fleet" / "e.txt", kJanuary1st2027);
+    // PC3's reads both ways, its files written in September settle it.
+    Write("fleet/f.txt", MadeOn("PC3", "05/11/2026 10:00:00", "01/09/2026  14:33:45"));
+    Write("fleet/g.txt", MadeOn("PC3", "31/02/2026 10:00:00", "22/11/2026  14:33:45"));
+    Write("fleet/h.txt", "notes");
+    const std::string sep = kJsonPathSeparator;
+    const auto certain = [](const std::string& iso, const std::string& by, const std::string& readings) {
+        return "{\"iso\":\"" + iso + "\",\"certain\":true,\"settledBy\":\"" + by + "\",\"readings\":[" + readings +
+               "]}";
+    };
+    const std::string both = "\"2026-11-05T10:00:00\",\"2026-05-11T10:00:00\"";
+    const auto line = [&](const std::string& name, const std::string& verdict, const std::string& copyOf,
+                          const std::string& machine, const std::string& time, bool latest) {
+        return "{\"path\":\"fleet" + sep + name + "\",\"pathBytes\":null,\"verdict\":\"" + verdict +
+               "\",\"reason\":null,\"copyOf\":" + copyOf + ",\"machine\":\"" + machine + "\",\"time\":" + time +
+               ",\"latest\":" + (latest ? "true" : "false") + ",\"report\":{";
+    };
+    const std::vector<std::string> expected = {
+        line("a.txt", "intact", "null", "PC1", certain("2026-11-22T14:36:06", "date", "\"2026-11-22T14:36:06\""),
+             false),
+        line("b.txt", "intact", "null", "PC1", certain("2026-11-29T09:00:00", "date", "\"2026-11-29T09:00:00\""),
+             true),
+        line("c.txt", "intact", "\"fleet" + sep + "b.txt\"", "PC1",
+             certain("2026-11-29T09:00:00", "date", "\"2026-11-29T09:00:00\""), false),
+        line("d.txt", "altered", "null", "PC1", certain("2026-12-13T09:00:00", "date", "\"2026-12-13T09:00:00\""),
+             false),
+        line("e.txt", "intact", "null", "PC2",
+             "{\"iso\":null,\"certain\":false,\"settledBy\":null,\"readings\":[" + both + "]}", false),
+        line("f.txt", "intact", "null", "PC3", certain("2026-11-05T10:00:00", "file times", both), true),
+        line("g.txt", "intact", "null", "PC3", "{\"iso\":null,\"certain\":false,\"settledBy\":null,\"readings\":[]}",
+             false),
+    };
+    const Outcome outcome = Check({"collect", "fleet"});
+    std::istringstream lines(outcome.out);
+    std::string text;
+    for (const std::string& start : expected) {
+        ASSERT_TRUE(std::getline(lines, text));
+        EXPECT_EQ(text.substr(0, start.size()), start);
+        // The line's time is the one its report's header gives.
+        const auto parsed = nlohmann::json::parse(text);
+        EXPECT_EQ(parsed["time"], parsed["report"]["header"]["time"]) << start;
+    }
+    ASSERT_TRUE(std::getline(lines, text));
+    EXPECT_EQ(text, "{\"path\":\"fleet" + sep + "h.txt\",\"pathBytes\":null,\"verdict\":\"not a report\","
+                    "\"reason\":\"not a report (no UTF-16 byte-order mark)\",\"copyOf\":null,\"machine\":null,"
+                    "\"time\":null,\"latest\":false,\"report\":null}");
+    EXPECT_FALSE(std::getline(lines, text));
+    EXPECT_EQ(outcome.status, 2);
+
+    // The same in the tables, and the mark moves to a newer report.
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 2);
+    const auto rows = [&] {
+        const std::u8string path = (root_ / "files" / "fleet.db").u8string();
+        sqlite::Connection db(std::string(path.begin(), path.end()), sqlite::OpenMode::ReadOnly);
+        sqlite::Statement query(db, "SELECT substr(path, 7) || '|' || ifnull(time, '-') || '|' || "
+                                    "ifnull(time_settled_by, '-') || '|' || latest FROM reports ORDER BY path");
+        std::string text;
+        while (query.Step()) text += query.Text(0) + "\n";
+        return text;
+    };
+    EXPECT_EQ(rows(),
+              "a.txt|2026-11-22T14:36:06|date|0\n"
+              "b.txt|2026-11-29T09:00:00|date|1\n"
+              "c.txt|2026-11-29T09:00:00|date|0\n"
+              "d.txt|2026-12-13T09:00:00|date|0\n"
+              "e.txt|-|-|0\n"
+              "f.txt|2026-11-05T10:00:00|file times|1\n"
+              "g.txt|-|-|0\n"
+              "h.txt|-|-|0\n");
+    Write("fleet/i.txt", MadeOn("PC3", "2026-12-24 08:00:00", "22/11/2026  14:33:45"));
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 0);  // only i.txt is read again
+    const std::string after = rows();
+    EXPECT_NE(after.find("f.txt|2026-11-05T10:00:00|file times|0\n"), std::string::npos) << after;
+    EXPECT_NE(after.find("i.txt|2026-12-24T08:00:00|date|1\n"), std::string::npos) << after;
 }
 
 TEST_F(ReportCheck, ShowReadsA50MegabyteReport) {
@@ -751,9 +905,11 @@ TEST_F(ReportCheck, CollectStaysInItsFoldersAndReadsEachFileOnce) {
     std::getline(lines, second);
     std::getline(lines, rest);
     const std::string linked = "{\"path\":\"inbox/link-to-file.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
-                               "\"reason\":null,\"copyOf\":null,\"report\":{";
+                               "\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,"
+                               "\"latest\":false,\"report\":{";
     const std::string copy = "{\"path\":\"inbox/sub/pc1.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
-                             "\"reason\":null,\"copyOf\":\"inbox/link-to-file.txt\",\"report\":{";
+                             "\"reason\":null,\"copyOf\":\"inbox/link-to-file.txt\",\"machine\":null,"
+                             "\"time\":null,\"latest\":false,\"report\":{";
     EXPECT_EQ(first.substr(0, linked.size()), linked);
     EXPECT_EQ(second.substr(0, copy.size()), copy);
     EXPECT_EQ(rest, "");
@@ -1028,7 +1184,8 @@ TEST_F(ReportCheck, CollectFollowsNoJunctionOrLinkToAFolder) {
     EXPECT_EQ(outcome.err, skipped + "reportcheck: inbox\\sub: skipped (already read)" + kNewline +
                                "reportcheck: inbox\\sub\\pc1.txt: skipped (already read)" + kNewline);
     const std::string start = "{\"path\":\"inbox\\\\sub\\\\pc1.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
-                              "\"reason\":null,\"copyOf\":null,\"report\":{\"schemaVersion\":";
+                              "\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+                              "\"report\":{\"schemaVersion\":";
     EXPECT_EQ(outcome.out.substr(0, start.size()), start);
     EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
     EXPECT_EQ(outcome.status, 0);
@@ -1198,7 +1355,8 @@ TEST_F(ReportCheck, CollectSaysWhichSubfolderCannotBeRead) {
     const Outcome outcome = Check({"collect", "inbox"});
     EXPECT_EQ(outcome.err, "reportcheck: " + shown + ": cannot be read (Permission denied)" + kNewline);
     const std::string start = "{\"path\":\"" + json + "\",\"pathBytes\":null,\"verdict\":\"unreadable\","
-                              "\"reason\":\"cannot be read (Permission denied)\",\"copyOf\":null,\"report\":null}\n"
+                              "\"reason\":\"cannot be read (Permission denied)\",\"copyOf\":null,\"machine\":null,"
+                              "\"time\":null,\"latest\":false,\"report\":null}\n"
                               "{\"path\":\"" + next + "\",";
     EXPECT_EQ(outcome.out.substr(0, start.size()), start);
     EXPECT_EQ(outcome.status, 2);
@@ -1289,7 +1447,7 @@ TEST_F(ReportCheck, AFileNamedLikeAnOptionFollowsTheEndOfOptions) {
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 1);
     const Outcome shown = Check({"show", "--json", "--", "-x"});
-    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 2,\n", 0), 0u) << shown.out;
+    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 3,\n", 0), 0u) << shown.out;
     EXPECT_EQ(shown.status, 0);
 }
 
@@ -1354,13 +1512,15 @@ TEST_F(ReportCheck, CollectGoesOnPastFilesThatCannotBeRead) {
     std::getline(lines, third);
     std::getline(lines, rest);
     EXPECT_EQ(first, "{\"path\":\"fleet/a-broken-link.txt\",\"pathBytes\":null,\"verdict\":\"unreadable\","
-                     "\"reason\":\"cannot be read (No such file or directory)\",\"copyOf\":null,\"report\":null}");
+                     "\"reason\":\"cannot be read (No such file or directory)\",\"copyOf\":null,"
+                     "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}");
     const std::string intact =
         "{\"path\":\"fleet/b.txt\",\"pathBytes\":null,\"verdict\":\"intact\",\"reason\":null,\"copyOf\":null,"
-        "\"report\":{";
+        "\"machine\":null,\"time\":null,\"latest\":false,\"report\":{";
     EXPECT_EQ(second.substr(0, intact.size()), intact);
     EXPECT_EQ(third, "{\"path\":\"fleet/c-pipe\",\"pathBytes\":null,\"verdict\":\"unreadable\",\"reason\":\"cannot "
-                     "be read (not a regular file)\",\"copyOf\":null,\"report\":null}");
+                     "be read (not a regular file)\",\"copyOf\":null,"
+                     "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}");
     EXPECT_EQ(rest, "");
     EXPECT_EQ(outcome.status, 2);
 }
@@ -1430,25 +1590,33 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
 }
 
 TEST_F(ReportCheck, FleetExampleRunsOnCollectedTables) {
-    // Three machines; the third still has the older tool.dll.
-    const auto machine = [](const std::string& name, const std::string& version) {
+    // Five machines. PC3 had the older tool.dll a week ago and has the
+    // current one in its latest report; PC4's report with the older one was
+    // altered; PC5 alone has another version in its only, intact report.
+    const auto machine = [](const std::string& name, const std::string& version, const std::string& made) {
         std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
                                     "\tname: " + name + " (WORKGROUP\\" + name + ")");
+        body = Replaced(body, "11/22/26 14:36:06", made);
         return Replaced(body, "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n",
                         "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
                         "\t00000020     130444\t22/11/2026  14:33:33\t22/11/2026  14:33:33\ttool.dll\t" +
                             version + "\n");
     };
+    std::string altered = SavedReport(machine("PC4", "9.2.0.7", "11/22/26 14:36:06"));
+    altered[altered.find(std::string("W\0O\0R\0K", 7))] = 'V';
     fs::create_directories(root_ / "files" / "fleet" / "march");
-    Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0")));
-    Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0")));
-    Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7")));
+    Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0", "11/22/26 14:36:06")));
+    Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0", "11/22/26 14:36:06")));
+    Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7", "11/22/26 14:36:06")));
+    Write("fleet/pc3-a-week-later.txt", SavedReport(machine("PC3", "9.3.1.0", "11/29/26 09:00:00")));
+    Write("fleet/pc4.txt", altered);
+    Write("fleet/pc5.txt", SavedReport(machine("PC5", "9.1.0.0", "11/22/26 14:36:06")));
     const Outcome collected = Check({"collect", "--db", "fleet.db", "fleet"});
-    ASSERT_EQ(collected.status, 0) << collected.err;
+    ASSERT_EQ(collected.status, 1) << collected.err;
     const std::string command = "cd '" + (root_ / "files").string() + "' && sqlite3 fleet.db < '" +
                                 REPORTCHECK_SOURCE_DIR + "/docs/examples/other-versions.sql' >answer.txt 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "answer.txt");
-    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC3|tool.dll|9.2.0.7\n");
+    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC5|tool.dll|9.1.0.0\n");
 }
 #endif
 
@@ -1722,14 +1890,18 @@ TEST_F(ReportCheck, DatabasesOfOthersOrOtherVersionsAreRefused) {
     EXPECT_EQ(foreign.status, 2);
     EXPECT_TRUE(ReadFile(root_ / "files" / "other.db") == other);
     ASSERT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 0);
-    ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 fleet.db 'PRAGMA user_version = 2;'").c_str()), 0);
-    const std::string fleet = ReadFile(root_ / "files" / "fleet.db");
-    const Outcome newer = Check({"findings", "fleet.db"});
-    EXPECT_EQ(newer.err,
-              "reportcheck: fleet.db: tables of schema version 2, this reportcheck reads version 1\n");
-    EXPECT_EQ(newer.status, 2);
-    EXPECT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 2);
-    EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
+    // A database of the version before (no report times), and one of a newer reportcheck.
+    for (const int version : {1, 3}) {
+        const std::string pragma = "PRAGMA user_version = " + std::to_string(version) + ";";
+        ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 fleet.db '" + pragma + "'").c_str()), 0);
+        const std::string fleet = ReadFile(root_ / "files" / "fleet.db");
+        const Outcome other = Check({"findings", "fleet.db"});
+        EXPECT_EQ(other.err, "reportcheck: fleet.db: tables of schema version " + std::to_string(version) +
+                                 ", this reportcheck reads version 2\n");
+        EXPECT_EQ(other.status, 2);
+        EXPECT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 2);
+        EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
+    }
 }
 #endif
 
