@@ -1254,7 +1254,8 @@ TEST_F(ReportCheck, AnErrorWithoutWordsOfItsOwnGetsTheSystemsText) {
     const Outcome collect = Check({"collect", "a<b.txt"});
     EXPECT_EQ(collect.err, "reportcheck: a<b.txt: " + InvalidNameReason() + kNewline);
     EXPECT_EQ(collect.out, "{\"path\":\"a<b.txt\",\"pathBytes\":null,\"verdict\":\"unreadable\",\"reason\":\"" +
-                               InvalidNameReason() + "\",\"copyOf\":null,\"report\":null}\n");
+                               InvalidNameReason() + "\",\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+                               "\"report\":null}\n");
     EXPECT_EQ(collect.status, 2);
 }
 
@@ -1269,7 +1270,8 @@ TEST_F(ReportCheck, CollectSaysTheSystemsTextOfAnErrorInAFolderItWalks) {
     const Outcome outcome = Check({"collect", "inbox"});
     EXPECT_EQ(outcome.err, "reportcheck: inbox\\c*d: " + InvalidNameReason() + kNewline);
     const std::string start = "{\"path\":\"inbox\\\\c*d\",\"pathBytes\":null,\"verdict\":\"unreadable\",\"reason\":\"" +
-                              InvalidNameReason() + "\",\"copyOf\":null,\"report\":null}\n{\"path\":\"inbox\\\\pc1.txt\",";
+                              InvalidNameReason() + "\",\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+                              "\"report\":null}\n{\"path\":\"inbox\\\\pc1.txt\",";
     EXPECT_EQ(outcome.out.substr(0, start.size()), start);
     EXPECT_EQ(outcome.status, 2);
 }
