@@ -10,6 +10,9 @@ const s = require('./support');
 
 const AXE = fs.readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
 
+// Each test's folders go when it ends, passed or failed.
+test.afterEach(() => s.removeTempDirs());
+
 // The page's texts of its report lines, in page order: [number, text],
 // once every section and every directory's lines as written are open.
 async function pageLines(page) {
