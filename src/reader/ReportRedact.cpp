@@ -22,8 +22,13 @@ constexpr std::string_view kBuiltInNames[] = {
     "administrator",  "users",         "guests",         "guest",         "authenticated users",
     "trustedinstaller", "domain admins", "domain users", "defaultaccount", "none",
 };
-// What sets a pseudonym apart from the text around it in the check.
-constexpr char kApart[] = "\x01";
+// What stands for a pseudonym in the check: a byte that UTF-8 text never
+// holds, read as a letter, since a pseudonym begins with a letter and ends
+// with a digit (IsWordCharacter).
+constexpr char kPseudonymMark = '\xFF';
+// What parts the values searched by the check: a break, which no value and
+// no keyword holds.
+constexpr char kValueBreak = '\n';
 
 // A workgroup's usual name says nothing either.
 constexpr std::string_view kUsualWorkgroup = "workgroup";
@@ -77,13 +82,74 @@ std::string MapKey(Kind kind, std::string_view original) {
     return std::to_string(static_cast<int>(kind)) + '\t' + FoldCase(original);
 }
 
+// A letter or a digit, of any script: what a name may not touch to stand
+// as a word. Beyond ASCII everything is, but the punctuation and symbol
+// blocks (Latin-1's signs, general punctuation to the arrows and shapes,
+// CJK punctuation, the specials). The check's pseudonym mark is one too.
+bool IsWordCharacter(char32_t c) {
+    if (c < 0x80) return (c | 0x20u) - 'a' < 26u || c - '0' < 10u;
+    const bool sign = c <= 0xBF || c == 0xD7 || c == 0xF7 || (c >= 0x2000 && c <= 0x2BFF) ||
+                      (c >= 0x3000 && c <= 0x303F) || (c >= 0xFFF0 && c <= 0xFFFF);
+    return !sign;
+}
+
+// The character whose UTF-8 form starts at `at`, and its length; a byte
+// that starts no whole form stands for itself (the mark among them).
+std::pair<char32_t, std::size_t> CharacterAt(std::string_view text, std::size_t at) {
+    const unsigned char lead = static_cast<unsigned char>(text[at]);
+    const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF8 ? 4 : 1;
+    if (length == 1 || at + length > text.size()) return {lead < 0x80 ? lead : 0xE000, 1};  // U+E000: a letter
+    char32_t c = lead & (0x7F >> length);
+    for (std::size_t k = 1; k < length; ++k) {
+        const unsigned char next = static_cast<unsigned char>(text[at + k]);
+        if ((next & 0xC0) != 0x80) return {0xE000, 1};
+        c = c << 6 | (next & 0x3F);
+    }
+    return {c, length};
+}
+
+bool WordCharacterAt(std::string_view text, std::size_t at) { return IsWordCharacter(CharacterAt(text, at).first); }
+
+// Whether the character that ends just before `end` is a letter or digit.
+bool WordCharacterBefore(std::string_view text, std::size_t end) {
+    std::size_t start = end - 1;
+    while (start > 0 && end - start < 4 && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80) --start;
+    const auto [c, length] = CharacterAt(text, start);
+    if (start + length == end) return IsWordCharacter(c);
+    return WordCharacterAt(text, end - 1);
+}
+
+// Whether `value`, found at `at` in `text`, stands there as a word of its
+// own: no letter or digit joins it on a side where it begins or ends with
+// one. "or" stands so in "C:\Users\or\", "or-notes.txt" and "(or)", not in
+// "Orvane", "memory" or "WORKGROUP".
+bool StandsAsWord(std::string_view text, std::size_t at, std::string_view value) {
+    if (at > 0 && WordCharacterAt(value, 0) && WordCharacterBefore(text, at)) return false;
+    const std::size_t end = at + value.size();
+    return end >= text.size() || !WordCharacterBefore(value, value.size()) || !WordCharacterAt(text, end);
+}
+
+// Where a value is replaced and searched: a keyword wherever it stands,
+// inside longer words too; every other value (names above all, which may
+// be as short as "or") only where it stands as a word.
+enum class Reach { Anywhere, WholeWord };
+
+Reach ReachOf(Kind kind) { return kind == Kind::Keyword ? Reach::Anywhere : Reach::WholeWord; }
+
+// Whether the folded text holds the folded value within that reach.
+bool Holds(std::string_view text, std::string_view value, Reach reach) {
+    for (std::size_t at = text.find(value); at != std::string_view::npos; at = text.find(value, at + 1))
+        if (reach == Reach::Anywhere || StandsAsWord(text, at, value)) return true;
+    return false;
+}
+
 // Replaces every original, in any letter case, by its pseudonym; the longest
 // original first where several start at the same place.
 class Substitution {
 public:
-    void Add(const std::string& original, const std::string& pseudonym) {
+    void Add(const std::string& original, const std::string& pseudonym, Reach reach = Reach::Anywhere) {
         if (original.empty()) return;
-        pairs_.push_back({FoldCase(original), pseudonym});
+        pairs_.push_back({FoldCase(original), pseudonym, reach});
         firstBytes_.set(static_cast<unsigned char>(pairs_.back().folded[0]));
     }
     void Sort() {
@@ -110,6 +176,7 @@ public:
 private:
     struct Pair {
         std::string folded, pseudonym;
+        Reach reach;
     };
     bool MayHold(const std::string& text) const {
         for (char c : text) {
@@ -122,7 +189,9 @@ private:
     const Pair* MatchAt(const std::string& folded, std::size_t at) const {
         if (!firstBytes_.test(static_cast<unsigned char>(folded[at]))) return nullptr;
         for (const Pair& pair : pairs_)
-            if (folded.compare(at, pair.folded.size(), pair.folded) == 0) return &pair;
+            if (folded.compare(at, pair.folded.size(), pair.folded) == 0 &&
+                (pair.reach == Reach::Anywhere || StandsAsWord(folded, at, pair.folded)))
+                return &pair;
         return nullptr;
     }
     std::vector<Pair> pairs_;
@@ -405,7 +474,7 @@ Redacted RedactReport(const Report& report, const std::vector<std::string>& keyw
     Substitution substitution;
     for (auto& [kind, original] : values) {
         const std::string& pseudonym = map.PseudonymOf(kind, original);
-        substitution.Add(original, pseudonym);
+        substitution.Add(original, pseudonym, ReachOf(kind));
         result.replaced.push_back({kind, std::move(original), pseudonym});
     }
     // A pseudonym already in the text (a report redacted before) stays
@@ -423,12 +492,15 @@ Redacted RedactReport(const Report& report, const std::vector<std::string>& keyw
 
 std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced) {
     const Report reread = ParseReportBody(body);
-    // The pseudonyms and the marker are the tool's own words: set apart, so
-    // that a keyword such as "host" is not found in "HOST-0001", and so that
-    // no two pieces around one join into a value.
+    // The pseudonyms and the marker are the tool's own words: each set apart
+    // as one mark, so that a keyword such as "host" is not found in
+    // "HOST-0001", so that no two pieces around one join into a value, and
+    // so that a name beside a pseudonym ("HOST-0001bob") is no more a word
+    // of its own than it was where the pseudonym was made.
     Substitution apart;
-    for (const Replacement& r : replaced) apart.Add(r.pseudonym, kApart);
-    if (reread.redaction) apart.Add(RedactionLine(reread.redaction->kinds), kApart);
+    const std::string mark(1, kPseudonymMark);
+    for (const Replacement& r : replaced) apart.Add(r.pseudonym, mark);
+    if (reread.redaction) apart.Add(RedactionLine(reread.redaction->kinds), mark);
     apart.Sort();
     const auto prepared = [&](std::string text) {
         apart.Apply(text);
@@ -437,9 +509,12 @@ std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Rep
     // A value with a letter is searched in every value of the body, each on
     // its own: the labels around them ("\tuser: ") are the report's own
     // words, not the customer's, and a keyword may well be one of them. Any
-    // other value (digits and signs) is searched in the whole body.
+    // other value (digits and signs) is searched in the whole body. A
+    // keyword is searched as part of a longer text too, any other value
+    // where it stands as a word, as it was replaced: a user "or" that
+    // stands in "Orvane" or "memory" was never there as a name.
     std::string values;
-    const auto add = [&](const std::string& text) { (values += text) += kApart; };
+    const auto add = [&](const std::string& text) { (values += text) += kValueBreak; };
     VisitTexts(reread, add);
     VisitKeptTexts(reread, add);
     add(reread.header.text.substr(HeaderValueStart(reread)));
@@ -447,7 +522,7 @@ std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Rep
     const std::string inBody = prepared(Utf8FromUtf16(body));
     for (const Replacement& r : replaced) {
         const std::string& text = HoldsALetter(r.original) ? inValues : inBody;
-        if (text.find(FoldCase(r.original)) != std::string::npos) return r.kind;
+        if (Holds(text, FoldCase(r.original), ReachOf(r.kind))) return r.kind;
     }
     return std::nullopt;
 }

@@ -5,7 +5,10 @@
 // (host names, the user, the accounts of the access lists, the product id,
 // the adapters' names, addresses and DNS suffixes) and the keywords given;
 // then every text of the model, the unrecognised lines included, has each of
-// them replaced wherever it stands, in any letter case. Numbers, times and
+// them replaced in any letter case: a keyword wherever it stands, inside
+// longer words too; any other value where it stands as a word of its own (a
+// value, a path's component, a word of a file name), so that a user named
+// "or" leaves "Orvane" and "memory" as they are. Numbers, times and
 // the other fixed forms are kept as they are, so the redacted body is still
 // a report of the same form.
 //
@@ -84,7 +87,8 @@ Redacted RedactReport(const report_model::Report& report, const std::vector<std:
 
 // The tool checking its own work on the body it is about to write, read
 // back: the kind of the first replaced value or keyword still found in it,
-// in any letter case and as part of a longer text; nothing when none
+// in any letter case, where it was replaced: a keyword also as part of a
+// longer text, any other value where it stands as a word; nothing when none
 // survives. The pseudonyms and the marker are set apart, and a value with a
 // letter is searched in the body's values only (the labels are the report's
 // own words, and a keyword may be one of them).

@@ -123,10 +123,12 @@ extern const Command kRedactCommand{
     .synopsis = "redact [--map FILE] [--keyword WORD]... IN OUT",
     .summary = "the report with who and where replaced by pseudonyms",
     .help = "Writes OUT, a copy of the report IN in which the computer's names, the\n"
-            "domain (not WORKGROUP), the user (in paths too), the accounts of the access\n"
-            "lists other than Windows' built-in ones, the product id, the adapters'\n"
-            "names, hardware addresses and DNS suffixes, and every WORD, in any letter\n"
-            "case and wherever they stand, are replaced by pseudonyms such as HOST-0001.\n"
+            "domain (not WORKGROUP), the user, the accounts of the access lists other\n"
+            "than Windows' built-in ones, the product id, the adapters' names, hardware\n"
+            "addresses and DNS suffixes, wherever they stand as a word of their own (a\n"
+            "value, a folder of a path, a word of a file name: a user \"or\" leaves\n"
+            "\"Orvane\" as it is), and every WORD, inside longer words too, are replaced\n"
+            "in any letter case by pseudonyms such as HOST-0001.\n"
             "Versions, sizes, times, attributes and hardware models are kept. OUT ends\n"
             "with a line \"Redacted: <kinds>\" and a checksum of its own; IN is never\n"
             "changed. The same value gets the same pseudonym throughout; with --map the\n"
