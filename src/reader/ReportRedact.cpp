@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bitset>
+#include <functional>
 
 #include "format/EntryText.h"
 #include "format/LineForms.h"
@@ -136,41 +137,84 @@ enum class Reach { Anywhere, WholeWord };
 
 Reach ReachOf(Kind kind) { return kind == Kind::Keyword ? Reach::Anywhere : Reach::WholeWord; }
 
+// Where the folded value next stands in the folded text, from `from`. The
+// text is a whole report's: a long value is looked for by a searcher that
+// skips ahead by its length, where one such as "02-fc-..." would stop at
+// every "0"; a short one by its first byte.
+class ValueSearch {
+public:
+    explicit ValueSearch(std::string_view value) : value_(value), skipping_(value.begin(), value.end()) {}
+    std::size_t Next(std::string_view text, std::size_t from) const {
+        if (value_.size() < kSkippingLength) return text.find(value_, from);
+        const auto at = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), skipping_);
+        return at == text.end() ? std::string_view::npos : static_cast<std::size_t>(at - text.begin());
+    }
+
+private:
+    static constexpr std::size_t kSkippingLength = 8;
+    std::string_view value_;
+    std::boyer_moore_horspool_searcher<std::string_view::const_iterator> skipping_;
+};
+
 // Whether the folded text holds the folded value within that reach.
 bool Holds(std::string_view text, std::string_view value, Reach reach) {
-    for (std::size_t at = text.find(value); at != std::string_view::npos; at = text.find(value, at + 1))
+    const ValueSearch search(value);
+    for (std::size_t at = search.Next(text, 0); at != std::string_view::npos; at = search.Next(text, at + 1))
         if (reach == Reach::Anywhere || StandsAsWord(text, at, value)) return true;
     return false;
 }
 
 // Replaces every original, in any letter case, by its pseudonym; the longest
-// original first where several start at the same place.
+// original first where several start at the same place. Index() must come
+// after the last Add() and before Apply().
+//
+// A map kept for a fleet holds many thousands of pseudonyms, each kept
+// whole: so a place is first asked whether any original begins with its
+// two bytes (one bit), and only then, for each length an original of its
+// first byte has, whether the text of that length there is one (one hash
+// look-up each), instead of comparing every original at every place.
 class Substitution {
 public:
+    Substitution() = default;
+    Substitution(const Substitution&) = delete;  // byFolded_ points into pairs_
+    Substitution& operator=(const Substitution&) = delete;
+
     void Add(const std::string& original, const std::string& pseudonym, Reach reach = Reach::Anywhere) {
-        if (original.empty()) return;
-        pairs_.push_back({FoldCase(original), pseudonym, reach});
-        firstBytes_.set(static_cast<unsigned char>(pairs_.back().folded[0]));
+        if (!original.empty()) pairs_.push_back({FoldCase(original), pseudonym, reach});
     }
-    void Sort() {
-        std::stable_sort(pairs_.begin(), pairs_.end(),
-                         [](const Pair& a, const Pair& b) { return a.folded.size() > b.folded.size(); });
+    void Index() {
+        for (std::size_t i = 0; i < pairs_.size(); ++i) {
+            const std::string& folded = pairs_[i].folded;
+            const auto first = static_cast<unsigned char>(folded[0]);
+            firstBytes_[first] = true;
+            if (folded.size() == 1)
+                singleBytes_[first] = true;
+            else
+                beginnings_[first << 8 | static_cast<unsigned char>(folded[1])] = true;
+            std::vector<std::size_t>& lengths = lengthsByFirstByte_[first];
+            if (std::find(lengths.begin(), lengths.end(), folded.size()) == lengths.end()) lengths.push_back(folded.size());
+            byFolded_[folded].push_back(i);  // in the order added: the first added wins
+        }
+        for (std::vector<std::size_t>& lengths : lengthsByFirstByte_) std::sort(lengths.rbegin(), lengths.rend());
     }
     void Apply(std::string& text) const {
         if (!MayHold(text)) return;  // most texts hold none: no copy
         const std::string folded = FoldCase(text);
         std::string out;
-        out.reserve(text.size());
+        std::size_t kept = 0;  // text[kept, i) is yet to be copied
         for (std::size_t i = 0; i < text.size();) {
             const Pair* match = MatchAt(folded, i);
-            if (match) {
-                out += match->pseudonym;
-                i += match->folded.size();
-            } else {
-                out += text[i++];
+            if (!match) {
+                ++i;
+                continue;
             }
+            if (out.empty()) out.reserve(text.size());
+            out.append(text, kept, i - kept).append(match->pseudonym);
+            i += match->folded.size();
+            kept = i;
         }
-        text = std::move(out);
+        if (kept == 0) return;  // nothing matched
+        text = std::move(out.append(text, kept));
     }
 
 private:
@@ -182,20 +226,32 @@ private:
         for (char c : text) {
             const unsigned char b = static_cast<unsigned char>(c);
             // A capital folds to its small letter: look for both.
-            if (firstBytes_.test(b) || (b >= 'A' && b <= 'Z' && firstBytes_.test(b + 32)) || b >= 0x80) return true;
+            if (firstBytes_[b] || (b >= 'A' && b <= 'Z' && firstBytes_[b + 32]) || b >= 0x80) return true;
         }
         return false;
     }
+    bool MayBeginAt(const std::string& folded, std::size_t at) const {
+        const auto first = static_cast<unsigned char>(folded[at]);
+        if (!firstBytes_[first]) return false;  // most places: one look at one byte
+        if (singleBytes_[first]) return true;
+        return at + 1 < folded.size() && beginnings_[first << 8 | static_cast<unsigned char>(folded[at + 1])];
+    }
     const Pair* MatchAt(const std::string& folded, std::size_t at) const {
-        if (!firstBytes_.test(static_cast<unsigned char>(folded[at]))) return nullptr;
-        for (const Pair& pair : pairs_)
-            if (folded.compare(at, pair.folded.size(), pair.folded) == 0 &&
-                (pair.reach == Reach::Anywhere || StandsAsWord(folded, at, pair.folded)))
-                return &pair;
+        if (!MayBeginAt(folded, at)) return nullptr;
+        for (std::size_t length : lengthsByFirstByte_[static_cast<unsigned char>(folded[at])]) {
+            if (at + length > folded.size()) continue;
+            const auto found = byFolded_.find(std::string_view(folded).substr(at, length));
+            if (found == byFolded_.end()) continue;
+            for (std::size_t i : found->second)
+                if (pairs_[i].reach == Reach::Anywhere || StandsAsWord(folded, at, pairs_[i].folded)) return &pairs_[i];
+        }
         return nullptr;
     }
     std::vector<Pair> pairs_;
-    std::bitset<256> firstBytes_;
+    std::array<bool, 256> firstBytes_{}, singleBytes_{};
+    std::vector<char> beginnings_ = std::vector<char>(1 << 16);    // first two bytes of the originals
+    std::array<std::vector<std::size_t>, 256> lengthsByFirstByte_;  // longest first
+    std::unordered_map<std::string_view, std::vector<std::size_t>> byFolded_;  // into pairs_, fixed by Index()
 };
 
 template <typename Optional, typename Visit>
@@ -378,12 +434,35 @@ char32_t FoldTwoByte(char32_t c) {
     return FoldLatinExtendedA(c);
 }
 
-}  // namespace
+// The kind of the first replaced value or keyword that the redacted body
+// still holds, each text of it made ready by `prepare` (folded, and maybe
+// more). A value with a letter is searched in every value of the body, each
+// on its own: the labels around them ("\tuser: ") are the report's own
+// words, not the customer's, and a keyword may well be one of them. Any
+// other value (digits and signs) is searched in the whole body. A keyword
+// is searched as part of a longer text too, any other value where it
+// stands as a word, as it was replaced: a user "or" that stands in
+// "Orvane" or "memory" was never there as a name.
+template <typename Prepare>
+std::optional<Kind> FirstHeld(std::u16string_view body, const Report& reread, const std::vector<Replacement>& replaced,
+                              const Prepare& prepare) {
+    std::string values;
+    const auto add = [&](const std::string& text) { (values += text) += kValueBreak; };
+    VisitTexts(reread, add);
+    VisitKeptTexts(reread, add);
+    add(reread.header.text.substr(HeaderValueStart(reread)));
+    const std::string inValues = prepare(std::move(values));
+    std::optional<std::string> inBody;  // made when a value without a letter asks for it
+    for (const Replacement& r : replaced) {
+        if (!HoldsALetter(r.original) && !inBody) inBody = prepare(Utf8FromUtf16(body));
+        const std::string& text = HoldsALetter(r.original) ? inValues : *inBody;
+        if (Holds(text, FoldCase(r.original), ReachOf(r.kind))) return r.kind;
+    }
+    return std::nullopt;
+}
 
-std::string_view KindName(Kind kind) { return kRedactionKinds[static_cast<std::size_t>(kind)]; }
-
-std::string FoldCase(std::string_view text) {
-    std::string folded(text);
+// FoldCase of a text the caller is done with, with no copy made.
+std::string FoldedInPlace(std::string folded) {
     for (std::size_t i = 0; i < folded.size(); ++i) {
         const unsigned char b = static_cast<unsigned char>(folded[i]);
         if (b >= 'A' && b <= 'Z') {
@@ -399,6 +478,12 @@ std::string FoldCase(std::string_view text) {
     }
     return folded;
 }
+
+}  // namespace
+
+std::string_view KindName(Kind kind) { return kRedactionKinds[static_cast<std::size_t>(kind)]; }
+
+std::string FoldCase(std::string_view text) { return FoldedInPlace(std::string(text)); }
 
 bool PseudonymMap::Read(std::string_view text, std::string& problem) {
     std::size_t number = 0;
@@ -435,9 +520,13 @@ std::string PseudonymMap::Text() const {
 }
 
 bool PseudonymMap::HoldsPseudonym(std::string_view text) const {
+    // Each place of the text asked once per length a pseudonym has (a few),
+    // not once per pseudonym (a fleet's map holds many thousands).
     const std::string folded = FoldCase(text);
-    return std::any_of(pseudonyms_.begin(), pseudonyms_.end(),
-                       [&](const std::string& pseudonym) { return folded.find(pseudonym) != std::string::npos; });
+    for (std::size_t length : pseudonymLengths_)
+        for (std::size_t at = 0; at + length <= folded.size(); ++at)
+            if (pseudonyms_.count(folded.substr(at, length))) return true;
+    return false;
 }
 
 std::vector<std::string> PseudonymMap::Pseudonyms() const {
@@ -462,13 +551,15 @@ const std::string& PseudonymMap::PseudonymOf(Kind kind, std::string_view origina
 void PseudonymMap::Add(Mapping mapping) {
     byOriginal_.emplace(MapKey(mapping.kind, mapping.original), mappings_.size());
     pseudonyms_.insert(FoldCase(mapping.pseudonym));
+    if (std::find(pseudonymLengths_.begin(), pseudonymLengths_.end(), mapping.pseudonym.size()) == pseudonymLengths_.end())
+        pseudonymLengths_.push_back(mapping.pseudonym.size());
     ++made_[static_cast<std::size_t>(mapping.kind)];
     mappings_.push_back(std::move(mapping));
 }
 
-Redacted RedactReport(const Report& report, const std::vector<std::string>& keywords, PseudonymMap& map) {
-    Redacted result{report, {}};
+Redacted RedactReport(Report report, const std::vector<std::string>& keywords, PseudonymMap& map) {
     std::vector<std::pair<Kind, std::string>> values = ValueFinder(report, map).Find();
+    Redacted result{std::move(report), {}};  // its texts replaced below, its marker last
     for (const std::string& keyword : keywords)
         if (!keyword.empty()) values.emplace_back(Kind::Keyword, keyword);
     Substitution substitution;
@@ -480,51 +571,41 @@ Redacted RedactReport(const Report& report, const std::vector<std::string>& keyw
     // A pseudonym already in the text (a report redacted before) stays
     // whole: a keyword such as "user" must not eat into "USER-0001".
     for (const std::string& pseudonym : map.Pseudonyms()) substitution.Add(pseudonym, pseudonym);
-    substitution.Sort();
+    substitution.Index();
     ApplyEverywhere(substitution, result.report);
     Redaction marker;
-    marker.kinds = MarkerKinds(report, result.replaced);
-    marker.line = report.lineCount + (report.redaction ? 0 : 2);
+    marker.kinds = MarkerKinds(result.report, result.replaced);
+    marker.line = result.report.lineCount + (result.report.redaction ? 0 : 2);
     result.report.lineCount = marker.line;
     result.report.redaction = std::move(marker);
     return result;
 }
 
 std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced) {
-    const Report reread = ParseReportBody(body);
+    return FindSurvivor(body, ParseReportBody(body), replaced);
+}
+
+std::optional<Kind> FindSurvivor(std::u16string_view body, const Report& reread,
+                                 const std::vector<Replacement>& replaced) {
     // The pseudonyms and the marker are the tool's own words: each set apart
     // as one mark, so that a keyword such as "host" is not found in
     // "HOST-0001", so that no two pieces around one join into a value, and
     // so that a name beside a pseudonym ("HOST-0001bob") is no more a word
-    // of its own than it was where the pseudonym was made.
+    // of its own than it was where the pseudonym was made. Setting apart
+    // only ever takes a hit away (the mark stands for letters, as the
+    // pseudonyms' edges are): a text that holds none as it is holds none
+    // set apart either, and that pass over the whole text is spared.
+    const auto folded = [](std::string text) { return FoldedInPlace(std::move(text)); };
+    if (!FirstHeld(body, reread, replaced, folded)) return std::nullopt;
     Substitution apart;
     const std::string mark(1, kPseudonymMark);
     for (const Replacement& r : replaced) apart.Add(r.pseudonym, mark);
     if (reread.redaction) apart.Add(RedactionLine(reread.redaction->kinds), mark);
-    apart.Sort();
-    const auto prepared = [&](std::string text) {
+    apart.Index();
+    return FirstHeld(body, reread, replaced, [&](std::string text) {
         apart.Apply(text);
-        return FoldCase(text);
-    };
-    // A value with a letter is searched in every value of the body, each on
-    // its own: the labels around them ("\tuser: ") are the report's own
-    // words, not the customer's, and a keyword may well be one of them. Any
-    // other value (digits and signs) is searched in the whole body. A
-    // keyword is searched as part of a longer text too, any other value
-    // where it stands as a word, as it was replaced: a user "or" that
-    // stands in "Orvane" or "memory" was never there as a name.
-    std::string values;
-    const auto add = [&](const std::string& text) { (values += text) += kValueBreak; };
-    VisitTexts(reread, add);
-    VisitKeptTexts(reread, add);
-    add(reread.header.text.substr(HeaderValueStart(reread)));
-    const std::string inValues = prepared(std::move(values));
-    const std::string inBody = prepared(Utf8FromUtf16(body));
-    for (const Replacement& r : replaced) {
-        const std::string& text = HoldsALetter(r.original) ? inValues : inBody;
-        if (Holds(text, FoldCase(r.original), ReachOf(r.kind))) return r.kind;
-    }
-    return std::nullopt;
+        return FoldedInPlace(std::move(text));
+    });
 }
 
 }  // namespace report_redact

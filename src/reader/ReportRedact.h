@@ -67,6 +67,7 @@ private:
     std::vector<Mapping> mappings_;
     std::unordered_map<std::string, std::size_t> byOriginal_;  // kind number, tab, folded original
     std::unordered_set<std::string> pseudonyms_;               // folded, so that no two meet
+    std::vector<std::size_t> pseudonymLengths_;                // each length once
     std::array<unsigned, kKindCount> made_{};
 };
 
@@ -83,7 +84,9 @@ struct Redacted {
 
 // Values and keywords must not hold a tab or a line break (a map file's
 // separators): the command line refuses such a keyword.
-Redacted RedactReport(const report_model::Report& report, const std::vector<std::string>& keywords, PseudonymMap& map);
+// The report is taken by value: a caller done with it moves it in, and no
+// copy of a large listing is made.
+Redacted RedactReport(report_model::Report report, const std::vector<std::string>& keywords, PseudonymMap& map);
 
 // The tool checking its own work on the body it is about to write, read
 // back: the kind of the first replaced value or keyword still found in it,
@@ -93,5 +96,8 @@ Redacted RedactReport(const report_model::Report& report, const std::vector<std:
 // letter is searched in the body's values only (the labels are the report's
 // own words, and a keyword may be one of them).
 std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced);
+// The same, with the body already read back (`reread`, ParseReportBody of it).
+std::optional<Kind> FindSurvivor(std::u16string_view body, const report_model::Report& reread,
+                                 const std::vector<Replacement>& replaced);
 
 }  // namespace report_redact
