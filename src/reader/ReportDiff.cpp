@@ -403,15 +403,20 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
 }
 
 namespace {
+nlohmann::ordered_json IsoOrNull(const CalendarStamp& stamp) {
+    if (stamp.iso.empty()) return nullptr;
+    return stamp.iso;
+}
+
 nlohmann::ordered_json EntryFactsJson(const std::optional<EntryFacts>& facts) {
     if (!facts) return nullptr;
     nlohmann::ordered_json json;
     json["version"] = facts->version;
     json["size"] = facts->size;
     json["created"] = facts->created.printed;
-    json["createdIso"] = facts->created.iso;
+    json["createdIso"] = IsoOrNull(facts->created);
     json["written"] = facts->written.printed;
-    json["writtenIso"] = facts->written.iso;
+    json["writtenIso"] = IsoOrNull(facts->written);
     return json;
 }
 }  // namespace

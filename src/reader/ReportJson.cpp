@@ -190,9 +190,9 @@ void PutEntry(JsonWriter& json, const DirectoryEntry& e) {
     Member(json, "attributes", ChecksumText(e.attributes));
     Member(json, "size", e.size);
     Member(json, "created", e.created.printed);
-    Member(json, "createdIso", e.created.iso);
+    MemberIf(json, "createdIso", !e.created.iso.empty(), e.created.iso);
     Member(json, "written", e.written.printed);
-    Member(json, "writtenIso", e.written.iso);
+    MemberIf(json, "writtenIso", !e.written.iso.empty(), e.written.iso);
     Member(json, "accessList", e.accessList);
     Member(json, "content", e.content);
     json.Close('}');
@@ -325,7 +325,19 @@ void JsonWriter::Unsigned(std::uint64_t value) {
     comma_ = true;
 }
 
-void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict) {
+void WriteHeaderTime(JsonWriter& json, const std::optional<HeaderTime>& time) {
+    if (!time) return json.Null();
+    json.Open('{');
+    Member(json, "iso", time->iso);
+    Member(json, "certain", time->Certain());
+    json.Key("settledBy");
+    time->settledBy ? json.String(SettledByName(*time->settledBy)) : json.Null();
+    Member(json, "readings", time->readings);
+    json.Close('}');
+}
+
+void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
+                     std::optional<std::int64_t> fileModified) {
     json.Open('{');
     Member(json, "schemaVersion", kReportSchemaVersion);
     json.Key("integrity");
@@ -343,6 +355,8 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
         json.Open('{');
         Member(json, "text", report.header.text);
         Member(json, "blankLineAfter", report.header.blankLineAfter);
+        json.Key("time");
+        WriteHeaderTime(json, ReadHeaderTime(report, fileModified));
         json.Close('}');
     } else {
         json.Null();
@@ -380,10 +394,10 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
     json.Close('}');
 }
 
-Json ReportToJson(const Report& report, const ReportVerdict& verdict) {
+Json ReportToJson(const Report& report, const ReportVerdict& verdict, std::optional<std::int64_t> fileModified) {
     std::string text;
     JsonWriter json(text);
-    WriteReportJson(json, report, verdict);
+    WriteReportJson(json, report, verdict, fileModified);
     return Json::parse(text);
 }
 

@@ -6,16 +6,18 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "format/ReportChecksum.h"
 #include "format/ReportVerdict.h"
 #include "reader/ReportModel.h"
+#include "reader/ReportTime.h"
 
 namespace report_model {
 
-inline constexpr int kReportSchemaVersion = 2;
+inline constexpr int kReportSchemaVersion = 3;
 
 // JSON text on one line, appended to a string, character for character what
 // DumpJson writes for the same values: collect writes a line per report, and
@@ -38,12 +40,19 @@ private:
     bool comma_ = false;  // a value stands before, in the same object or array
 };
 
-// The whole model; `verdict` is the file's (intact or altered).
-void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict);
+// The whole model; `verdict` is the file's (intact or altered),
+// `fileModified` its last write in seconds since 1970 UTC where the reader
+// has the file, which can settle the header's time (reader/ReportTime.h).
+void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
+                     std::optional<std::int64_t> fileModified = std::nullopt);
+
+// The header's time: {"iso", "certain", "settledBy", "readings"}, or null.
+void WriteHeaderTime(JsonWriter& json, const std::optional<HeaderTime>& time);
 
 // The same as a tree, read back from that text so that the form is written
 // in one place only.
-nlohmann::ordered_json ReportToJson(const Report& report, const ReportVerdict& verdict);
+nlohmann::ordered_json ReportToJson(const Report& report, const ReportVerdict& verdict,
+                                    std::optional<std::int64_t> fileModified = std::nullopt);
 
 // JSON text on one line; a lone surrogate kept in a text shows as U+FFFD.
 std::string DumpJson(const nlohmann::ordered_json& json, int indent = -1);

@@ -152,7 +152,7 @@ std::string_view DirectoryKindName(DirectoryKind kind);  // "current", "standard
 
 struct CalendarStamp {
     std::string printed;  // "07/03/2021  14:05:09"
-    std::string iso;      // "2021-03-07T14:05:09", local time as printed
+    std::string iso;      // "2021-03-07T14:05:09", local time as printed; empty when no real time
 };
 
 // "%08x %10d\t<created>\t<written>\t<name>\t<version>[ ACL:...]" and, on the
@@ -244,7 +244,8 @@ std::u16string Utf16FromUtf8(std::string_view text);
 std::string WithoutLoneSurrogates(std::string_view text);
 
 // "2021-03-07T14:05:09" from "07/03/2021  14:05:09"; empty when the text is
-// not a time in the report's form.
+// not a time in the report's form or names no real time ("31/02/2026
+// 25:61:61").
 std::string IsoFromReportTime(std::string_view printed);
 
 }  // namespace report_model

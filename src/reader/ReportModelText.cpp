@@ -6,6 +6,7 @@
 
 #include "format/EntryText.h"
 #include "format/NumberText.h"
+#include "reader/ReportTime.h"
 
 namespace report_model {
 
@@ -170,11 +171,9 @@ std::optional<CalendarTime> ParseReportTime(std::string_view printed) {
 }
 
 std::string IsoFromReportTime(std::string_view printed) {
-    if (!ParseReportTime(printed)) return {};
-    std::string iso;
-    iso.append(printed.substr(6, 4)).append("-").append(printed.substr(3, 2)).append("-");
-    iso.append(printed.substr(0, 2)).append("T").append(printed.substr(12, 8));
-    return iso;
+    const auto time = ParseReportTime(printed);
+    if (!time || !IsRealCalendarTime(*time)) return {};
+    return IsoText(*time);
 }
 
 }  // namespace report_model

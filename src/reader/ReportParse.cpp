@@ -578,7 +578,9 @@ private:
         e.written.printed = line.substr(tabs[2] + 1, tabs[3] - tabs[2] - 1);
         e.created.iso = IsoFromReportTime(e.created.printed);
         e.written.iso = IsoFromReportTime(e.written.printed);
-        if (e.created.iso.empty() || e.written.iso.empty()) return false;
+        // The form makes the line an entry; a time that cannot be (31/02) is
+        // kept as printed, with no ISO.
+        if (!ParseReportTime(e.created.printed) || !ParseReportTime(e.written.printed)) return false;
         e.name = line.substr(tabs[3] + 1, tabs[4] - tabs[3] - 1);
         std::string_view rest = line.substr(tabs[4] + 1);
         constexpr std::string_view acl = kAccessList.Narrow();

@@ -1,6 +1,8 @@
 #include "reportcheck/LoadedReport.h"
 
+#include <chrono>
 #include <cstring>
+#include <filesystem>
 
 #include "reader/TerminalText.h"
 
@@ -23,6 +25,14 @@ bool LoadBody(const NativeChar* path, LoadedReport& loaded) {
     return true;
 }
 
+std::optional<std::int64_t> ModifiedSeconds(const NativeChar* path) {
+    std::error_code error;
+    const auto time = std::filesystem::last_write_time(path, error);
+    if (error) return std::nullopt;
+    const auto since1970 = std::chrono::file_clock::to_sys(time).time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::seconds>(since1970).count();
+}
+
 }  // namespace
 
 LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody) {
@@ -30,6 +40,7 @@ LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody) {
     if (!LoadBody(path, loaded)) return loaded;
     loaded.state = LoadState::Report;
     loaded.report = report_model::ParseReportBody(loaded.body);
+    loaded.modified = ModifiedSeconds(path);
     if (keepBody == KeepBody::No) std::u16string().swap(loaded.body);
     return loaded;
 }

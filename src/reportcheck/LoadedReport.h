@@ -2,6 +2,8 @@
 // why there is none. Every command that reads reports starts here.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,6 +30,9 @@ struct LoadedReport {
     report_model::Report report;
     std::u16string body;  // the body as it is, for whoever quotes its lines
     std::size_t fileSize = 0;  // the file's bytes
+    // Its last write, seconds since 1970 UTC: what can settle the header's
+    // time (reader/ReportTime.h).
+    std::optional<std::int64_t> modified;
 };
 
 // Whether the caller quotes the body's lines (the page, the report tables);

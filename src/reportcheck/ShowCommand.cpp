@@ -28,7 +28,7 @@ int RunShow(const Arguments& arguments) {
     // reserved but never written cost no memory.
     compact.reserve(loaded.fileSize * 3 + 64 * 1024);
     report_model::JsonWriter json(compact);
-    report_model::WriteReportJson(json, loaded.report, loaded.verdict);
+    report_model::WriteReportJson(json, loaded.report, loaded.verdict, loaded.modified);
     compact += '\n';
     const int status = StatusOf(loaded);
     loaded = LoadedReport();
@@ -45,9 +45,11 @@ extern const Command kShowCommand{
     .summary = "the whole report as one JSON document",
     .help = "Prints the whole report FILE as one JSON document: its integrity (the\n"
             "checksum verdict and the line breaks found), every section's values as\n"
-            "typed fields, and, under \"unrecognised\", every line the reader did not\n"
-            "recognise where it stands, with its line number. Its form is described in\n"
-            "docs/report-model.schema.json (\"schemaVersion\").\n"
+            "typed fields, the header's date and time as ISO 8601 and whether that\n"
+            "reading is certain (day and month settled by the report's own file times\n"
+            "where they read both ways), and, under \"unrecognised\", every line the\n"
+            "reader did not recognise where it stands, with its line number. Its form\n"
+            "is described in docs/report-model.schema.json (\"schemaVersion\").\n"
             "Exit status: 0 intact, 1 altered (the JSON says so), 2 not a report or\n"
             "cannot be read (a message on standard error, nothing on standard output).\n",
     .options = kShowOptions,
