@@ -379,9 +379,7 @@ private:
     }
 
     void AddAccount(std::string_view entry) {
-        for (const AceKind kind : {AceKind::Allow, AceKind::Deny, AceKind::Other}) {
-            const std::wstring lead = FormatAccessEntry(kind, std::nullopt, 0);  // " Allow ;"
-            const std::string leadText(lead.begin(), lead.end() - 1);            // ASCII
+        for (const std::string& leadText : aceLeads_) {
             if (entry.substr(0, leadText.size()) != leadText) continue;
             std::string_view account = entry.substr(leadText.size());
             const std::size_t letters = account.rfind(" [");
@@ -397,8 +395,19 @@ private:
         }
     }
 
+    // " Allow ", " Deny ", ...: what comes before an account, made once.
+    static std::vector<std::string> AceLeads() {
+        std::vector<std::string> leads;
+        for (const AceKind kind : {AceKind::Allow, AceKind::Deny, AceKind::Other}) {
+            const std::wstring lead = FormatAccessEntry(kind, std::nullopt, 0);  // " Allow ;"
+            leads.emplace_back(lead.begin(), lead.end() - 1);                      // ASCII
+        }
+        return leads;
+    }
+
     const Report& report_;
     const PseudonymMap& map_;
+    const std::vector<std::string> aceLeads_ = AceLeads();
     std::vector<std::pair<Kind, std::string>> found_;
     std::unordered_set<std::string> seen_;
 };
@@ -461,13 +470,20 @@ std::optional<Kind> FirstHeld(std::u16string_view body, const Report& reread, co
     return std::nullopt;
 }
 
-// FoldCase of a text the caller is done with, with no copy made.
+// FoldCase of a text the caller is done with, with no copy made. ASCII's
+// capitals first, in a loop the compiler runs many bytes at a time; the
+// two-byte forms only when there is a byte beyond ASCII.
 std::string FoldedInPlace(std::string folded) {
+    bool beyondAscii = false;
+    for (char& c : folded) {
+        const unsigned char b = static_cast<unsigned char>(c);
+        c = static_cast<char>(static_cast<unsigned>(b - 'A') < 26u ? b + 32 : b);
+        beyondAscii |= b >= 0x80;
+    }
+    if (!beyondAscii) return folded;
     for (std::size_t i = 0; i < folded.size(); ++i) {
         const unsigned char b = static_cast<unsigned char>(folded[i]);
-        if (b >= 'A' && b <= 'Z') {
-            folded[i] = static_cast<char>(b + 32);
-        } else if ((b & 0xE0) == 0xC0 && i + 1 < folded.size() && (folded[i + 1] & 0xC0) == 0x80) {
+        if ((b & 0xE0) == 0xC0 && i + 1 < folded.size() && (folded[i + 1] & 0xC0) == 0x80) {
             const char32_t c = static_cast<char32_t>((b & 0x1F) << 6 | (folded[i + 1] & 0x3F));
             const char32_t small = FoldTwoByte(c);
             // Every fold above stays within two bytes (below U+0800).
