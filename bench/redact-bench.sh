@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # reportcheck redact side by side with reportcheck show --json on the same
 # report of 10,000 entries (each with an access list naming the user), in
-# one run: redact must take at most twice what show --json takes. Then the
-# same redaction with a map of 100,000 mappings (a fleet's, none of them this
-# machine's values), which redact reads, extends and writes again: its cost
-# is measured and written down, with no target.
+# one run: redact must take at most twice the processor time show --json
+# takes. Then the same redaction with a map of 100,000 mappings (a fleet's,
+# none of them this machine's values), which redact reads, extends and
+# writes again: its cost is measured and written down, with no target.
 # Both the wall-clock seconds and the processor seconds (user + system) are
 # given: on a machine shared with other work the wall clock also counts the
 # waits for a processor, the processor seconds only the command's own work.
@@ -99,7 +99,9 @@ show=$(column 1 "${show_times[@]}") show_cpu=$(column 2 "${show_times[@]}")
 redact=$(column 1 "${redact_times[@]}") redact_cpu=$(column 2 "${redact_times[@]}")
 map=$(column 1 "${map_times[@]}") map_cpu=$(column 2 "${map_times[@]}")
 ratio() { /usr/bin/python3 -c "print(f'{$1 / max($2, 0.001):.2f}')"; }
-verdict=$(/usr/bin/python3 -c "print('within' if $redact <= 2 * max($show, 0.001) else 'OVER')")
+# Judged on the processor seconds: the wall clock of a shared machine also
+# counts the other work's turns, which fall on either command by chance.
+verdict=$(/usr/bin/python3 -c "print('within' if $redact_cpu <= 2 * max($show_cpu, 0.001) else 'OVER')")
 
 cat >"$results" <<MD
 # reportcheck redact: figures
@@ -116,8 +118,8 @@ work, whatever else the machine runs meanwhile).
 | \`redact --keyword orvane\` | $redact | $redact_cpu |
 | \`redact --map FLEET --keyword orvane\` ($mappings mappings) | $map | $map_cpu |
 
-redact / show --json: **$(ratio "$redact" "$show")** ($verdict the target of 2; in processor
-seconds $(ratio "$redact_cpu" "$show_cpu")).
+redact / show --json in processor seconds: **$(ratio "$redact_cpu" "$show_cpu")** ($verdict the target of 2);
+by the wall clock $(ratio "$redact" "$show").
 
 A map of $mappings mappings (a fleet's computer names, users, adapters' names,
 hardware addresses and DNS suffixes, none of them this report's) costs
@@ -127,5 +129,5 @@ report's values and writes it again. Each place of the text is asked once
 per length the pseudonyms have, not once per pseudonym, so the map's size
 costs the reading and writing of it, not a search per mapping.
 MD
-echo "redact: $redact s, show --json: $show s, ratio $(ratio "$redact" "$show") ($verdict the target of 2); with a map of $mappings: $map s"
+echo "redact: $redact_cpu s, show --json: $show_cpu s of processor, ratio $(ratio "$redact_cpu" "$show_cpu") ($verdict the target of 2); with a map of $mappings: $map_cpu s"
 [[ $verdict == within ]]
