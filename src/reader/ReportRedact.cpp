@@ -73,6 +73,38 @@ std::string MakePseudonym(Kind kind, unsigned number) {
     return Numbered("KEYWORD-", number, 4);
 }
 
+bool AllHex(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= '0' && c <= '9') || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
+    });
+}
+
+// Whether the value reads as a pseudonym redact makes, of any kind:
+// "HOST-0001", "XXXXX-XXX-XXXXXXX-00001", "02-00-00-00-00-01". Such a value
+// (of a report redacted before, with no map at hand) says nothing of the
+// customer: it is left as it is, never given a pseudonym of its own.
+bool ReadsAsPseudonym(std::string_view value) {
+    for (std::size_t i = 0; i < kKindCount; ++i) {
+        const Kind kind = static_cast<Kind>(i);
+        const std::string form = MakePseudonym(kind, 0);
+        if (kind == Kind::HardwareAddress) {
+            constexpr std::string_view kLead = "02-00-";
+            if (value.size() == form.size() && value.substr(0, kLead.size()) == kLead &&
+                AllHex(value.substr(6, 2)) && AllHex(value.substr(9, 2)) && AllHex(value.substr(12, 2)) &&
+                AllHex(value.substr(15, 2)) && value[8] == '-' && value[11] == '-' && value[14] == '-')
+                return true;
+            continue;
+        }
+        const std::size_t digits = form.size() - form.find_last_not_of('0') - 1;
+        const std::string_view lead = std::string_view(form).substr(0, form.size() - digits);
+        const std::string_view number = value.substr(std::min(lead.size(), value.size()));
+        if (FoldCase(value.substr(0, lead.size())) == FoldCase(lead) && number.size() >= digits &&
+            std::all_of(number.begin(), number.end(), [](char c) { return c >= '0' && c <= '9'; }))
+            return true;
+    }
+    return false;
+}
+
 std::optional<Kind> KindNamed(std::string_view name) {
     for (std::size_t i = 0; i < kKindCount; ++i)
         if (kRedactionKinds[i] == name) return static_cast<Kind>(i);
@@ -361,7 +393,8 @@ public:
 
 private:
     void Add(Kind kind, std::string_view value) {
-        if (value.empty() || seen_.count(FoldCase(value)) || map_.HoldsPseudonym(value)) return;
+        if (value.empty() || seen_.count(FoldCase(value)) || ReadsAsPseudonym(value) || map_.HoldsPseudonym(value))
+            return;
         seen_.insert(FoldCase(value));
         found_.emplace_back(kind, std::string(value));
     }

@@ -319,3 +319,20 @@ TEST(ReportRedact, TheSelfCheckFindsANameAsAWordAndAKeywordAnywhere) {
     EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\KEYWORD-0001s", "in the Toolbox"), Kind::Keyword);
     EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\TOOLS", "memory of Orvane"), Kind::Keyword);
 }
+
+// A value that reads as a pseudonym (a report redacted before, redacted
+// again without its map) says nothing of the customer: it is left as it
+// is, and no other value's pseudonym is ever the same text.
+TEST(ReportRedact, AValueThatReadsAsAPseudonymIsLeftAsItIs) {
+    PseudonymMap map;
+    const Redacted redacted = RedactReport(
+        Parse("\nHost:\n\tname: HOST-0001 (WORKGROUP\\host-0001)\n\tuser: anne\n\nWindows:\n"
+              "\tid: xxxxx-xxx-xxxxxxx-00001\n\nNetwork:\nAdapters enumeration:\n\tAdapter name: ADAPTER-12345\n"
+              "\tDNS Suffix: DNS-001\n\tPhysical address: 02-00-00-00-0a-01\n\n"),
+        {}, map);
+    EXPECT_EQ(Rendered(redacted.report),
+              "\nHost:\n\tname: HOST-0001 (WORKGROUP\\host-0001)\n\tuser: USER-0001\n\nWindows:\n"
+              "\tid: xxxxx-xxx-xxxxxxx-00001\n\nNetwork:\nAdapters enumeration:\n\tAdapter name: ADAPTER-12345\n"
+              "\tDNS Suffix: DNS-0001\n\tPhysical address: 02-00-00-00-0a-01\n\n\nRedacted: user, DNS suffix\n");
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced));
+}
