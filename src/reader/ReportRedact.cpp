@@ -371,7 +371,7 @@ bool HoldsALetter(std::string_view text) {
 // The values of one report to hide, each with its kind, found in order.
 class ValueFinder {
 public:
-    ValueFinder(const Report& report, const PseudonymMap& map) : report_(report), map_(map) {}
+    ValueFinder(const Report& report, PseudonymMap& map) : report_(report), map_(map) {}
 
     std::vector<std::pair<Kind, std::string>> Find() {
         const HostSection& host = report_.host;
@@ -393,6 +393,7 @@ public:
 
 private:
     void Add(Kind kind, std::string_view value) {
+        if (ReadsAsPseudonym(value)) map_.Reserve(value);  // kept, and no other value's
         if (value.empty() || seen_.count(FoldCase(value)) || ReadsAsPseudonym(value) || map_.HoldsPseudonym(value))
             return;
         seen_.insert(FoldCase(value));
@@ -439,7 +440,7 @@ private:
     }
 
     const Report& report_;
-    const PseudonymMap& map_;
+    PseudonymMap& map_;
     const std::vector<std::string> aceLeads_ = AceLeads();
     std::vector<std::pair<Kind, std::string>> found_;
     std::unordered_set<std::string> seen_;
@@ -597,11 +598,15 @@ const std::string& PseudonymMap::PseudonymOf(Kind kind, std::string_view origina
     return mappings_.back().pseudonym;
 }
 
+void PseudonymMap::Reserve(std::string_view pseudonym) {
+    pseudonyms_.insert(FoldCase(pseudonym));
+    if (std::find(pseudonymLengths_.begin(), pseudonymLengths_.end(), pseudonym.size()) == pseudonymLengths_.end())
+        pseudonymLengths_.push_back(pseudonym.size());
+}
+
 void PseudonymMap::Add(Mapping mapping) {
     byOriginal_.emplace(MapKey(mapping.kind, mapping.original), mappings_.size());
-    pseudonyms_.insert(FoldCase(mapping.pseudonym));
-    if (std::find(pseudonymLengths_.begin(), pseudonymLengths_.end(), mapping.pseudonym.size()) == pseudonymLengths_.end())
-        pseudonymLengths_.push_back(mapping.pseudonym.size());
+    Reserve(mapping.pseudonym);
     ++made_[static_cast<std::size_t>(mapping.kind)];
     mappings_.push_back(std::move(mapping));
 }

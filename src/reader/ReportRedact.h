@@ -56,6 +56,9 @@ public:
     // Whether the text holds one of the map's pseudonyms: a value of a
     // report redacted before, left as it is.
     bool HoldsPseudonym(std::string_view text) const;
+    // A text that reads as a pseudonym and stands in the report as it is:
+    // no value is given it (it is not a mapping: the map file leaves it out).
+    void Reserve(std::string_view pseudonym);
     std::vector<std::string> Pseudonyms() const;
 
 private:

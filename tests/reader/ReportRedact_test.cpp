@@ -326,13 +326,15 @@ TEST(ReportRedact, TheSelfCheckFindsANameAsAWordAndAKeywordAnywhere) {
 TEST(ReportRedact, AValueThatReadsAsAPseudonymIsLeftAsItIs) {
     PseudonymMap map;
     const Redacted redacted = RedactReport(
-        Parse("\nHost:\n\tname: HOST-0001 (WORKGROUP\\host-0001)\n\tuser: anne\n\nWindows:\n"
+        Parse("\nHost:\n\tname: HOST-0001 (WORKGROUP\\host-0001)\n\tuser: USER-0001\n\nWindows:\n"
               "\tid: xxxxx-xxx-xxxxxxx-00001\n\nNetwork:\nAdapters enumeration:\n\tAdapter name: ADAPTER-12345\n"
               "\tDNS Suffix: DNS-001\n\tPhysical address: 02-00-00-00-0a-01\n\n"),
         {}, map);
     EXPECT_EQ(Rendered(redacted.report),
               "\nHost:\n\tname: HOST-0001 (WORKGROUP\\host-0001)\n\tuser: USER-0001\n\nWindows:\n"
               "\tid: xxxxx-xxx-xxxxxxx-00001\n\nNetwork:\nAdapters enumeration:\n\tAdapter name: ADAPTER-12345\n"
-              "\tDNS Suffix: DNS-0001\n\tPhysical address: 02-00-00-00-0a-01\n\n\nRedacted: user, DNS suffix\n");
+              "\tDNS Suffix: DNS-0001\n\tPhysical address: 02-00-00-00-0a-01\n\n\nRedacted: DNS suffix\n");
     EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced));
+    // The next user is not given the text a value kept holds.
+    EXPECT_EQ(map.PseudonymOf(Kind::User, "anne"), "USER-0002");
 }
