@@ -86,7 +86,7 @@ bool AllHex(std::string_view text) {
 bool ReadsAsPseudonym(std::string_view value) {
     for (std::size_t i = 0; i < kKindCount; ++i) {
         const Kind kind = static_cast<Kind>(i);
-        const std::string form = MakePseudonym(kind, 0);
+        const std::string form = MakePseudonym(kind, 0);  // "HOST-0000"
         if (kind == Kind::HardwareAddress) {
             constexpr std::string_view kLead = "02-00-";
             if (value.size() == form.size() && value.substr(0, kLead.size()) == kLead &&
@@ -393,11 +393,13 @@ public:
 
 private:
     void Add(Kind kind, std::string_view value) {
-        if (ReadsAsPseudonym(value)) map_.Reserve(value);  // kept, and no other value's
-        if (value.empty() || seen_.count(FoldCase(value)) || ReadsAsPseudonym(value) || map_.HoldsPseudonym(value))
+        // Each value looked at once: an account stands in every entry's list.
+        if (value.empty() || !seen_.insert(FoldCase(value)).second) return;
+        if (ReadsAsPseudonym(value)) {
+            map_.Reserve(value);  // kept, and no other value's
             return;
-        seen_.insert(FoldCase(value));
-        found_.emplace_back(kind, std::string(value));
+        }
+        if (!map_.HoldsPseudonym(value)) found_.emplace_back(kind, std::string(value));
     }
 
     // " Allow DOMAIN\name [RWX]; Deny name [ W ];": the accounts between the
