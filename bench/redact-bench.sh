@@ -12,42 +12,35 @@
 #   DIAG_REDACT_MAP      mappings in the large map (100000)
 #   DIAG_REDACT_RUNS     timed runs of each, the best kept (5)
 #   DIAG_REDACT_RESULTS  the page to write (bench/REDACT-RESULTS.md)
-# The reportcheck measured is an optimised build without sanitizers, as users
-# run it, in build-bench-native/.
+# The reportcheck measured is the one users run: the optimised build without
+# sanitizers, in build-native/ (make native).
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source bench/native-bench.sh
 
 entries=${DIAG_REDACT_ENTRIES:-10000}
 mappings=${DIAG_REDACT_MAP:-100000}
 runs=${DIAG_REDACT_RUNS:-5}
 results=${DIAG_REDACT_RESULTS:-bench/REDACT-RESULTS.md}
-build=build-bench-native
 
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DDIAG_SANITIZE=OFF >/dev/null
-cmake --build "$build" --target reportcheck >/dev/null
-checker="$build/bin/reportcheck"
-
-work=$(mktemp -d /tmp/orvane-redact-bench.XXXXXX)
-trap 'rm -rf "$work"' EXIT
+user_reportcheck
+bench_work redact
 
 # A real report (made by the program under Wine) with the entries added to
 # its current directory, and its checksum made again.
-/usr/bin/python3 - "$entries" tests/reportcheck/data/wine-report.txt "$work/big.txt" <<'PY'
+/usr/bin/python3 - "$entries" "$bench_source" "$work/big.txt" <<'PY'
 import sys
+sys.path.insert(0, 'bench')
+from reportfile import read_body, write_report
 count, source, target = int(sys.argv[1]), sys.argv[2], sys.argv[3]
-body = open(source, 'rb').read()[2:-30].decode('utf-16-le')
+body = read_body(source)
 lines = body.split('\r\n')
 user = next(l for l in lines if l.startswith('\tuser: '))[len('\tuser: '):]
 at = next(i for i, l in enumerate(lines) if l.startswith('* Current directory')) + 1
 added = ['\t00000020 %10d\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tfile%05d.dll\t9.3.1.%d ACL: Allow '
          'BUILTIN\\Administrators [RWX]; Allow VM\\%s [RWX];' % ((i * 7919) % 100000, i, i % 50, user)
          for i in range(count)]
-text = '\r\n'.join(lines[:at] + added + lines[at:])
-lanes = [4, 3, 2, 1]
-for i, c in enumerate(text):
-    lanes[i % 4] ^= ord(c) & 0xFF
-checksum = lanes[0] | lanes[1] << 8 | lanes[2] << 16 | lanes[3] << 24
-open(target, 'wb').write(b'\xff\xfe' + text.encode('utf-16-le') + ('\n--- \n%08x\n' % checksum).encode('utf-16-le'))
+write_report(target, '\r\n'.join(lines[:at] + added + lines[at:]))
 PY
 "$checker" check "$work/big.txt" >/dev/null
 
