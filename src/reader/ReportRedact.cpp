@@ -6,6 +6,7 @@
 
 #include "format/EntryText.h"
 #include "format/LineForms.h"
+#include "format/NumberText.h"
 #include "reader/ReportRender.h"
 
 namespace report_redact {
@@ -48,13 +49,9 @@ std::string Numbered(std::string_view lead, unsigned number, int digits) {
 // "02-00-00-00-00-01": a locally administered address, which no maker's
 // card carries.
 std::string HardwareAddressPseudonym(unsigned number) {
-    static constexpr char kHex[] = "0123456789ABCDEF";
     std::string text = "02-00";
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        text += '-';
-        text += kHex[number >> (shift + 4) & 0xF];
-        text += kHex[number >> shift & 0xF];
-    }
+    for (int shift = 24; shift >= 0; shift -= 8)
+        text += '-' + numtext::Hex<char>(number >> shift & 0xFF, 2, /*upper=*/true);
     return text;
 }
 
