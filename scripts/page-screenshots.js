@@ -25,10 +25,15 @@ for (let i = 1; i <= 8; i++) {
 
 (async () => {
   const browser = await chromium.launch({ executablePath: process.env.DIAG_CHROMIUM || '/usr/bin/chromium' });
+  // Pages made from inside the work folder, of files named as a user's
+  // would be: their titles show no temporary path.
+  for (const name of ['wine-report.txt', 'wine-before.txt', 'wine-after.txt'])
+    fs.copyFileSync(path.join(s.DATA, name), path.join(dir, name.replace('wine-', '')));
+  process.chdir(dir);
   const shots = [
-    ['report', [path.join(s.DATA, 'wine-report.txt')], null],
-    ['comparison', ['--against', path.join(s.DATA, 'wine-before.txt'), path.join(s.DATA, 'wine-after.txt')], '#L107'],
-    ['fleet', [fleet], null]];
+    ['report', ['report.txt'], null],
+    ['comparison', ['--against', 'before.txt', 'after.txt'], '#L107'],
+    ['fleet', ['reports'], null]];
   for (const [kind, args, scrollTo] of shots) {
     for (const lang of ['en', 'fr']) {
       const made = s.makePage(dir, kind + '-' + lang + '.html', ['--lang', lang, ...args]);
