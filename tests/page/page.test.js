@@ -383,7 +383,7 @@ test.describe('fleet page', () => {
     expect(made.status).toBe(2);
     const seen = await s.openPage(page, made.url);
     const table = page.locator('.table-block').first();
-    await expect(page.locator('.sub')).toHaveText('10001 files: 0 altered, 1 not reports or unreadable.');
+    await expect(page.locator('.sub')).toHaveText('10001 files: 0 altered, 1 not a report or unreadable.');
     await expect(table.locator('tbody tr')).toHaveCount(100);
     await expect(table.locator('.count')).toHaveText('10001 of 10001 shown');
     await expect(table.locator('.pager span')).toHaveText('Page 1 of 101');
@@ -441,6 +441,7 @@ test.describe('fleet page: rules that could not check a report', () => {
     const made = s.makePage(dir, 'fleet.html', ['--lang', 'en', reports]);
     expect(made.status).toBe(2);
     const seen = await s.openPage(page, made.url);
+    await expect(page.locator('.sub')).toHaveText('3 files: 0 altered, 1 not a report or unreadable.');
     const table = page.locator('.table-block').first();
     await expect(table.locator('thead th')).toHaveText(
       ['Machine', 'User', 'Report of', 'Verdict', 'Errors', 'Warnings', 'Information', 'Not checked by', 'File']);
@@ -469,6 +470,7 @@ test.describe('fleet page: rules that could not check a report', () => {
     const { dir, reports } = fleetOfThree();
     const made = s.makePage(dir, 'fleet.html', ['--lang', 'fr', reports]);
     await s.openPage(page, made.url);
+    await expect(page.locator('.sub')).toHaveText('3 fichiers : 0 modifié, 1 qui n\u2019est pas un rapport ou est illisible.');
     const table = page.locator('.table-block').first();
     await expect(table.locator('thead th').nth(7)).toHaveText('Non vérifié par');
     const cells = table.locator('tbody tr td:nth-child(8)');

@@ -38,7 +38,8 @@
       against: (f) => 'Compared with the old report ' + f,
       verdictNames: { intact: 'intact', altered: 'altered', 'not a report': 'not a report', unreadable: 'unreadable' },
       reports: 'Reports', fleetFindings: 'Findings across the fleet', files: 'Files of the suite',
-      fleetCounts: (n, a, b) => n + ' files: ' + a + ' altered, ' + b + ' not reports or unreadable.',
+      fleetCounts: (n, a, b) => n + (n === 1 ? ' file: ' : ' files: ') + a + ' altered, ' + b +
+        (b === 1 ? ' not a report or unreadable.' : ' not reports or unreadable.'),
       noFleetFindings: 'No findings in these reports.', noFiles: 'No file of the suite in these reports.',
       page: (a, b) => 'Page ' + a + ' of ' + b, previous: 'Previous page', next: 'Next page',
       andMore: (n) => ' and ' + n + ' more', showMachines: 'Show the machines',
@@ -80,7 +81,9 @@
       against: (f) => 'Comparé à l’ancien rapport ' + f,
       verdictNames: { intact: 'intact', altered: 'modifié', 'not a report': 'pas un rapport', unreadable: 'illisible' },
       reports: 'Rapports', fleetFindings: 'Constats sur le parc', files: 'Fichiers de la suite',
-      fleetCounts: (n, a, b) => n + ' fichiers : ' + a + ' modifiés, ' + b + ' qui ne sont pas des rapports ou illisibles.',
+      // French counts 0 and 1 in the singular.
+      fleetCounts: (n, a, b) => n + (n > 1 ? ' fichiers : ' : ' fichier : ') + a + (a > 1 ? ' modifiés, ' : ' modifié, ') + b +
+        (b > 1 ? ' qui ne sont pas des rapports ou sont illisibles.' : ' qui n\u2019est pas un rapport ou est illisible.'),
       noFleetFindings: 'Aucun constat dans ces rapports.', noFiles: 'Aucun fichier de la suite dans ces rapports.',
       page: (a, b) => 'Page ' + a + ' sur ' + b, previous: 'Page précédente', next: 'Page suivante',
       andMore: (n) => ' et ' + n + ' autres', showMachines: 'Montrer les machines',
