@@ -183,8 +183,8 @@ private:
                 items_.back().facts = EntryFacts{e.version, e.size, e.created, e.written};
                 Add(s, subject, "version", e.version);
                 Add(s, subject, "size", SignedText(e.size));
-                Add(s, subject, "created", e.created.printed);
-                Add(s, subject, "written", e.written.printed);
+                Add(s, subject, "created", e.created.Printed());
+                Add(s, subject, "written", e.written.Printed());
                 Add(s, subject, "attributes", ChecksumText(e.attributes));
                 Add(s, subject, "ACL", e.accessList);
                 Add(s, subject, "content", e.content);
@@ -408,10 +408,10 @@ nlohmann::ordered_json EntryFactsJson(const std::optional<EntryFacts>& facts) {
     nlohmann::ordered_json json;
     json["version"] = facts->version;
     json["size"] = facts->size;
-    json["created"] = facts->created.printed;
-    json["createdIso"] = facts->created.iso;
-    json["written"] = facts->written.printed;
-    json["writtenIso"] = facts->written.iso;
+    json["created"] = facts->created.Printed();
+    json["createdIso"] = facts->created.Iso();
+    json["written"] = facts->written.Printed();
+    json["writtenIso"] = facts->written.Iso();
     return json;
 }
 }  // namespace

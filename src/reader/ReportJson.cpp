@@ -189,10 +189,10 @@ void PutEntry(JsonWriter& json, const DirectoryEntry& e) {
     Member(json, "version", e.version);
     Member(json, "attributes", ChecksumText(e.attributes));
     Member(json, "size", e.size);
-    Member(json, "created", e.created.printed);
-    Member(json, "createdIso", e.created.iso);
-    Member(json, "written", e.written.printed);
-    Member(json, "writtenIso", e.written.iso);
+    Member(json, "created", e.created.Printed());
+    Member(json, "createdIso", e.created.Iso());
+    Member(json, "written", e.written.Printed());
+    Member(json, "writtenIso", e.written.Iso());
     Member(json, "accessList", e.accessList);
     Member(json, "content", e.content);
     json.Close('}');

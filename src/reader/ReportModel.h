@@ -150,9 +150,21 @@ struct NetworkSection {
 enum class DirectoryKind { Current, Standard, Registry, SharedParameters, SharedBatch };
 std::string_view DirectoryKindName(DirectoryKind kind);  // "current", "standard", ...
 
-struct CalendarStamp {
-    std::string printed;  // "07/03/2021  14:05:09"
-    std::string iso;      // "2021-03-07T14:05:09", local time as printed
+// A directory entry's time as the report prints it, "07/03/2021  14:05:09"
+// (day first, local time). A large report holds two per entry, hundreds of
+// thousands of them: each is kept as its numbers (8 bytes, where the two
+// texts took 128) and written out again when asked for.
+class CalendarStamp {
+public:
+    // Nothing when the text is not a time in the report's form.
+    static std::optional<CalendarStamp> FromPrinted(std::string_view printed);
+    std::string Printed() const;  // "07/03/2021  14:05:09", exactly as read
+    std::string Iso() const;      // "2021-03-07T14:05:09", local time as printed
+    bool operator==(const CalendarStamp&) const = default;
+
+private:
+    std::uint16_t year_ = 0;
+    std::uint8_t day_ = 0, month_ = 0, hour_ = 0, minute_ = 0, second_ = 0;
 };
 
 // "%08x %10d\t<created>\t<written>\t<name>\t<version>[ ACL:...]" and, on the

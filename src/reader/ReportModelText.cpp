@@ -2,6 +2,7 @@
 // conversions, numbers in the report's exact forms, the report's time form.
 #include "reader/ReportModelText.h"
 
+#include <initializer_list>
 #include <limits>
 
 #include "format/EntryText.h"
@@ -169,12 +170,46 @@ std::optional<CalendarTime> ParseReportTime(std::string_view printed) {
     return time;
 }
 
+namespace {
+// A time's numbers in decimal, each in its width with leading zeros, each
+// followed by its separator.
+struct TimePart {
+    unsigned value;
+    std::size_t width;
+    std::string_view after;
+};
+std::string TimeText(std::initializer_list<TimePart> parts) {
+    std::string text;
+    for (const TimePart& part : parts) text.append(numtext::Unsigned<char>(part.value, 10, false, part.width)).append(part.after);
+    return text;
+}
+}  // namespace
+
+std::optional<CalendarStamp> CalendarStamp::FromPrinted(std::string_view printed) {
+    const auto time = ParseReportTime(printed);
+    if (!time) return std::nullopt;
+    // The form's two and four digits fit: 99 and 9999 at most.
+    CalendarStamp stamp;
+    stamp.year_ = static_cast<std::uint16_t>(time->year);
+    stamp.day_ = static_cast<std::uint8_t>(time->day);
+    stamp.month_ = static_cast<std::uint8_t>(time->month);
+    stamp.hour_ = static_cast<std::uint8_t>(time->hour);
+    stamp.minute_ = static_cast<std::uint8_t>(time->minute);
+    stamp.second_ = static_cast<std::uint8_t>(time->second);
+    return stamp;
+}
+
+std::string CalendarStamp::Printed() const {
+    return TimeText({{day_, 2, "/"}, {month_, 2, "/"}, {year_, 4, "  "}, {hour_, 2, ":"}, {minute_, 2, ":"}, {second_, 2, ""}});
+}
+
+std::string CalendarStamp::Iso() const {
+    return TimeText({{year_, 4, "-"}, {month_, 2, "-"}, {day_, 2, "T"}, {hour_, 2, ":"}, {minute_, 2, ":"}, {second_, 2, ""}});
+}
+
 std::string IsoFromReportTime(std::string_view printed) {
-    if (!ParseReportTime(printed)) return {};
-    std::string iso;
-    iso.append(printed.substr(6, 4)).append("-").append(printed.substr(3, 2)).append("-");
-    iso.append(printed.substr(0, 2)).append("T").append(printed.substr(12, 8));
-    return iso;
+    const auto stamp = CalendarStamp::FromPrinted(printed);
+    return stamp ? stamp->Iso() : std::string();
 }
 
 }  // namespace report_model

@@ -574,11 +574,11 @@ private:
         if (!size) return false;
         e.attributes = attributes;
         e.size = static_cast<std::int32_t>(*size);
-        e.created.printed = line.substr(tabs[1] + 1, tabs[2] - tabs[1] - 1);
-        e.written.printed = line.substr(tabs[2] + 1, tabs[3] - tabs[2] - 1);
-        e.created.iso = IsoFromReportTime(e.created.printed);
-        e.written.iso = IsoFromReportTime(e.written.printed);
-        if (e.created.iso.empty() || e.written.iso.empty()) return false;
+        const auto created = CalendarStamp::FromPrinted(line.substr(tabs[1] + 1, tabs[2] - tabs[1] - 1));
+        const auto written = CalendarStamp::FromPrinted(line.substr(tabs[2] + 1, tabs[3] - tabs[2] - 1));
+        if (!created || !written) return false;
+        e.created = *created;
+        e.written = *written;
         e.name = line.substr(tabs[3] + 1, tabs[4] - tabs[3] - 1);
         std::string_view rest = line.substr(tabs[4] + 1);
         constexpr std::string_view acl = kAccessList.Narrow();

@@ -323,8 +323,8 @@ void TableWriter::AddInstallation(std::int64_t id, const Report& r) {
         for (const report_model::DirectoryEntry& e : d.entries) {
             entry_.Execute(id, static_cast<std::int64_t>(e.line), kind, std::string_view(e.name),
                            static_cast<std::int64_t>(e.attributes), static_cast<std::int64_t>(e.size),
-                           std::string_view(e.created.printed), std::string_view(e.created.iso),
-                           std::string_view(e.written.printed), std::string_view(e.written.iso),
+                           std::string_view(e.created.Printed()), std::string_view(e.created.Iso()),
+                           std::string_view(e.written.Printed()), std::string_view(e.written.Iso()),
                            std::string_view(e.version), e.accessList, e.content);
         }
     }

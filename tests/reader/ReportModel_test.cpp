@@ -68,8 +68,8 @@ TEST(ReportModel, ReadsEveryFieldOfAReport) {
     EXPECT_EQ(inst.directories[0].entries[1].name, "tool.dll");
     EXPECT_EQ(inst.directories[0].entries[1].version, "9.3.1.0");
     EXPECT_EQ(inst.directories[0].entries[1].size, 4753);
-    EXPECT_EQ(inst.directories[0].entries[1].created.iso, "2021-03-07T14:05:09");
-    EXPECT_EQ(inst.directories[0].entries[1].written.iso, "2021-03-08T09:00:00");
+    EXPECT_EQ(inst.directories[0].entries[1].created.Iso(), "2021-03-07T14:05:09");
+    EXPECT_EQ(inst.directories[0].entries[1].written.Iso(), "2021-03-08T09:00:00");
     EXPECT_EQ(inst.directories[2].kind, DirectoryKind::Registry);
     EXPECT_EQ(inst.directories[2].path, "D:\\Suite");
     const DirectoryEntry& big = inst.directories[2].entries[0];
