@@ -253,6 +253,11 @@ void JsonWriter::Open(char bracket) {
 void JsonWriter::Close(char bracket) {
     out_ += bracket;
     comma_ = true;
+    constexpr std::size_t kDrainBytes = 64 * 1024;
+    if (drain_ && out_.size() >= kDrainBytes) {
+        drain_(out_);
+        out_.clear();
+    }
 }
 
 void JsonWriter::Key(std::string_view key) {

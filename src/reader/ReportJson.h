@@ -6,8 +6,10 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "format/ReportChecksum.h"
 #include "format/ReportVerdict.h"
@@ -23,6 +25,10 @@ inline constexpr int kReportSchemaVersion = 2;
 class JsonWriter {
 public:
     explicit JsonWriter(std::string& out) : out_(out) {}
+    // With `drain`, the text made so far goes to it, and is emptied, each
+    // time it reaches some kilobytes at the end of an object or array: a
+    // large document is written out as it is made, never held whole.
+    JsonWriter(std::string& out, std::function<void(std::string_view)> drain) : out_(out), drain_(std::move(drain)) {}
     void Open(char bracket);  // '{' or '['
     void Close(char bracket);
     void Key(std::string_view key);  // a name of the form: ASCII, nothing to escape
@@ -35,6 +41,7 @@ public:
 private:
     void Separate();
     std::string& out_;
+    std::function<void(std::string_view)> drain_;
     bool comma_ = false;  // a value stands before, in the same object or array
 };
 

@@ -242,6 +242,9 @@ struct Report {
 
 // Reads a body (the text between the byte-order mark and the trailer).
 Report ParseReportBody(std::u16string_view body);
+// The same from the body made UTF-8 (Utf8FromUtf16 or Utf8FromUtf16LE): the
+// text is the reader's own, freed when it is done.
+Report ParseReportUtf8(std::string body);
 
 // The body again, exactly as it was parsed.
 std::u16string RenderReportBody(const Report& report);
@@ -249,6 +252,9 @@ std::u16string RenderReportBody(const Report& report);
 // UTF-16 to UTF-8 and back; lone surrogates survive both ways.
 std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromUtf8(std::string_view text);
+// Utf8FromUtf16 of UTF-16LE bytes (format/ReportVerdict.h's ReportBodyBytesOf),
+// decoded in pieces: a large body is never held as UTF-16 too.
+std::string Utf8FromUtf16LE(std::string_view bytes);
 
 // The text with each lone surrogate (as Utf8FromUtf16 keeps it) as one
 // U+FFFD: what output for people and programs shows, always valid UTF-8

@@ -7,6 +7,7 @@
 
 #include "format/EntryText.h"
 #include "format/NumberText.h"
+#include "format/ReportVerdict.h"
 
 namespace report_model {
 
@@ -74,6 +75,21 @@ std::string WithoutLoneSurrogates(std::string_view text) {
         i += 2;
     }
     return out;
+}
+
+std::string Utf8FromUtf16LE(std::string_view bytes) {
+    constexpr std::size_t kPieceBytes = 64 * 1024;
+    std::string text;
+    text.reserve(bytes.size() / 2);  // room enough at once for the usual ASCII body
+    for (std::size_t at = 0; at + 1 < bytes.size();) {
+        std::u16string piece = DecodeUtf16LE(bytes.substr(at, kPieceBytes));
+        // A surrogate pair cut between two pieces is joined in the next one.
+        const bool more = at + 2 * piece.size() + 1 < bytes.size();
+        if (more && piece.size() > 1 && piece.back() >= 0xD800 && piece.back() <= 0xDBFF) piece.pop_back();
+        text += Utf8FromUtf16(piece);
+        at += 2 * piece.size();
+    }
+    return text;
 }
 
 // Only ever given what Utf8FromUtf16 made (or ASCII), so the forms are

@@ -654,7 +654,10 @@ std::optional<Redaction> ReadRedactionLine(std::string_view line) {
 }  // namespace
 
 Report ParseReportBody(std::u16string_view body) {
-    const std::string text = Utf8FromUtf16(body);
+    return ParseReportUtf8(Utf8FromUtf16(body));
+}
+
+Report ParseReportUtf8(std::string text) {
     LineBreaks breaks;
     std::vector<std::string_view> lines = SplitLines(text, breaks);
     // A redacted report ends with an empty line and the marker.

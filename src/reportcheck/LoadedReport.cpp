@@ -4,33 +4,30 @@
 
 #include "reader/TerminalText.h"
 
-namespace {
-
-// The file's body as UTF-16, its bytes freed before the reader starts: a
-// large report is held once as bytes, then once as text, never both with
-// the model.
-bool LoadBody(const NativeChar* path, LoadedReport& loaded) {
+LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody) {
+    LoadedReport loaded;
     std::string bytes;
-    if (!ReadReportFile(path, bytes, loaded.problem)) return false;
+    if (!ReadReportFile(path, bytes, loaded.problem)) return loaded;
     loaded.fileSize = bytes.size();
     loaded.verdict = CheckReportBytes(bytes);
     if (loaded.verdict.state == ReportState::NotAReport) {
         loaded.state = LoadState::NotAReport;
         loaded.problem = DescribeReportVerdict(loaded.verdict);
-        return false;
+        return loaded;
     }
-    loaded.body = ReportBodyOf(bytes);
-    return true;
-}
-
-}  // namespace
-
-LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody) {
-    LoadedReport loaded;
-    if (!LoadBody(path, loaded)) return loaded;
     loaded.state = LoadState::Report;
-    loaded.report = report_model::ParseReportBody(loaded.body);
-    if (keepBody == KeepBody::No) std::u16string().swap(loaded.body);
+    // The file's bytes are freed before the reader starts: a large report is
+    // held as bytes and then as text (UTF-8 without a copy of the body, or
+    // UTF-16 when the body is kept), never both with the model.
+    if (keepBody == KeepBody::No) {
+        std::string text = report_model::Utf8FromUtf16LE(ReportBodyBytesOf(bytes));
+        std::string().swap(bytes);
+        loaded.report = report_model::ParseReportUtf8(std::move(text));
+    } else {
+        loaded.body = ReportBodyOf(bytes);
+        std::string().swap(bytes);
+        loaded.report = report_model::ParseReportBody(loaded.body);
+    }
     return loaded;
 }
 
