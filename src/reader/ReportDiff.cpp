@@ -20,10 +20,9 @@ namespace {
 // The sections in the order the comparison tells them, which is also the
 // order in which a report's values follow one another.
 enum SectionIndex : std::size_t { kProgram, kHost, kWindows, kHardware, kNetwork, kInstallation, kUnrecognised };
-constexpr std::string_view kSectionOrder[] = {kProgramHeading.Name(),  kHostHeading.Name(),
-                                              kWindowsHeading.Name(),  kHardwareHeading.Name(),
-                                              kNetworkHeading.Name(),  kInstallationHeading.Name(),
-                                              "Unrecognised lines"};
+constexpr std::string_view kSectionOrder[] = {
+    kProgramHeading.Name(), kHostHeading.Name(),         kWindowsHeading.Name(), kHardwareHeading.Name(),
+    kNetworkHeading.Name(), kInstallationHeading.Name(), "Unrecognised lines"};
 
 // "Registry installation data" of "* Registry installation data:".
 std::string ListHeadingTitle(std::string_view heading) {
@@ -49,6 +48,14 @@ Value SignedOf(const std::optional<T>& v) {
 template <typename T, typename Show>
 Value ShownOf(const std::optional<T>& v, Show show) {
     return v ? Value(show(*v)) : std::nullopt;
+}
+// One figure or text of a line that holds several (memory, volume C).
+template <typename Line, typename Part, typename Show>
+Value PartOf(const std::optional<Line>& line, Part Line::*part, Show show) {
+    return line ? Value(show((*line).*part)) : std::nullopt;
+}
+const std::string& Same(const std::string& text) {
+    return text;
 }
 Value Flag(bool set) {
     return set ? Value("yes") : std::nullopt;
@@ -93,7 +100,8 @@ constexpr Field<WindowsSection> kWindowsFields[] = {
 constexpr Field<HardwareSection> kHardwareFields[] = {
     {kSystemBits.Name(),
      [](const HardwareSection& h) {
-         return ShownOf(h.bits, [](std::uint32_t bits) { return UnsignedText(bits) + std::string(kBitsUnit.Narrow()); });
+         return ShownOf(h.bits,
+                        [](std::uint32_t bits) { return UnsignedText(bits) + std::string(kBitsUnit.Narrow()); });
      }},
     {kBios.Name(), [](const HardwareSection& h) { return h.bios; }},
     {kBoard.Name(), [](const HardwareSection& h) { return h.board; }},
@@ -101,17 +109,17 @@ constexpr Field<HardwareSection> kHardwareFields[] = {
     {kProcessor.Name(), [](const HardwareSection& h) { return ShownOf(h.processor, ProcessorValue); }},
     {kActiveProcessorMask.Name(), [](const HardwareSection& h) { return UnsignedOf(h.activeProcessorMask); }},
     {kPageSize.Name(), [](const HardwareSection& h) { return UnsignedOf(h.pageSize); }},
-    {kApplicationAddresses.Name(), [](const HardwareSection& h) { return ShownOf(h.applicationAddresses, AddressesValue); }},
-    {"memory physical", [](const HardwareSection& h) { return ShownOf(h.memory, [](const MemoryLine& m) { return K(m.physicalK); }); }},
-    {"memory virtual", [](const HardwareSection& h) { return ShownOf(h.memory, [](const MemoryLine& m) { return K(m.virtualK); }); }},
-    {"memory paging", [](const HardwareSection& h) { return ShownOf(h.memory, [](const MemoryLine& m) { return K(m.pagingK); }); }},
-    {"C volume serial", [](const HardwareSection& h) { return ShownOf(h.volume, [](const VolumeLine& v) { return v.serial; }); }},
-    {"C volume flags", [](const HardwareSection& h) { return ShownOf(h.volume, [](const VolumeLine& v) { return v.flags; }); }},
-    {"C volume file system",
-     [](const HardwareSection& h) { return ShownOf(h.volume, [](const VolumeLine& v) { return v.fileSystem; }); }},
-    {"C volume total", [](const HardwareSection& h) { return ShownOf(h.volume, [](const VolumeLine& v) { return K(v.totalK); }); }},
-    {"C volume free", [](const HardwareSection& h) { return ShownOf(h.volume, [](const VolumeLine& v) { return K(v.freeK); }); }},
-    {"C volume user", [](const HardwareSection& h) { return ShownOf(h.volume, [](const VolumeLine& v) { return K(v.userK); }); }},
+    {kApplicationAddresses.Name(),
+     [](const HardwareSection& h) { return ShownOf(h.applicationAddresses, AddressesValue); }},
+    {"memory physical", [](const HardwareSection& h) { return PartOf(h.memory, &MemoryLine::physicalK, K); }},
+    {"memory virtual", [](const HardwareSection& h) { return PartOf(h.memory, &MemoryLine::virtualK, K); }},
+    {"memory paging", [](const HardwareSection& h) { return PartOf(h.memory, &MemoryLine::pagingK, K); }},
+    {"C volume serial", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::serial, Same); }},
+    {"C volume flags", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::flags, Same); }},
+    {"C volume file system", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::fileSystem, Same); }},
+    {"C volume total", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::totalK, K); }},
+    {"C volume free", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::freeK, K); }},
+    {"C volume user", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::userK, K); }},
 };
 
 constexpr Field<NetworkSection> kNetworkFields[] = {
@@ -166,7 +174,8 @@ public:
     NameIndex(const std::vector<Thing>& things, NameOf nameOf)
         : things_(&things), nameOf_(nameOf), order_(things.size()), ranks_(things.size()) {
         std::iota(order_.begin(), order_.end(), std::uint32_t{0});
-        std::stable_sort(order_.begin(), order_.end(), [&](std::uint32_t a, std::uint32_t b) { return Name(a) < Name(b); });
+        std::stable_sort(order_.begin(), order_.end(),
+                         [&](std::uint32_t a, std::uint32_t b) { return Name(a) < Name(b); });
         for (std::size_t j = 0; j < order_.size(); ++j)
             ranks_[order_[j]] = j > 0 && Name(order_[j - 1]) == Name(order_[j]) ? ranks_[order_[j - 1]] + 1 : 1;
     }
@@ -225,7 +234,8 @@ public:
         : r_(report),
           adapters_(report.network.adapters, [](const Adapter& a) { return std::string_view(a.name); }),
           directories_(report.installation.directories, [](const Directory& d) { return DirectoryKindName(d.kind); }),
-          registry_(report.installation.registryValues, [](const RegistryValue& v) { return std::string_view(v.name); }),
+          registry_(report.installation.registryValues,
+                    [](const RegistryValue& v) { return std::string_view(v.name); }),
           unrecognised_(report.unrecognised, [](const UnrecognisedLine& u) { return std::string_view(u.text); }) {
         std::size_t item = 0;
         for (std::size_t section = kProgram; section <= kNetwork; ++section) {
@@ -253,7 +263,8 @@ public:
         if (section == kInstallation) {
             for (std::size_t d = 0; d < r_.installation.directories.size(); ++d) {
                 visit(DirectorySubject(d));
-                for (std::size_t e = 0; e < r_.installation.directories[d].entries.size(); ++e) visit(EntrySubject(d, e));
+                for (std::size_t e = 0; e < r_.installation.directories[d].entries.size(); ++e)
+                    visit(EntrySubject(d, e));
             }
             visit(RegistrySubject());
         }
@@ -272,7 +283,8 @@ public:
             case SubjectKind::Adapter:
                 return then(adapters_.Find(other.adapters_, s.index), [&](std::size_t i) { return AdapterSubject(i); });
             case SubjectKind::Directory:
-                return then(directories_.Find(other.directories_, s.index), [&](std::size_t d) { return DirectorySubject(d); });
+                return then(directories_.Find(other.directories_, s.index),
+                            [&](std::size_t d) { return DirectorySubject(d); });
             case SubjectKind::Entry: {
                 const auto d = directories_.Find(other.directories_, s.index);
                 if (!d) return std::nullopt;
@@ -284,27 +296,6 @@ public:
                             [&](std::size_t i) { return UnrecognisedSubject(i); });
         }
         return std::nullopt;
-    }
-
-    // `visit(fields, object)` with the table of fields of the subject's kind
-    // and the model's object it reads them from.
-    template <typename Visit>
-    auto OnFields(const Subject& s, Visit visit) const -> std::invoke_result_t<Visit&, decltype(kNetworkFields)&, const NetworkSection&> {
-        switch (s.kind) {
-            case SubjectKind::Adapter: return visit(kAdapterFields, r_.network.adapters[s.index]);
-            case SubjectKind::Directory: return visit(kDirectoryFields, DirectoryAt(s));
-            case SubjectKind::Entry: return visit(kEntryFields, EntryAt(s));
-            case SubjectKind::Unrecognised: return visit(std::span<const Field<UnrecognisedLine>>(), r_.unrecognised[s.index]);
-            case SubjectKind::Values:
-            case SubjectKind::Registry: break;
-        }
-        switch (s.section) {
-            case kProgram: return visit(kProgramFields, r_.program);
-            case kHost: return visit(kHostFields, r_.host);
-            case kWindows: return visit(kWindowsFields, r_.windows);
-            case kHardware: return visit(kHardwareFields, r_.hardware);
-            default: return visit(kNetworkFields, r_.network);
-        }
     }
 
     std::size_t FieldCount(const Subject& s) const {
@@ -359,8 +350,7 @@ public:
             case SubjectKind::Registry: return ListHeadingTitle(kRegistryDataHeading.Narrow());
             case SubjectKind::Adapter:
                 return Ranked("adapter " + r_.network.adapters[s.index].name, adapters_.Rank(s.index));
-            case SubjectKind::Directory:
-                return Ranked(DirectoryName(DirectoryAt(s).kind), directories_.Rank(s.index));
+            case SubjectKind::Directory: return Ranked(DirectoryName(DirectoryAt(s).kind), directories_.Rank(s.index));
             case SubjectKind::Entry:
                 return Ranked(SubjectText(DirectorySubject(s.index)) + ": " + EntryAt(s).name,
                               entries_[s.index].Rank(s.entry));
@@ -375,7 +365,9 @@ public:
         const bool inDirectory = s.kind == SubjectKind::Directory || s.kind == SubjectKind::Entry;
         return inDirectory ? DirectoryName(DirectoryAt(s).kind) : std::string();
     }
-    std::string EntryNameOf(const Subject& s) const { return s.kind == SubjectKind::Entry ? EntryAt(s).name : std::string(); }
+    std::string EntryNameOf(const Subject& s) const {
+        return s.kind == SubjectKind::Entry ? EntryAt(s).name : std::string();
+    }
     std::optional<EntryFacts> FactsOf(const Subject& s) const {
         if (s.kind != SubjectKind::Entry) return std::nullopt;
         const DirectoryEntry& e = EntryAt(s);
@@ -389,16 +381,44 @@ private:
     Subject AdapterSubject(std::size_t i) const {
         return {SubjectKind::Adapter, kNetwork, i, 0, adaptersFirst_ + i * (1 + std::size(kAdapterFields))};
     }
-    Subject DirectorySubject(std::size_t d) const { return {SubjectKind::Directory, kInstallation, d, 0, directoryFirst_[d]}; }
+    Subject DirectorySubject(std::size_t d) const {
+        return {SubjectKind::Directory, kInstallation, d, 0, directoryFirst_[d]};
+    }
     Subject EntrySubject(std::size_t d, std::size_t e) const {
-        const std::size_t first = directoryFirst_[d] + 1 + std::size(kDirectoryFields) + e * (1 + std::size(kEntryFields));
+        const std::size_t first =
+            directoryFirst_[d] + 1 + std::size(kDirectoryFields) + e * (1 + std::size(kEntryFields));
         return {SubjectKind::Entry, kInstallation, d, e, first};
     }
     Subject RegistrySubject() const { return {SubjectKind::Registry, kInstallation, 0, 0, registryFirst_}; }
-    Subject UnrecognisedSubject(std::size_t i) const { return {SubjectKind::Unrecognised, kUnrecognised, i, 0, unrecognisedFirst_ + i}; }
+    Subject UnrecognisedSubject(std::size_t i) const {
+        return {SubjectKind::Unrecognised, kUnrecognised, i, 0, unrecognisedFirst_ + i};
+    }
 
     const Directory& DirectoryAt(const Subject& s) const { return r_.installation.directories[s.index]; }
     const DirectoryEntry& EntryAt(const Subject& s) const { return DirectoryAt(s).entries[s.entry]; }
+
+    // `visit(fields, object)` with the table of fields of the subject's kind
+    // and the model's object it reads them from.
+    template <typename Visit>
+    auto OnFields(const Subject& s, Visit visit) const
+        -> std::invoke_result_t<Visit&, decltype(kNetworkFields)&, const NetworkSection&> {
+        switch (s.kind) {
+            case SubjectKind::Adapter: return visit(kAdapterFields, r_.network.adapters[s.index]);
+            case SubjectKind::Directory: return visit(kDirectoryFields, DirectoryAt(s));
+            case SubjectKind::Entry: return visit(kEntryFields, EntryAt(s));
+            case SubjectKind::Unrecognised:
+                return visit(std::span<const Field<UnrecognisedLine>>(), r_.unrecognised[s.index]);
+            case SubjectKind::Values:
+            case SubjectKind::Registry: break;
+        }
+        switch (s.section) {
+            case kProgram: return visit(kProgramFields, r_.program);
+            case kHost: return visit(kHostFields, r_.host);
+            case kWindows: return visit(kWindowsFields, r_.windows);
+            case kHardware: return visit(kHardwareFields, r_.hardware);
+            default: return visit(kNetworkFields, r_.network);
+        }
+    }
 
     const Report& r_;
     NameIndex<Adapter> adapters_;
@@ -444,7 +464,9 @@ private:
     void FromOld(const Subject& o) {
         const std::optional<Subject> n = new_.Find(old_, o);
         if (StandsAsAWhole(o.kind)) {
-            if (!n) return Emit(old_, o, {anchor_, o.firstItem + 1}, "", ChangeKind::Removed, old_.Summary(o), std::nullopt);
+            if (!n)
+                return Emit(old_, o, {anchor_, o.firstItem + 1}, "", ChangeKind::Removed, old_.Summary(o),
+                            std::nullopt);
             anchor_ = n->firstItem + 1;
         }
         for (std::size_t k = 0; k < old_.FieldCount(o); ++k) {
@@ -470,14 +492,23 @@ private:
             const std::string_view field = new_.FieldName(n, k);
             if (o && old_.FieldNamed(*o, field, k)) continue;  // told from the old report's side
             if (Value value = new_.FieldValue(n, k))
-                Emit(new_, n, {new_.FieldsFirst(n) + k + 1, 0}, field, ChangeKind::Changed, std::nullopt, std::move(value));
+                Emit(new_, n, {new_.FieldsFirst(n) + k + 1, 0}, field, ChangeKind::Changed, std::nullopt,
+                     std::move(value));
         }
     }
 
     void Emit(const Side& side, const Subject& s, Place place, std::string_view field, ChangeKind kind, Value oldValue,
               Value newValue) {
-        Change change{std::string(kSectionOrder[s.section]), side.SubjectText(s), std::string(field), kind,
-                      std::move(oldValue), std::move(newValue), side.DirectoryNameOf(s), side.EntryNameOf(s), {}, {}};
+        Change change{std::string(kSectionOrder[s.section]),
+                      side.SubjectText(s),
+                      std::string(field),
+                      kind,
+                      std::move(oldValue),
+                      std::move(newValue),
+                      side.DirectoryNameOf(s),
+                      side.EntryNameOf(s),
+                      {},
+                      {}};
         if (kind == ChangeKind::Removed) change.oldEntry = side.FactsOf(s);
         if (kind == ChangeKind::Added) change.newEntry = side.FactsOf(s);
         placed_.push_back({place, std::move(change)});
