@@ -2,7 +2,6 @@
 // conversions, numbers in the report's exact forms, the report's time form.
 #include "reader/ReportModelText.h"
 
-#include <initializer_list>
 #include <limits>
 
 #include "format/EntryText.h"
@@ -187,17 +186,9 @@ std::optional<CalendarTime> ParseReportTime(std::string_view printed) {
 }
 
 namespace {
-// A time's numbers in decimal, each in its width with leading zeros, each
-// followed by its separator.
-struct TimePart {
-    unsigned value;
-    std::size_t width;
-    std::string_view after;
-};
-std::string TimeText(std::initializer_list<TimePart> parts) {
-    std::string text;
-    for (const TimePart& part : parts) text.append(numtext::Unsigned<char>(part.value, 10, false, part.width)).append(part.after);
-    return text;
+// `value` in `width` decimal digits (leading zeros kept) ending before `end`.
+void PutDigits(char* end, unsigned value, std::size_t width) {
+    for (; width > 0; --width, value /= 10) *--end = static_cast<char>('0' + value % 10);
 }
 }  // namespace
 
@@ -215,12 +206,30 @@ std::optional<CalendarStamp> CalendarStamp::FromPrinted(std::string_view printed
     return stamp;
 }
 
+// The form's separators in place and each number written into it: a large
+// report prints hundreds of thousands of these.
 std::string CalendarStamp::Printed() const {
-    return TimeText({{day_, 2, "/"}, {month_, 2, "/"}, {year_, 4, "  "}, {hour_, 2, ":"}, {minute_, 2, ":"}, {second_, 2, ""}});
+    std::string text = "dd/mm/yyyy  hh:mm:ss";
+    char* at = text.data();
+    PutDigits(at + 2, day_, 2);
+    PutDigits(at + 5, month_, 2);
+    PutDigits(at + 10, year_, 4);
+    PutDigits(at + 14, hour_, 2);
+    PutDigits(at + 17, minute_, 2);
+    PutDigits(at + 20, second_, 2);
+    return text;
 }
 
 std::string CalendarStamp::Iso() const {
-    return TimeText({{year_, 4, "-"}, {month_, 2, "-"}, {day_, 2, "T"}, {hour_, 2, ":"}, {minute_, 2, ":"}, {second_, 2, ""}});
+    std::string text = "yyyy-mm-ddThh:mm:ss";
+    char* at = text.data();
+    PutDigits(at + 4, year_, 4);
+    PutDigits(at + 7, month_, 2);
+    PutDigits(at + 10, day_, 2);
+    PutDigits(at + 13, hour_, 2);
+    PutDigits(at + 16, minute_, 2);
+    PutDigits(at + 19, second_, 2);
+    return text;
 }
 
 std::string IsoFromReportTime(std::string_view printed) {
