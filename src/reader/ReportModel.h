@@ -22,6 +22,7 @@
 // is kept beside it; 0 means the line is not there.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -163,6 +164,7 @@ public:
     bool operator==(const CalendarStamp&) const = default;
 
 private:
+    std::string Filled(std::string form, const std::array<std::size_t, 6>& ends) const;
     std::uint16_t year_ = 0;
     std::uint8_t day_ = 0, month_ = 0, hour_ = 0, minute_ = 0, second_ = 0;
 };

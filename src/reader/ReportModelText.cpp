@@ -2,6 +2,7 @@
 // conversions, numbers in the report's exact forms, the report's time form.
 #include "reader/ReportModelText.h"
 
+#include <array>
 #include <limits>
 
 #include "format/EntryText.h"
@@ -185,13 +186,6 @@ std::optional<CalendarTime> ParseReportTime(std::string_view printed) {
     return time;
 }
 
-namespace {
-// `value` in `width` decimal digits (leading zeros kept) ending before `end`.
-void PutDigits(char* end, unsigned value, std::size_t width) {
-    for (; width > 0; --width, value /= 10) *--end = static_cast<char>('0' + value % 10);
-}
-}  // namespace
-
 std::optional<CalendarStamp> CalendarStamp::FromPrinted(std::string_view printed) {
     const auto time = ParseReportTime(printed);
     if (!time) return std::nullopt;
@@ -206,30 +200,26 @@ std::optional<CalendarStamp> CalendarStamp::FromPrinted(std::string_view printed
     return stamp;
 }
 
-// The form's separators in place and each number written into it: a large
-// report prints hundreds of thousands of these.
 std::string CalendarStamp::Printed() const {
-    std::string text = "dd/mm/yyyy  hh:mm:ss";
-    char* at = text.data();
-    PutDigits(at + 2, day_, 2);
-    PutDigits(at + 5, month_, 2);
-    PutDigits(at + 10, year_, 4);
-    PutDigits(at + 14, hour_, 2);
-    PutDigits(at + 17, minute_, 2);
-    PutDigits(at + 20, second_, 2);
-    return text;
+    return Filled("dd/mm/yyyy  hh:mm:ss", {2, 5, 10, 14, 17, 20});
 }
 
 std::string CalendarStamp::Iso() const {
-    std::string text = "yyyy-mm-ddThh:mm:ss";
-    char* at = text.data();
-    PutDigits(at + 4, year_, 4);
-    PutDigits(at + 7, month_, 2);
-    PutDigits(at + 10, day_, 2);
-    PutDigits(at + 13, hour_, 2);
-    PutDigits(at + 16, minute_, 2);
-    PutDigits(at + 19, second_, 2);
-    return text;
+    return Filled("yyyy-mm-ddThh:mm:ss", {10, 7, 4, 13, 16, 19});
+}
+
+// The form with its numbers written in, each ending where `ends` says (day,
+// month, year, hour, minute, second), the year in four digits, the others
+// in two: no text per number, as a large report prints hundreds of
+// thousands of these.
+std::string CalendarStamp::Filled(std::string form, const std::array<std::size_t, 6>& ends) const {
+    const unsigned numbers[] = {day_, month_, year_, hour_, minute_, second_};
+    for (std::size_t i = 0; i < ends.size(); ++i) {
+        unsigned number = numbers[i];
+        for (std::size_t at = ends[i], digits = i == 2 ? 4 : 2; digits > 0; --digits, number /= 10)
+            form[--at] = static_cast<char>('0' + number % 10);
+    }
+    return form;
 }
 
 std::string IsoFromReportTime(std::string_view printed) {
