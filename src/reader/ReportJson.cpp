@@ -330,7 +330,8 @@ void JsonWriter::Unsigned(std::uint64_t value) {
     comma_ = true;
 }
 
-void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict) {
+void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
+                     const std::optional<TransitDamage>& transit) {
     json.Open('{');
     Member(json, "schemaVersion", kReportSchemaVersion);
     json.Key("integrity");
@@ -341,6 +342,15 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
     Member(json, "lineBreaks", report.lineBreaks.crlf ? "CR LF" : "LF");
     Member(json, "lineBreakExceptions", report.lineBreaks.exceptions);
     Member(json, "finalLineBreak", report.lineBreaks.finalLineBreak);
+    // Only when something is known, so that every other report's JSON stays
+    // as it was.
+    if (transit) {
+        json.Key("transitDamage");
+        json.Open('{');
+        Member(json, "damage", transit->damage);
+        Member(json, "repairable", transit->repairable);
+        json.Close('}');
+    }
     json.Close('}');
     Member(json, "lineCount", report.lineCount);
     json.Key("header");
@@ -385,10 +395,10 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
     json.Close('}');
 }
 
-Json ReportToJson(const Report& report, const ReportVerdict& verdict) {
+Json ReportToJson(const Report& report, const ReportVerdict& verdict, const std::optional<TransitDamage>& transit) {
     std::string text;
     JsonWriter json(text);
-    WriteReportJson(json, report, verdict);
+    WriteReportJson(json, report, verdict, transit);
     return Json::parse(text);
 }
 

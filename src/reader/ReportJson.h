@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -45,12 +46,23 @@ private:
     bool comma_ = false;  // a value stands before, in the same object or array
 };
 
-// The whole model; `verdict` is the file's (intact or altered).
-void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict);
+// What a transfer did to a file that is not intact, where it is known
+// (format/TransitDamage.h): "line breaks converted from CR LF to LF"...,
+// and whether `reportcheck repair` restores it.
+struct TransitDamage {
+    std::string damage;
+    bool repairable = false;
+};
+
+// The whole model; `verdict` is the file's (intact or altered), `transit`
+// what happened to it on the way when that is known.
+void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
+                     const std::optional<TransitDamage>& transit = std::nullopt);
 
 // The same as a tree, read back from that text so that the form is written
 // in one place only.
-nlohmann::ordered_json ReportToJson(const Report& report, const ReportVerdict& verdict);
+nlohmann::ordered_json ReportToJson(const Report& report, const ReportVerdict& verdict,
+                                    const std::optional<TransitDamage>& transit = std::nullopt);
 
 // JSON text on one line; a lone surrogate kept in a text shows as U+FFFD.
 std::string DumpJson(const nlohmann::ordered_json& json, int indent = -1);

@@ -48,7 +48,7 @@ const std::string& CollectLine(const fs::path& path, const LineFacts& facts) {
     stringOrNull(facts.copyOf);
     json.Key("report");
     if (facts.loaded)
-        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict);
+        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict, facts.loaded->transit);
     else
         json.Null();
     json.Close('}');
@@ -73,7 +73,7 @@ private:
 };
 
 int CollectFile(CopyFinder& copies, const fs::path& path) {
-    const LoadedReport loaded = LoadReport(path.c_str());
+    const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Yes, Diagnose::Yes);
     switch (loaded.state) {
         case LoadState::Report:
             Print(stdout,

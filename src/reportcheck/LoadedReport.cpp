@@ -2,9 +2,20 @@
 
 #include <cstring>
 
+#include "format/TransitDamage.h"
 #include "reader/TerminalText.h"
 
-LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody) {
+namespace {
+
+std::optional<report_model::TransitDamage> TransitDamageOf(std::string_view bytes) {
+    TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
+    if (diagnosis.damage.empty()) return std::nullopt;
+    return report_model::TransitDamage{std::move(diagnosis.damage), diagnosis.restored.has_value()};
+}
+
+}  // namespace
+
+LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody, Diagnose diagnose) {
     LoadedReport loaded;
     std::string bytes;
     if (!ReadReportFile(path, bytes, loaded.problem)) return loaded;
@@ -16,6 +27,8 @@ LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody) {
         return loaded;
     }
     loaded.state = LoadState::Report;
+    if (diagnose == Diagnose::Yes && loaded.verdict.state == ReportState::Altered)
+        loaded.transit = TransitDamageOf(bytes);
     // The file's bytes are freed before the reader starts: a large report is
     // held as bytes and then as text (UTF-8 without a copy of the body, or
     // UTF-16 when the body is kept), never both with the model.

@@ -2,10 +2,12 @@
 // why there is none. Every command that reads reports starts here.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "format/ReportVerdict.h"
+#include "reader/ReportJson.h"
 #include "reader/ReportModel.h"
 #include "reportcheck/Console.h"
 
@@ -28,13 +30,20 @@ struct LoadedReport {
     report_model::Report report;
     std::u16string body;  // the body as it is, for whoever quotes its lines
     std::size_t fileSize = 0;  // the file's bytes
+    // What a transfer did to an altered file, when it can be told (Diagnose::Yes).
+    std::optional<report_model::TransitDamage> transit;
 };
 
 // Whether the caller quotes the body's lines (the page, the report tables);
 // show and diff do not, and hold the model alone.
 enum class KeepBody { No, Yes };
 
-LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody = KeepBody::Yes);
+// Whether an altered file's damage in transit is looked for (format/
+// TransitDamage.h): show and collect tell it; the others do not, and the
+// search holds the file several times over while it runs.
+enum class Diagnose { No, Yes };
+
+LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody = KeepBody::Yes, Diagnose diagnose = Diagnose::No);
 
 // kAllIntact, kSomeAltered or kSomeNotAReport.
 int StatusOf(const LoadedReport& loaded);

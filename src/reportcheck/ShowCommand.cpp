@@ -14,7 +14,7 @@ int RunShow(const Arguments& arguments) {
     // command line open to others.
     if (!arguments.Has(kJsonOption)) return UsageError(kShowCommand, "show: --json is needed");
     const NativeString& path = arguments.Operands().front();
-    const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::No);
+    const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::No, Diagnose::Yes);
     if (loaded.state != LoadState::Report) {
         Complain(ToUtf8(path), loaded.problem);
         return kSomeNotAReport;
@@ -26,7 +26,7 @@ int RunShow(const Arguments& arguments) {
     report_model::JsonIndenter indented([](std::string_view piece) { Print(stdout, piece); });
     std::string compact;
     report_model::JsonWriter json(compact, [&](std::string_view made) { indented.Add(made); });
-    report_model::WriteReportJson(json, loaded.report, loaded.verdict);
+    report_model::WriteReportJson(json, loaded.report, loaded.verdict, loaded.transit);
     compact += '\n';
     indented.Add(compact);
     indented.Finish();
@@ -40,7 +40,8 @@ extern const Command kShowCommand{
     .synopsis = "show --json FILE",
     .summary = "the whole report as one JSON document",
     .help = "Prints the whole report FILE as one JSON document: its integrity (the\n"
-            "checksum verdict and the line breaks found), every section's values as\n"
+            "checksum verdict, the line breaks found, and what a transfer did to an\n"
+            "altered file when that is known), every section's values as\n"
             "typed fields, and, under \"unrecognised\", every line the reader did not\n"
             "recognise where it stands, with its line number. Its form is described in\n"
             "docs/report-model.schema.json (\"schemaVersion\").\n"
