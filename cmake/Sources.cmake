@@ -14,6 +14,7 @@ set(DIAG_PURE_SOURCES
   src/format/InstallationText.cpp
   src/format/InstallationRecord.cpp
   src/reader/ReportModelText.cpp
+  src/reader/ReportTime.cpp
   src/reader/ReportParse.cpp
   src/reader/ReportRender.cpp
   src/reader/ReportJson.cpp
@@ -42,6 +43,7 @@ set(DIAG_PURE_TESTS
   tests/format/InstallationText_test.cpp
   tests/format/InstallationRecord_test.cpp
   tests/reader/ReportModel_test.cpp
+  tests/reader/ReportTime_test.cpp
   tests/reader/RoundTrip_test.cpp
   tests/reader/TerminalText_test.cpp
   tests/reader/JsonIndent_test.cpp

@@ -648,15 +648,21 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
 }
 
 namespace {
+nlohmann::ordered_json IsoOrNull(const CalendarStamp& stamp) {
+    const std::optional<std::string> iso = stamp.Iso();
+    if (!iso) return nullptr;
+    return *iso;
+}
+
 nlohmann::ordered_json EntryFactsJson(const std::optional<EntryFacts>& facts) {
     if (!facts) return nullptr;
     nlohmann::ordered_json json;
     json["version"] = facts->version;
     json["size"] = facts->size;
     json["created"] = facts->created.Printed();
-    json["createdIso"] = facts->created.Iso();
+    json["createdIso"] = IsoOrNull(facts->created);
     json["written"] = facts->written.Printed();
-    json["writtenIso"] = facts->written.Iso();
+    json["writtenIso"] = IsoOrNull(facts->written);
     return json;
 }
 }  // namespace

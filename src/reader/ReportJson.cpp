@@ -330,8 +330,19 @@ void JsonWriter::Unsigned(std::uint64_t value) {
     comma_ = true;
 }
 
+void WriteHeaderTime(JsonWriter& json, const std::optional<HeaderTime>& time) {
+    if (!time) return json.Null();
+    json.Open('{');
+    Member(json, "iso", time->iso);
+    Member(json, "certain", time->Certain());
+    json.Key("settledBy");
+    time->settledBy ? json.String(SettledByName(*time->settledBy)) : json.Null();
+    Member(json, "readings", time->readings);
+    json.Close('}');
+}
+
 void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
-                     const std::optional<TransitDamage>& transit) {
+                     std::optional<std::int64_t> fileModified, const std::optional<TransitDamage>& transit) {
     json.Open('{');
     Member(json, "schemaVersion", kReportSchemaVersion);
     json.Key("integrity");
@@ -358,6 +369,8 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
         json.Open('{');
         Member(json, "text", report.header.text);
         Member(json, "blankLineAfter", report.header.blankLineAfter);
+        json.Key("time");
+        WriteHeaderTime(json, ReadHeaderTime(report, fileModified));
         json.Close('}');
     } else {
         json.Null();
@@ -395,10 +408,11 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
     json.Close('}');
 }
 
-Json ReportToJson(const Report& report, const ReportVerdict& verdict, const std::optional<TransitDamage>& transit) {
+Json ReportToJson(const Report& report, const ReportVerdict& verdict, std::optional<std::int64_t> fileModified,
+                  const std::optional<TransitDamage>& transit) {
     std::string text;
     JsonWriter json(text);
-    WriteReportJson(json, report, verdict, transit);
+    WriteReportJson(json, report, verdict, fileModified, transit);
     return Json::parse(text);
 }
 

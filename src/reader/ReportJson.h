@@ -15,10 +15,11 @@
 #include "format/ReportChecksum.h"
 #include "format/ReportVerdict.h"
 #include "reader/ReportModel.h"
+#include "reader/ReportTime.h"
 
 namespace report_model {
 
-inline constexpr int kReportSchemaVersion = 2;
+inline constexpr int kReportSchemaVersion = 3;
 
 // JSON text on one line, appended to a string, character for character what
 // DumpJson writes for the same values: collect writes a line per report, and
@@ -54,14 +55,21 @@ struct TransitDamage {
     bool repairable = false;
 };
 
-// The whole model; `verdict` is the file's (intact or altered), `transit`
-// what happened to it on the way when that is known.
+// The whole model; `verdict` is the file's (intact or altered),
+// `fileModified` its last write in seconds since 1970 UTC where the reader
+// has the file, which can settle the header's time (reader/ReportTime.h),
+// `transit` what happened to the file on the way when that is known.
 void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
+                     std::optional<std::int64_t> fileModified = std::nullopt,
                      const std::optional<TransitDamage>& transit = std::nullopt);
+
+// The header's time: {"iso", "certain", "settledBy", "readings"}, or null.
+void WriteHeaderTime(JsonWriter& json, const std::optional<HeaderTime>& time);
 
 // The same as a tree, read back from that text so that the form is written
 // in one place only.
 nlohmann::ordered_json ReportToJson(const Report& report, const ReportVerdict& verdict,
+                                    std::optional<std::int64_t> fileModified = std::nullopt,
                                     const std::optional<TransitDamage>& transit = std::nullopt);
 
 // JSON text on one line; a lone surrogate kept in a text shows as U+FFFD.

@@ -29,6 +29,8 @@
 #include <string_view>
 #include <vector>
 
+#include "format/EntryText.h"
+
 namespace report_model {
 
 // Everything the sections below share: where a section's heading stood.
@@ -160,7 +162,10 @@ public:
     // Nothing when the text is not a time in the report's form.
     static std::optional<CalendarStamp> FromPrinted(std::string_view printed);
     std::string Printed() const;  // "07/03/2021  14:05:09", exactly as read
-    std::string Iso() const;      // "2021-03-07T14:05:09", local time as printed
+    // "2021-03-07T14:05:09", local time as printed; nothing when the numbers
+    // name no real time ("31/02/2026  25:61:61").
+    std::optional<std::string> Iso() const;
+    CalendarTime Time() const;    // its numbers
     bool operator==(const CalendarStamp&) const = default;
 
 private:
@@ -264,7 +269,8 @@ std::string Utf8FromUtf16LE(std::string_view bytes);
 std::string WithoutLoneSurrogates(std::string_view text);
 
 // "2021-03-07T14:05:09" from "07/03/2021  14:05:09"; empty when the text is
-// not a time in the report's form.
+// not a time in the report's form or names no real time ("31/02/2026
+// 25:61:61").
 std::string IsoFromReportTime(std::string_view printed);
 
 }  // namespace report_model

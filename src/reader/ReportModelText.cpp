@@ -8,6 +8,7 @@
 #include "format/EntryText.h"
 #include "format/NumberText.h"
 #include "format/ReportVerdict.h"
+#include "reader/ReportTime.h"
 
 namespace report_model {
 
@@ -204,7 +205,12 @@ std::string CalendarStamp::Printed() const {
     return Filled("dd/mm/yyyy  hh:mm:ss", {2, 5, 10, 14, 17, 20});
 }
 
-std::string CalendarStamp::Iso() const {
+CalendarTime CalendarStamp::Time() const {
+    return {day_, month_, year_, hour_, minute_, second_};
+}
+
+std::optional<std::string> CalendarStamp::Iso() const {
+    if (!IsRealCalendarTime(Time())) return std::nullopt;
     return Filled("yyyy-mm-ddThh:mm:ss", {10, 7, 4, 13, 16, 19});
 }
 
@@ -224,7 +230,7 @@ std::string CalendarStamp::Filled(std::string form, const std::array<std::size_t
 
 std::string IsoFromReportTime(std::string_view printed) {
     const auto stamp = CalendarStamp::FromPrinted(printed);
-    return stamp ? stamp->Iso() : std::string();
+    return stamp ? stamp->Iso().value_or("") : std::string();
 }
 
 }  // namespace report_model

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "format/ReportChecksum.h"
+#include "reader/ReportTime.h"
 
 namespace report_tables {
 
@@ -22,6 +23,9 @@ constexpr std::string_view kSchema = R"sql(CREATE TABLE reports (
   line_breaks TEXT,
   line_count INTEGER,
   header TEXT,
+  time TEXT,
+  time_settled_by TEXT,
+  latest INTEGER,
   program_name TEXT,
   program_version TEXT,
   program_name_line INTEGER,
@@ -109,9 +113,9 @@ CREATE TABLE entries (
   attributes INTEGER NOT NULL,
   size INTEGER NOT NULL,
   created TEXT NOT NULL,
-  created_iso TEXT NOT NULL,
+  created_iso TEXT,
   written TEXT NOT NULL,
-  written_iso TEXT NOT NULL,
+  written_iso TEXT,
   version TEXT NOT NULL,
   access_list TEXT,
   content TEXT,
@@ -177,12 +181,27 @@ std::optional<std::string> NetworkFailure(const report_model::NetworkSection& n)
 
 constexpr const char kInsertReport[] =
     "INSERT INTO reports VALUES (NULL,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,"
-    "?,?,?,?,?,?,?,?,?,?,?,?)";
+    "?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
+
+// Each machine's latest: the first of its intact reports of certain time,
+// latest first (ISO local times order as text). A machine with none gives
+// NULL, which IN would make NULL for every row: left out.
+constexpr const char kMarkLatest[] =
+    "UPDATE main.reports SET latest = (report IN (SELECT chosen FROM ("
+    "SELECT (SELECT c.report FROM main.reports c WHERE c.host_name = m.host_name AND c.verdict = 'intact' "
+    "AND c.time IS NOT NULL ORDER BY c.time DESC, c.report LIMIT 1) AS chosen "
+    "FROM (SELECT DISTINCT host_name FROM main.reports WHERE host_name IS NOT NULL) m) "
+    "WHERE chosen IS NOT NULL))";
+
 
 }  // namespace
 
 std::string_view TablesSchema() {
     return kSchema;
+}
+
+void MarkLatestReports(const sqlite::Connection& db) {
+    db.Execute(kMarkLatest);
 }
 
 void CreateTables(const sqlite::Connection& db) {
@@ -239,6 +258,10 @@ std::int64_t TableWriter::Add(const FileFacts& file, FileVerdict verdict, const 
     }
     const Report& r = *report;
     const std::string stored = ChecksumText(checksum->stored), computed = ChecksumText(checksum->computed);
+    const auto time = report_model::ReadHeaderTime(*report, file.modified);
+    const std::optional<std::string> settledBy =
+        time && time->settledBy ? std::optional<std::string>(report_model::SettledByName(*time->settledBy))
+                                : std::nullopt;
     const auto& p = r.program;
     const auto& h = r.host;
     const auto& w = r.windows;
@@ -258,7 +281,8 @@ std::int64_t TableWriter::Add(const FileFacts& file, FileVerdict verdict, const 
     report_.Execute(std::string_view(file.path), file.size, file.writeTime, FileVerdictName(verdict), reasonText,
                     std::string_view(stored), std::string_view(computed),
                     std::string_view(r.lineBreaks.crlf ? "CR LF" : "LF"), static_cast<std::int64_t>(r.lineCount),
-                    Optional(r.header.present, r.header.text), p.name, p.version, LineOrNull(p.nameLine),
+                    Optional(r.header.present, r.header.text), time ? time->iso : std::nullopt, settledBy,
+                    std::optional<std::int64_t>(), p.name, p.version, LineOrNull(p.nameLine),
                     p.directory, LineOrNull(p.directoryLine),
                     p.heading.present ? std::optional<std::int64_t>(p.elevated ? 1 : 0) : std::nullopt,
                     LineOrNull(p.elevatedLine), Optional(h.hasNameLine, h.netbiosName),
@@ -323,8 +347,8 @@ void TableWriter::AddInstallation(std::int64_t id, const Report& r) {
         for (const report_model::DirectoryEntry& e : d.entries) {
             entry_.Execute(id, static_cast<std::int64_t>(e.line), kind, std::string_view(e.name),
                            static_cast<std::int64_t>(e.attributes), static_cast<std::int64_t>(e.size),
-                           std::string_view(e.created.Printed()), std::string_view(e.created.Iso()),
-                           std::string_view(e.written.Printed()), std::string_view(e.written.Iso()),
+                           std::string_view(e.created.Printed()), e.created.Iso(),
+                           std::string_view(e.written.Printed()), e.written.Iso(),
                            std::string_view(e.version), e.accessList, e.content);
         }
     }

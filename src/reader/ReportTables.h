@@ -17,7 +17,7 @@
 
 namespace report_tables {
 
-inline constexpr int kTablesSchemaVersion = 1;
+inline constexpr int kTablesSchemaVersion = 2;
 // What tells our database from any other SQLite file: PRAGMA application_id.
 inline constexpr std::int32_t kApplicationId = 0x4F524456;  // "ORDV"
 
@@ -36,6 +36,9 @@ struct FileFacts {
     std::string path;  // as given, UTF-8
     std::int64_t size = 0;
     std::int64_t writeTime = 0;  // file system's own ticks; only compared
+    // The same in seconds since 1970 UTC, where known: what can settle the
+    // header's time (reader/ReportTime.h).
+    std::optional<std::int64_t> modified;
 };
 
 enum class FileVerdict { Intact, Altered, NotAReport, Unreadable };
@@ -57,6 +60,11 @@ private:
     const sqlite::Connection& db_;
     sqlite::Statement report_, body_, section_, adapter_, directory_, entry_, value_, unrecognised_;
 };
+
+// Sets `latest` on every row of `reports`: 1 on each machine's (host_name's)
+// latest intact report of certain time, the lowest report number of equal
+// times; 0 on every other row. Run after every change of the rows.
+void MarkLatestReports(const sqlite::Connection& db);
 
 // The text of body line `number` (1-based) of `body`, without its break;
 // empty when there is no such line.

@@ -1,6 +1,8 @@
 // reportcheck collect PATH...: one JSON line per report file (JSON Lines),
 // folders searched recursively.
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -8,6 +10,7 @@
 #include <vector>
 
 #include "reader/ReportJson.h"
+#include "reader/ReportTime.h"
 #include "reportcheck/Commands.h"
 #include "reportcheck/FileWalk.h"
 #include "reportcheck/LoadedReport.h"
@@ -23,17 +26,22 @@ struct LineFacts {
     const std::string* reason = nullptr;       // why it is not a report, or cannot be read
     const std::string* copyOf = nullptr;       // the path of an earlier line with the same report
     const LoadedReport* loaded = nullptr;      // the report, when it is one
+    const std::optional<report_model::HeaderTime>* time = nullptr;  // its header's, with the report
 };
 
+constexpr std::string_view kNotLatest = "false";
+
 // One line of collect's output: {"path", "pathBytes", "verdict", "reason",
-// "copyOf", "report"}, written straight as text, in a buffer kept from line
-// to line (a report's line is some 20 kB); a tree of the JSON first took
-// most of collect's time.
-const std::string& CollectLine(const fs::path& path, const LineFacts& facts) {
+// "copyOf", "machine", "time", "latest", "report"}, written straight as
+// text, in a buffer kept from line to line (a report's line is some 20 kB);
+// a tree of the JSON first took most of collect's time. "latest" is written
+// false, at `latestAt`, and made true when the line goes out.
+const std::string& CollectLine(const fs::path& path, const LineFacts& facts, std::size_t& latestAt) {
     static std::string line;
     line.clear();
     report_model::JsonWriter json(line);
     const auto stringOrNull = [&](const std::string* text) { text ? json.String(*text) : json.Null(); };
+    const report_model::HostSection* host = facts.loaded ? &facts.loaded->report.host : nullptr;
     json.Open('{');
     json.Key("path");
     json.String(PathText(path));
@@ -46,9 +54,17 @@ const std::string& CollectLine(const fs::path& path, const LineFacts& facts) {
     stringOrNull(facts.reason);
     json.Key("copyOf");
     stringOrNull(facts.copyOf);
+    json.Key("machine");
+    stringOrNull(host && host->hasNameLine ? &host->netbiosName : nullptr);
+    json.Key("time");
+    report_model::WriteHeaderTime(json, facts.time ? *facts.time : std::nullopt);
+    json.Key("latest");
+    latestAt = line.size();
+    json.Bool(false);
     json.Key("report");
     if (facts.loaded)
-        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict, facts.loaded->transit);
+        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict, facts.loaded->modified,
+                                      facts.loaded->transit);
     else
         json.Null();
     json.Close('}');
@@ -72,48 +88,144 @@ private:
     std::map<Key, std::string> first_;
 };
 
-int CollectFile(CopyFinder& copies, const fs::path& path) {
-    const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Yes, Diagnose::Yes);
-    switch (loaded.state) {
-        case LoadState::Report:
-            Print(stdout,
-                  CollectLine(path, {.verdict = loaded.verdict.state == ReportState::Intact ? "intact" : "altered",
-                                     .copyOf = copies.EarlierCopy(loaded, path),
-                                     .loaded = &loaded}));
-            break;
-        case LoadState::NotAReport:
-        case LoadState::Unreadable:
-            Complain(PathText(path), loaded.problem);
-            Print(stdout, CollectLine(path, {.verdict = loaded.state == LoadState::NotAReport ? "not a report"
-                                                                                              : "unreadable",
-                                             .reason = &loaded.problem}));
-            break;
+// Each machine's latest report: among its intact reports whose time is
+// certain, the one made last; of equal times the first met, so that a copy
+// (met after its original) is never the one marked. A report whose time is
+// ambiguous is left out rather than guessed.
+class LatestReports {
+public:
+    void Consider(std::size_t line, const LoadedReport& loaded, const std::optional<report_model::HeaderTime>& time) {
+        const report_model::HostSection& host = loaded.report.host;
+        if (loaded.verdict.state != ReportState::Intact || !host.hasNameLine || !time || !time->iso) return;
+        const auto [at, added] = latest_.try_emplace(host.netbiosName, *time->iso, line);
+        if (!added && *time->iso > at->second.first) at->second = {*time->iso, line};
     }
-    FlushOutput();
-    return StatusOf(loaded);
-}
 
-int CollectProblem(const fs::path& path, const std::string& problem) {
-    Complain(PathText(path), problem);
-    Print(stdout, CollectLine(path, {.verdict = "unreadable", .reason = &problem}));
-    return kSomeNotAReport;
+    std::vector<bool> Marks(std::size_t lines) const {
+        std::vector<bool> marks(lines);
+        for (const auto& [machine, latest] : latest_) marks[latest.second] = true;
+        return marks;
+    }
+
+private:
+    std::map<std::string, std::pair<std::string, std::size_t>> latest_;  // machine: time, line
+};
+
+// The lines wait in a temporary file until every report is read, since the
+// last one read may be a machine's latest; only where each line's "latest"
+// stands is kept in memory.
+class LineSpool {
+public:
+    explicit LineSpool(OwnedFile file) : file_(std::move(file)) {}
+
+    std::size_t Count() const { return lines_.size(); }
+
+    // False when the file could not take it (errno says why).
+    bool Add(const std::string& line, std::size_t latestAt) {
+        lines_.push_back({line.size(), latestAt});
+        return std::fwrite(line.data(), 1, line.size(), file_.get()) == line.size();
+    }
+
+    bool WriteOut(const std::vector<bool>& latest) {
+        if (std::fflush(file_.get()) != 0 || std::fseek(file_.get(), 0, SEEK_SET) != 0) return false;
+        std::string line;
+        for (std::size_t i = 0; i < lines_.size(); ++i) {
+            line.resize(lines_[i].length);
+            if (std::fread(line.data(), 1, line.size(), file_.get()) != line.size()) return false;
+            if (latest[i]) line.replace(lines_[i].latestAt, kNotLatest.size(), "true");
+            Print(stdout, line);
+        }
+        return true;
+    }
+
+private:
+    struct Spooled {
+        std::size_t length, latestAt;
+    };
+    OwnedFile file_;
+    std::vector<Spooled> lines_;
+};
+
+class Collector {
+public:
+    explicit Collector(OwnedFile spool) : spool_(std::move(spool)) {}
+
+    int File(const fs::path& path) {
+        const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Yes, Diagnose::Yes);
+        switch (loaded.state) {
+            case LoadState::Report: {
+                const auto time = report_model::ReadHeaderTime(loaded.report, loaded.modified);
+                latest_.Consider(spool_.Count(), loaded, time);
+                Add(path, {.verdict = loaded.verdict.state == ReportState::Intact ? "intact" : "altered",
+                           .copyOf = copies_.EarlierCopy(loaded, path),
+                           .loaded = &loaded,
+                           .time = &time});
+                break;
+            }
+            case LoadState::NotAReport:
+            case LoadState::Unreadable:
+                Complain(PathText(path), loaded.problem);
+                Add(path, {.verdict = loaded.state == LoadState::NotAReport ? "not a report" : "unreadable",
+                           .reason = &loaded.problem});
+                break;
+        }
+        return StatusOf(loaded);
+    }
+
+    int Problem(const fs::path& path, const std::string& problem) {
+        Complain(PathText(path), problem);
+        Add(path, {.verdict = "unreadable", .reason = &problem});
+        return kSomeNotAReport;
+    }
+
+    // Every line, each machine's latest marked; the error of the temporary
+    // file, 0 when it served.
+    int Finish() {
+        errno = 0;
+        if (spoolError_ == 0 && !spool_.WriteOut(latest_.Marks(spool_.Count()))) spoolError_ = errno ? errno : EIO;
+        return spoolError_;
+    }
+
+private:
+    void Add(const fs::path& path, const LineFacts& facts) {
+        std::size_t latestAt = 0;
+        const std::string& line = CollectLine(path, facts, latestAt);
+        errno = 0;
+        if (spoolError_ == 0 && !spool_.Add(line, latestAt)) spoolError_ = errno ? errno : EIO;
+    }
+
+    LineSpool spool_;
+    CopyFinder copies_;
+    LatestReports latest_;
+    int spoolError_ = 0;
+};
+
+std::string SpoolProblem(int error) {
+    return std::string("cannot keep the lines in a temporary file (") + std::strerror(error) + ")";
 }
 
 int RunCollect(const Arguments& arguments) {
     if (arguments.Value(kDbOption)) return reportcheck::CollectDatabase(arguments);
     if (arguments.Has(kRulesOption) || arguments.Has(kTimeLimitOption))
         return UsageError(kCollectCommand, "--rules and --time-limit go with --db");
+    OwnedFile spool = OpenScratchFile();
+    if (!spool) {
+        Warn(SpoolProblem(errno));
+        return kSomeNotAReport;
+    }
     BinaryOutput();
-    // Room for a whole line, so that each leaves in one write when flushed
-    // (glibc keeps its own size when not given the buffer).
-    static char lineRoom[64 * 1024];
-    std::setvbuf(stdout, lineRoom, _IOFBF, sizeof lineRoom);
     std::vector<fs::path> roots;
     for (const NativeString& path : arguments.Operands()) roots.emplace_back(path);
-    CopyFinder copies;
-    return ForEachFile(roots, {.onFile = [&](const fs::path& path) { return CollectFile(copies, path); },
-                               .onProblem = CollectProblem,
-                               .onSkip = {}});
+    Collector collector(std::move(spool));
+    const int status =
+        ForEachFile(roots, {.onFile = [&](const fs::path& path) { return collector.File(path); },
+                            .onProblem = [&](const fs::path& path,
+                                             const std::string& problem) { return collector.Problem(path, problem); },
+                            .onSkip = {}});
+    const int spoolError = collector.Finish();
+    if (spoolError == 0) return status;
+    Warn(SpoolProblem(spoolError));
+    return kSomeNotAReport;
 }
 
 constexpr const Option* kCollectOptions[] = {&kDbOption, &kRulesOption, &kTimeLimitOption};
@@ -127,12 +239,15 @@ extern const Command kCollectCommand{
     .help = "Prints one JSON object per line (JSON Lines) for every file named, and\n"
             "for every file under a folder named (searched recursively, in name\n"
             "order): {\"path\", \"pathBytes\", \"verdict\", \"reason\", \"copyOf\",\n"
-            "\"report\"}, where verdict is intact, altered, not a report or unreadable,\n"
-            "copyOf the path of an earlier line with the same report (checksum and\n"
-            "body), pathBytes the name's bytes in hex when it is not valid text, and\n"
-            "report the document that show --json prints (null unless intact or\n"
-            "altered). A bad file gets its line all the same, and a message on\n"
-            "standard error. Links to folders are not followed, nothing outside the\n"
+            "\"machine\", \"time\", \"latest\", \"report\"}, where verdict is intact,\n"
+            "altered, not a report or unreadable, copyOf the path of an earlier line\n"
+            "with the same report (checksum and body), pathBytes the name's bytes in\n"
+            "hex when it is not valid text, machine the computer name the report\n"
+            "gives, time the header's date and time (ISO 8601 and whether it is\n"
+            "certain), latest true on each machine's latest intact report of certain\n"
+            "time, and report the document that show --json prints (null unless\n"
+            "intact or altered). The lines are written once every file is read. A\n"
+            "bad file gets its line all the same, and a message on standard error. Links to folders are not followed, nothing outside the\n"
             "PATHs is read, and a file is read once however the PATHs overlap; what\n"
             "is skipped is said on standard error. Files over 512 MB, pipes and\n"
             "devices are unreadable.\n"

@@ -3,7 +3,9 @@
 // opens. A second run reads only new and changed reports. The collect
 // command (CollectCommand.cpp) hands on to it when given --db.
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "reader/ReportTables.h"
@@ -61,9 +63,41 @@ void StoreFindings(const sqlite::Connection& db, const rules::Outcome& outcome) 
     }
 }
 
-int Collect(const std::string& file, const std::vector<std::filesystem::path>& roots, const RuleOptions& options) {
+// The database file a first run creates, removed again unless the run
+// completes: SQLite creates the file when it opens it, and a run that then
+// fails (a bad rule, say) would leave an empty file for the next run to take
+// as its own. A file that was there before is never removed; the rolled
+// back transaction leaves it byte for byte as it was.
+class NewDatabaseFile {
+public:
+    explicit NewDatabaseFile(std::filesystem::path path) : path_(std::move(path)) {
+        std::error_code error;
+        isNew_ = !std::filesystem::exists(path_, error) && !error;
+    }
+    NewDatabaseFile(const NewDatabaseFile&) = delete;
+    NewDatabaseFile& operator=(const NewDatabaseFile&) = delete;
+    ~NewDatabaseFile() {
+        if (!isNew_ || kept_) return;
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+        std::filesystem::path journal = path_;
+        journal += "-journal";
+        std::filesystem::remove(journal, ignored);
+    }
+    void Keep() { kept_ = true; }
+
+private:
+    std::filesystem::path path_;
+    bool isNew_ = false;
+    bool kept_ = false;
+};
+
+int Collect(const NativeString& path, const std::vector<std::filesystem::path>& roots, const RuleOptions& options) {
+    const std::string file = ToUtf8(path);
     const auto inForce = rules::RulesInForce(options.rulesFolder);
     const auto ordered = rules::InSeverityOrder(inForce);
+    // Declared before the connection: the file goes once SQLite has closed it.
+    NewDatabaseFile created{std::filesystem::path(path)};
     OpenedDatabase opened = OpenDatabase(file, sqlite::OpenMode::ReadWriteCreate);
     if (!opened.db) {
         Complain(file, opened.problem + "; nothing written");
@@ -86,6 +120,7 @@ int Collect(const std::string& file, const std::vector<std::filesystem::path>& r
     StoreFindings(db, everyReport ? rules::RunRules(db, ordered, options.timeLimit)
                                   : RunRulesOnChanged(db, ordered, options.timeLimit));
     transaction.Commit();
+    created.Keep();
     return status;
 }
 
@@ -98,7 +133,7 @@ int CollectDatabase(const Arguments& arguments) {
     for (const NativeString& path : arguments.Operands()) roots.emplace_back(path);
     const std::string file = ToUtf8(*arguments.Value(kDbOption));
     try {
-        return Collect(file, roots, options);
+        return Collect(*arguments.Value(kDbOption), roots, options);
     } catch (const rules::RuleError& failure) {
         Warn(failure.what());
         Complain(file, "nothing written");

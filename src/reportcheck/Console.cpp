@@ -232,6 +232,24 @@ std::optional<std::string> PathBytesUnlessText(const std::filesystem::path& path
     return hex;
 }
 
+OwnedFile OpenScratchFile() {
+#if defined(_WIN32)
+    // tmpfile() would make it in the drive's root folder, which a user may
+    // not write; "D" deletes it on closing, "T" keeps it in memory if it can.
+    static unsigned made = 0;
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    if (error) {
+        errno = error.value();
+        return nullptr;
+    }
+    const std::wstring name = L"reportcheck-" + std::to_wstring(_getpid()) + L"-" + std::to_wstring(++made) + L".tmp";
+    return OwnedFile(_wfopen((folder / name).c_str(), L"w+bTD"));
+#else
+    return OwnedFile(std::tmpfile());
+#endif
+}
+
 bool WriteFileWhole(const std::filesystem::path& target, std::string_view bytes, std::string& problem) {
     namespace fs = std::filesystem;
 #if defined(_WIN32)

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -59,6 +60,16 @@ inline constexpr std::uint64_t kMaxReportFileBytes = 512ull * 1024 * 1024;
 // why not, as "cannot be read (REASON)". A pipe, a device or a folder is
 // refused at once, before any read that could wait or never end.
 bool ReadReportFile(const NativeChar* path, std::string& bytes, std::string& problem);
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
+
+// A temporary file for bytes on their way out, in the system's temporary
+// folder, opened for writing and reading back and removed when closed.
+// Null, with errno set, when it cannot be made.
+OwnedFile OpenScratchFile();
 
 // Writes `bytes` to a temporary file beside `path` and renames it to `path`
 // once every byte is written: `path` holds the whole or is left as it was.

@@ -1,11 +1,21 @@
 #include "reportcheck/LoadedReport.h"
 
+#include <chrono>
 #include <cstring>
+#include <filesystem>
 
 #include "format/TransitDamage.h"
 #include "reader/TerminalText.h"
 
 namespace {
+
+std::optional<std::int64_t> ModifiedSeconds(const NativeChar* path) {
+    std::error_code error;
+    const auto time = std::filesystem::last_write_time(path, error);
+    if (error) return std::nullopt;
+    const auto since1970 = std::chrono::file_clock::to_sys(time).time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::seconds>(since1970).count();
+}
 
 std::optional<report_model::TransitDamage> TransitDamageOf(std::string_view bytes) {
     TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
@@ -41,6 +51,7 @@ LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody, Diagnose diag
         std::string().swap(bytes);
         loaded.report = report_model::ParseReportBody(loaded.body);
     }
+    loaded.modified = ModifiedSeconds(path);
     return loaded;
 }
 

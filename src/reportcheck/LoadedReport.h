@@ -2,6 +2,7 @@
 // why there is none. Every command that reads reports starts here.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,6 +31,9 @@ struct LoadedReport {
     report_model::Report report;
     std::u16string body;  // the body as it is, for whoever quotes its lines
     std::size_t fileSize = 0;  // the file's bytes
+    // Its last write, seconds since 1970 UTC: what can settle the header's
+    // time (reader/ReportTime.h).
+    std::optional<std::int64_t> modified;
     // What a transfer did to an altered file, when it can be told (Diagnose::Yes).
     std::optional<report_model::TransitDamage> transit;
 };

@@ -23,7 +23,7 @@ int RunRepair(const Arguments& arguments) {
     }
     const TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
     if (!diagnosis.restored) {
-        Complain(ToUtf8(in), DescribeReportVerdict(verdict) + (diagnosis.damage.empty() ? "" : ", " + diagnosis.damage) +
+        Complain(ToUtf8(in), DescribeReportVerdict(verdict) + (diagnosis.damage.empty() ? "" : "; " + diagnosis.damage) +
                                  ": cannot be restored, " + ToUtf8(out) + " not written");
         return verdict.state == ReportState::Altered ? kSomeAltered : kSomeNotAReport;
     }

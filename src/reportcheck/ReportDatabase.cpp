@@ -65,9 +65,10 @@ public:
           changed_(db, "INSERT OR IGNORE INTO temp.changed VALUES (?)") {}
 
     int File(const std::filesystem::path& path) {
-        const FileFacts facts = FactsOf(path);
+        FileFacts facts = FactsOf(path);
         if (incremental_ && Unchanged(facts)) return kAllIntact;
         const LoadedReport loaded = LoadReport(path.c_str());
+        facts.modified = loaded.modified;
         if (loaded.state != LoadState::Report) Complain(facts.path, loaded.problem);
         const std::string body = loaded.state == LoadState::Report ? report_model::Utf8FromUtf16(loaded.body) : "";
         const std::int64_t id =
@@ -210,6 +211,7 @@ int AddReportFiles(const sqlite::Connection& db, const std::vector<std::filesyst
                 .onSkip = {}});
     if (incremental)
         for (const std::filesystem::path& root : roots) RemoveGone(db, root);
+    report_tables::MarkLatestReports(db);
     return status;
 }
 

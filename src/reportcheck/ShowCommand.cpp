@@ -26,7 +26,7 @@ int RunShow(const Arguments& arguments) {
     report_model::JsonIndenter indented([](std::string_view piece) { Print(stdout, piece); });
     std::string compact;
     report_model::JsonWriter json(compact, [&](std::string_view made) { indented.Add(made); });
-    report_model::WriteReportJson(json, loaded.report, loaded.verdict, loaded.transit);
+    report_model::WriteReportJson(json, loaded.report, loaded.verdict, loaded.modified, loaded.transit);
     compact += '\n';
     indented.Add(compact);
     indented.Finish();
@@ -41,10 +41,12 @@ extern const Command kShowCommand{
     .summary = "the whole report as one JSON document",
     .help = "Prints the whole report FILE as one JSON document: its integrity (the\n"
             "checksum verdict, the line breaks found, and what a transfer did to an\n"
-            "altered file when that is known), every section's values as\n"
-            "typed fields, and, under \"unrecognised\", every line the reader did not\n"
-            "recognise where it stands, with its line number. Its form is described in\n"
-            "docs/report-model.schema.json (\"schemaVersion\").\n"
+            "altered file when that is known), every section's values as typed\n"
+            "fields, the header's date and time as ISO 8601 and whether that\n"
+            "reading is certain (day and month settled by the report's own file times\n"
+            "where they read both ways), and, under \"unrecognised\", every line the\n"
+            "reader did not recognise where it stands, with its line number. Its form\n"
+            "is described in docs/report-model.schema.json (\"schemaVersion\").\n"
             "Exit status: 0 intact, 1 altered (the JSON says so), 2 not a report or\n"
             "cannot be read (a message on standard error, nothing on standard output).\n",
     .options = kShowOptions,

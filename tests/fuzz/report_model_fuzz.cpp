@@ -5,11 +5,14 @@
 //    unrecognised ones keep increasing numbers within the body;
 //  - the JSON is made without harm and is what nlohmann writes for the same
 //    values (read back and written again, it is the same text), and a
-//    report compared with itself shows no change.
+//    report compared with itself shows no change;
+//  - the header's time is one of its readings, set exactly when it is
+//    certain, and a file time can only settle an ambiguous date.
 //
 // Input: byte 0 chooses the reading of the rest: even, one code unit per
 // byte (line structure mutates well); odd, UTF-16LE pairs (any code unit,
 // lone surrogates included).
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -18,8 +21,29 @@
 #include "reader/ReportJson.h"
 #include "reader/ReportModel.h"
 #include "reader/ReportRender.h"
+#include "reader/ReportTime.h"
 
 using namespace report_model;
+
+namespace {
+
+void CheckHeaderTime(const Report& report, std::int64_t fileModified) {
+    const auto alone = ReadHeaderTime(report, std::nullopt);
+    const auto withFile = ReadHeaderTime(report, fileModified);
+    FUZZ_CHECK(alone.has_value() == withFile.has_value());
+    if (!alone) return;
+    for (const HeaderTime* time : {&*alone, &*withFile}) {
+        FUZZ_CHECK(time->readings.size() <= 2);
+        FUZZ_CHECK(time->iso.has_value() == time->settledBy.has_value());
+        if (time->iso)
+            FUZZ_CHECK(std::find(time->readings.begin(), time->readings.end(), *time->iso) != time->readings.end());
+        FUZZ_CHECK((time->settledBy == SettledBy::Date) == (time->readings.size() == 1));
+    }
+    FUZZ_CHECK(alone->readings == withFile->readings);
+    if (alone->settledBy == SettledBy::Date) FUZZ_CHECK(withFile->iso == alone->iso);
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
@@ -44,5 +68,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     WriteReportJson(writer, report, verdict);
     FUZZ_CHECK(DumpJson(ReportToJson(report, verdict)) == json);
     FUZZ_CHECK(DiffReports(report, report).empty());
+    CheckHeaderTime(report, static_cast<std::int64_t>(size) * 1'000'000);
     return 0;
 }

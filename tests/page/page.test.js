@@ -306,6 +306,60 @@ test.describe('comparison page', () => {
     await expect(page.locator('#L10')).toBeVisible();
     expectQuiet(seen);
   });
+
+  test('changes only on a directory of 700 entries: its pages are made of the changed rows', async ({ page }) => {
+    // The 400 changed entries all stand after the first page of 200 rows:
+    // hiding the unchanged rows of a page would leave that page empty.
+    const dir = s.tempDir('changes-paged');
+    const name = (i) => 'file' + String(i).padStart(3, '0') + '.dll';
+    const entries = (changedFrom) => Array.from({ length: 700 }, (_, k) =>
+      ({ name: name(k + 1), version: k + 1 >= changedFrom ? '2.0.0.0' : '1.0.0.0' }));
+    const before = s.writeReport(path.join(dir, 'before.txt'), s.makeBody({ entries: entries(701) }));
+    const after = s.writeReport(path.join(dir, 'after.txt'), s.makeBody({ entries: entries(301) }));
+    const made = s.makePage(dir, 'cmp.html', ['--lang', 'en', '--against', before, after]);
+    expect(made.status).toBe(0);
+    const seen = await s.openPage(page, made.url);
+    await expect(page.locator('#changes ~ p').first()).toHaveText('400 changes');
+    const table = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Standard installation directory' }) });
+    const names = () => table.locator('tbody tr td:nth-child(6)').allTextContents();
+    const expectPage = async (first, last, pageText) => {
+      expect(await names()).toEqual(Array.from({ length: last - first + 1 }, (_, k) => name(first + k)));
+      await expect(table.locator('.pager span')).toHaveText(pageText);
+    };
+    await table.getByRole('button', { name: 'Next page' }).click();
+    await expectPage(201, 400, 'Page 2 of 4');
+
+    await page.getByLabel('Show changes only').check();
+    await expect(table.locator('.count')).toHaveText('400 of 700 shown');
+    await expectPage(301, 500, 'Page 1 of 2');
+    await expect(table.getByRole('button', { name: 'Previous page' })).toBeDisabled();
+    await table.getByRole('button', { name: 'Next page' }).click();
+    await expectPage(501, 700, 'Page 2 of 2');
+    await expect(table.getByRole('button', { name: 'Next page' })).toBeDisabled();
+    // The filter's words narrow the changed rows, not all of them.
+    await table.getByLabel('Filter').fill('file29');
+    await expect(table.locator('.count')).toHaveText('0 of 700 shown');
+    await table.getByLabel('Filter').fill('file69');
+    await expect(table.locator('.count')).toHaveText('10 of 700 shown');
+    await expectPage(690, 699, 'Page 1 of 1');
+    await table.getByLabel('Filter').fill('');
+    await expectPage(301, 500, 'Page 1 of 2');
+
+    // A line's link shows the whole report again, on the page its row stands on.
+    await table.getByRole('button', { name: 'Next page' }).click();
+    await table.locator('tr', { hasText: name(650) }).locator('a.line-link').click();
+    await expect(page.getByLabel('Show changes only')).not.toBeChecked();
+    await expect(table.locator('.count')).toHaveText('700 of 700 shown');
+    await expectPage(601, 700, 'Page 4 of 4');
+    await expect(table.locator('tr', { hasText: name(650) })).toHaveClass(/target/);
+
+    await page.getByLabel('Show changes only').check();
+    await expectPage(301, 500, 'Page 1 of 2');
+    await page.getByLabel('Show changes only').uncheck();
+    await expect(table.locator('.count')).toHaveText('700 of 700 shown');
+    await expectPage(1, 200, 'Page 1 of 4');
+    expectQuiet(seen);
+  });
 });
 
 test.describe('fleet page', () => {

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -14,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "../format/TransitDamageFixtures.h"
 #include "../reader/SampleReport.h"
 #include "format/ReportChecksum.h"
 #include "reader/ReportModel.h"
@@ -21,6 +23,15 @@
 
 #if defined(_WIN32)
 #include <windows.h>
+#include <aclapi.h>
+#include <winioctl.h>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+#include "../support/Wine.h"
+#include "w32/Scoped.h"
 #else
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -34,8 +45,10 @@ namespace {
 
 #if defined(_WIN32)
 constexpr const char* kNewline = "\r\n";  // stdout in text mode, as on any Windows console program
+constexpr const char* kJsonPathSeparator = "\\\\";  // a backslash as JSON writes it
 #else
 constexpr const char* kNewline = "\n";
+constexpr const char* kJsonPathSeparator = "/";
 #endif
 
 std::string Utf8(std::u8string_view text) {
@@ -379,14 +392,6 @@ const std::string kLaterSampleDiff =
 
 const std::string kTinyBody = "\nProgram:\nA 1\nin C:\\X\nstray\n";
 
-// A saved report as a transfer that made every CR LF an LF leaves it.
-std::string WithLineFeeds(const std::string& saved) {
-    std::string lf = "\xFF\xFE";
-    for (std::size_t i = 2; i + 1 < saved.size(); i += 2)
-        if (!(saved[i] == '\r' && saved[i + 1] == '\0')) lf += saved.substr(i, 2);
-    return lf;
-}
-
 }  // namespace
 
 TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
@@ -394,7 +399,7 @@ TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
     const Outcome outcome = Check({"show", "--json", "tiny.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 2,\n"
+              "  \"schemaVersion\": 3,\n"
               "  \"integrity\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"6f090968\",\n"
@@ -524,7 +529,7 @@ TEST_F(ReportCheck, DiffAsJson) {
     const Outcome outcome = Check({"diff", "--json", "before.txt", "after.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 2,\n"
+              "  \"schemaVersion\": 3,\n"
               "  \"old\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"14244c76\",\n"
@@ -584,13 +589,9 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     Write("fleet/a/pc1.txt", report);
     Write(Utf8(u8"fleet/\u00e9t\u00e9/pc2.txt"), altered);
     Write("fleet/notes.txt", "notes");
-#if defined(_WIN32)
-    const std::string sep = "\\\\";  // as JSON writes a backslash
-#else
-    const std::string sep = "/";
-#endif
+    const std::string sep = kJsonPathSeparator;
     const std::string model =
-        "{\"schemaVersion\":2,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
+        "{\"schemaVersion\":3,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
         "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
         "\"lineCount\":5,\"header\":null,\"program\":{\"name\":\"A\",\"version\":\"%N\",\"directory\":\"C:\\\\X\","
         "\"elevated\":false,\"blankLineBefore\":true},\"host\":null,\"windows\":null,\"hardware\":null,"
@@ -599,18 +600,174 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
                           const std::string& version) {
         std::string m = Replaced(Replaced(Replaced(model, "%V", verdict), "%B", body), "%N", version);
         return "{\"path\":\"" + path + "\",\"pathBytes\":null,\"verdict\":\"" + verdict +
-               "\",\"reason\":null,\"copyOf\":null,\"report\":" + m + "}\n";
+               "\",\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+               "\"report\":" + m + "}\n";
     };
     const Outcome outcome = Check({"collect", "fleet"});
     EXPECT_EQ(outcome.out, line("fleet" + sep + "a" + sep + "pc1.txt", "intact", "14244c76", "1") +
                                "{\"path\":\"fleet" + sep +
                                "notes.txt\",\"pathBytes\":null,\"verdict\":\"not a report\",\"reason\":\"not a "
-                               "report (no UTF-16 byte-order mark)\",\"copyOf\":null,\"report\":null}\n" +
+                               "report (no UTF-16 byte-order mark)\",\"copyOf\":null,"
+                               "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}\n" +
                                line("fleet" + sep + Utf8(u8"\u00e9t\u00e9") + sep + "pc2.txt", "altered",
                                     "14274c76", "2"));
     EXPECT_EQ(outcome.err, "reportcheck: fleet" + std::string(sep == "/" ? "/" : "\\") +
                                "notes.txt: not a report (no UTF-16 byte-order mark)" + kNewline);
     EXPECT_EQ(outcome.status, 2);
+}
+
+// --- When a report was made --------------------------------------------------
+
+namespace {
+
+// The sample made by `machine` on `made` (the header's date and time), its
+// folder's own entries written at `listed` ("dd/mm/yyyy  hh:mm:ss").
+std::string MadeOn(const std::string& machine, const std::string& made, const std::string& listed) {
+    std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
+                                "\tname: " + machine + " (WORKGROUP\\" + machine + ")");
+    body = Replaced(body, "11/22/26 14:36:06", made);
+    body = Replaced(body, "22/11/2026  14:33:45\t22/11/2026  14:33:45", listed + "\t" + listed);
+    return SavedReport(body);
+}
+
+// Sets a file's last write, given in seconds since 1970 UTC.
+void SetWritten(const fs::path& path, std::int64_t seconds) {
+    const std::chrono::sys_seconds time{std::chrono::seconds{seconds}};
+    fs::last_write_time(path, fs::file_time_type::clock::from_sys(time));
+}
+
+constexpr std::int64_t kJune1st2026 = 1780272000;     // 2026-06-01T00:00:00Z
+constexpr std::int64_t kJanuary1st2027 = 1798761600;  // 2027-01-01T00:00:00Z
+
+// The "header" member of show --json's document, as printed.
+std::string HeaderOf(const std::string& shown) {
+    const std::size_t from = shown.find("  \"header\": ");
+    const std::size_t to = shown.find("  \"program\": ");
+    if (from == std::string::npos || to == std::string::npos) return shown;
+    return shown.substr(from, to - from);
+}
+
+}  // namespace
+
+TEST_F(ReportCheck, ShowGivesTheHeadersTimeAndWhatSettledIt) {
+    Write("certain.txt", MadeOn("PC1", "11/16/2026 9:12:00 AM", "22/11/2026  14:33:45"));
+    // Day and month read both ways; files listed as written on 1 February.
+    Write("ambiguous.txt", MadeOn("PC1", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    Write("settled.txt", MadeOn("PC1", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    Write("impossible.txt", MadeOn("PC1", "31/02/2026 25:61:61", "22/11/2026  14:33:45"));
+    SetWritten(root_ / "files" / "ambiguous.txt", kJanuary1st2027);
+    // Saved on 1 June: the report was not made in November.
+    SetWritten(root_ / "files" / "settled.txt", kJune1st2026);
+    const auto header = [&](const std::string& made, const std::string& time) {
+        return "  \"header\": {\n"
+               "    \"text\": \"Orvane Software system report on " + made + "\",\n"
+               "    \"blankLineAfter\": true,\n"
+               "    \"time\": " + time + "\n"
+               "  },\n";
+    };
+    const std::string both = "[\n        \"2026-11-05T10:00:00\",\n        \"2026-05-11T10:00:00\"\n      ]";
+    const struct {
+        std::string file, made, iso, certain, settledBy, readings;
+    } shown[] = {
+        {"certain", "11/16/2026 9:12:00 AM", "\"2026-11-16T09:12:00\"", "true", "\"date\"",
+         "[\n        \"2026-11-16T09:12:00\"\n      ]"},
+        {"ambiguous", "05/11/2026 10:00:00", "null", "false", "null", both},
+        {"settled", "05/11/2026 10:00:00", "\"2026-05-11T10:00:00\"", "true", "\"file times\"", both},
+        {"impossible", "31/02/2026 25:61:61", "null", "false", "null", "[]"},
+    };
+    for (const auto& s : shown) {
+        EXPECT_EQ(HeaderOf(Check({"show", "--json", s.file + ".txt"}).out),
+                  header(s.made, "{\n      \"iso\": " + s.iso + ",\n      \"certain\": " + s.certain +
+                                     ",\n      \"settledBy\": " + s.settledBy + ",\n      \"readings\": " +
+                                     s.readings + "\n    }"));
+    }
+}
+
+TEST_F(ReportCheck, CollectGivesEachReportsTimeAndMarksEachMachinesLatest) {
+    fs::create_directories(root_ / "files" / "fleet");
+    const std::string later = MadeOn("PC1", "11/29/26 09:00:00", "22/11/2026  14:33:45");
+    std::string altered = MadeOn("PC1", "12/13/26 09:00:00", "22/11/2026  14:33:45");
+    altered[altered.find(std::string("W\0O\0R\0K", 7))] = 'V';
+    Write("fleet/a.txt", MadeOn("PC1", "11/22/26 14:36:06", "22/11/2026  14:33:45"));
+    Write("fleet/b.txt", later);
+    Write("fleet/c.txt", later);    // a copy: its original is the one marked
+    Write("fleet/d.txt", altered);  // later, but altered
+    // PC2's only report reads both ways, and nothing settles it: no latest.
+    Write("fleet/e.txt", MadeOn("PC2", "05/11/2026 10:00:00", "01/02/2026  14:33:45"));
+    SetWritten(root_ / "files" / "fleet" / "e.txt", kJanuary1st2027);
+    // PC3's reads both ways, its files written in September settle it.
+    Write("fleet/f.txt", MadeOn("PC3", "05/11/2026 10:00:00", "01/09/2026  14:33:45"));
+    Write("fleet/g.txt", MadeOn("PC3", "31/02/2026 10:00:00", "22/11/2026  14:33:45"));
+    Write("fleet/h.txt", "notes");
+    const std::string sep = kJsonPathSeparator;
+    const auto certain = [](const std::string& iso, const std::string& by, const std::string& readings) {
+        return "{\"iso\":\"" + iso + "\",\"certain\":true,\"settledBy\":\"" + by + "\",\"readings\":[" + readings +
+               "]}";
+    };
+    const std::string both = "\"2026-11-05T10:00:00\",\"2026-05-11T10:00:00\"";
+    const auto line = [&](const std::string& name, const std::string& verdict, const std::string& copyOf,
+                          const std::string& machine, const std::string& time, bool latest) {
+        return "{\"path\":\"fleet" + sep + name + "\",\"pathBytes\":null,\"verdict\":\"" + verdict +
+               "\",\"reason\":null,\"copyOf\":" + copyOf + ",\"machine\":\"" + machine + "\",\"time\":" + time +
+               ",\"latest\":" + (latest ? "true" : "false") + ",\"report\":{";
+    };
+    const std::vector<std::string> expected = {
+        line("a.txt", "intact", "null", "PC1", certain("2026-11-22T14:36:06", "date", "\"2026-11-22T14:36:06\""),
+             false),
+        line("b.txt", "intact", "null", "PC1", certain("2026-11-29T09:00:00", "date", "\"2026-11-29T09:00:00\""),
+             true),
+        line("c.txt", "intact", "\"fleet" + sep + "b.txt\"", "PC1",
+             certain("2026-11-29T09:00:00", "date", "\"2026-11-29T09:00:00\""), false),
+        line("d.txt", "altered", "null", "PC1", certain("2026-12-13T09:00:00", "date", "\"2026-12-13T09:00:00\""),
+             false),
+        line("e.txt", "intact", "null", "PC2",
+             "{\"iso\":null,\"certain\":false,\"settledBy\":null,\"readings\":[" + both + "]}", false),
+        line("f.txt", "intact", "null", "PC3", certain("2026-11-05T10:00:00", "file times", both), true),
+        line("g.txt", "intact", "null", "PC3", "{\"iso\":null,\"certain\":false,\"settledBy\":null,\"readings\":[]}",
+             false),
+    };
+    const Outcome outcome = Check({"collect", "fleet"});
+    std::istringstream lines(outcome.out);
+    std::string text;
+    for (const std::string& start : expected) {
+        ASSERT_TRUE(std::getline(lines, text));
+        EXPECT_EQ(text.substr(0, start.size()), start);
+        // The line's time is the one its report's header gives.
+        const auto parsed = nlohmann::json::parse(text);
+        EXPECT_EQ(parsed["time"], parsed["report"]["header"]["time"]) << start;
+    }
+    ASSERT_TRUE(std::getline(lines, text));
+    EXPECT_EQ(text, "{\"path\":\"fleet" + sep + "h.txt\",\"pathBytes\":null,\"verdict\":\"not a report\","
+                    "\"reason\":\"not a report (no UTF-16 byte-order mark)\",\"copyOf\":null,\"machine\":null,"
+                    "\"time\":null,\"latest\":false,\"report\":null}");
+    EXPECT_FALSE(std::getline(lines, text));
+    EXPECT_EQ(outcome.status, 2);
+
+    // The same in the tables, and the mark moves to a newer report.
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 2);
+    const auto rows = [&] {
+        const std::u8string path = (root_ / "files" / "fleet.db").u8string();
+        sqlite::Connection db(std::string(path.begin(), path.end()), sqlite::OpenMode::ReadOnly);
+        sqlite::Statement query(db, "SELECT substr(path, 7) || '|' || ifnull(time, '-') || '|' || "
+                                    "ifnull(time_settled_by, '-') || '|' || latest FROM reports ORDER BY path");
+        std::string text;
+        while (query.Step()) text += query.Text(0) + "\n";
+        return text;
+    };
+    EXPECT_EQ(rows(),
+              "a.txt|2026-11-22T14:36:06|date|0\n"
+              "b.txt|2026-11-29T09:00:00|date|1\n"
+              "c.txt|2026-11-29T09:00:00|date|0\n"
+              "d.txt|2026-12-13T09:00:00|date|0\n"
+              "e.txt|-|-|0\n"
+              "f.txt|2026-11-05T10:00:00|file times|1\n"
+              "g.txt|-|-|0\n"
+              "h.txt|-|-|0\n");
+    Write("fleet/i.txt", MadeOn("PC3", "2026-12-24 08:00:00", "22/11/2026  14:33:45"));
+    ASSERT_EQ(Check({"collect", "--db", "fleet.db", "fleet"}).status, 0);  // only i.txt is read again
+    const std::string after = rows();
+    EXPECT_NE(after.find("f.txt|2026-11-05T10:00:00|file times|0\n"), std::string::npos) << after;
+    EXPECT_NE(after.find("i.txt|2026-12-24T08:00:00|date|1\n"), std::string::npos) << after;
 }
 
 TEST_F(ReportCheck, ShowReadsA50MegabyteReport) {
@@ -751,9 +908,11 @@ TEST_F(ReportCheck, CollectStaysInItsFoldersAndReadsEachFileOnce) {
     std::getline(lines, second);
     std::getline(lines, rest);
     const std::string linked = "{\"path\":\"inbox/link-to-file.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
-                               "\"reason\":null,\"copyOf\":null,\"report\":{";
+                               "\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,"
+                               "\"latest\":false,\"report\":{";
     const std::string copy = "{\"path\":\"inbox/sub/pc1.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
-                             "\"reason\":null,\"copyOf\":\"inbox/link-to-file.txt\",\"report\":{";
+                             "\"reason\":null,\"copyOf\":\"inbox/link-to-file.txt\",\"machine\":null,"
+                             "\"time\":null,\"latest\":false,\"report\":{";
     EXPECT_EQ(first.substr(0, linked.size()), linked);
     EXPECT_EQ(second.substr(0, copy.size()), copy);
     EXPECT_EQ(rest, "");
@@ -857,6 +1016,285 @@ TEST_F(ReportCheck, CollectReadsOverlappingPathsOnce) {
     EXPECT_EQ(outcome.err, std::string("reportcheck: inbox/sub: skipped (already read)") + kNewline);  // as named
 }
 
+#if defined(_WIN32)
+// --- Junctions and symbolic links to folders under Windows ------------------
+
+namespace {
+
+enum class FolderLinkKind { Junction, SymbolicLink };
+
+// A mount point's reparse data, as REPARSE_DATA_BUFFER of the driver kit's
+// ntifs.h lays it out (the SDK a program builds with does not declare it):
+// the target in the NT form "\??\C:\...", then the form shown to people.
+std::vector<BYTE> JunctionData(const std::wstring& target) {
+    const std::wstring nt = L"\\??\\" + target;
+    const std::size_t names = (nt.size() + 1 + target.size() + 1) * sizeof(wchar_t);
+    constexpr std::size_t kHeader = 8, kOffsets = 8;  // tag, length, reserved; then four offsets and lengths
+    std::vector<BYTE> data(kHeader + kOffsets + names, 0);
+    const auto put16 = [&](std::size_t at, std::size_t value) {
+        data[at] = static_cast<BYTE>(value & 0xFF);
+        data[at + 1] = static_cast<BYTE>(value >> 8);
+    };
+    const DWORD tag = IO_REPARSE_TAG_MOUNT_POINT;
+    std::memcpy(data.data(), &tag, sizeof tag);
+    put16(4, kOffsets + names);                                                // ReparseDataLength
+    put16(8, 0);                                                               // SubstituteNameOffset
+    put16(10, nt.size() * sizeof(wchar_t));                                    // SubstituteNameLength
+    put16(12, (nt.size() + 1) * sizeof(wchar_t));                              // PrintNameOffset
+    put16(14, target.size() * sizeof(wchar_t));                                // PrintNameLength
+    std::memcpy(data.data() + 16, nt.c_str(), nt.size() * sizeof(wchar_t));
+    std::memcpy(data.data() + 16 + (nt.size() + 1) * sizeof(wchar_t), target.c_str(), target.size() * sizeof(wchar_t));
+    return data;
+}
+
+bool IsLinkToFolder(const fs::path& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    const DWORD link = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & link) == link;
+}
+
+// Runs a program of the Unix host in `folder`, from a test under Wine, which
+// starts one as it starts a Windows program but gives no handle to wait on:
+// the run is taken as done when `done` says so, and as failed after 10 s.
+bool RunUnixProgram(const fs::path& folder, std::wstring commandLine, const std::function<bool()>& done) {
+    const std::wstring program = L"Z:\\bin\\" + commandLine.substr(0, commandLine.find(L' '));
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
+                          folder.c_str(), &startup, &process))
+        return false;
+    // No process handle for a Unix program, nor then a thread handle.
+    const w32::ScopedHandle ownedProcess(process.hProcess);
+    const w32::ScopedHandle ownedThread(process.hProcess ? process.hThread : nullptr);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+// Links to folders a test makes, and removes before its folder goes: the C++
+// library's remove_all would walk through them (and round a loop for ever).
+class FolderLinks {
+public:
+    FolderLinks() = default;
+    FolderLinks(const FolderLinks&) = delete;
+    FolderLinks& operator=(const FolderLinks&) = delete;
+    ~FolderLinks() {
+        for (const Made& made : made_) {
+            if (made.unix)
+                RunUnixProgram(made.link.parent_path(), L"rm -- " + made.link.filename().wstring(),
+                               [&] { return !IsLinkToFolder(made.link); });
+            else
+                ::RemoveDirectoryW(made.link.c_str());  // the link, not what it leads to
+        }
+    }
+
+    // Makes `link` lead to `target` (relative to the link's folder) as
+    // `kind`; says how it was made, or why it could not be.
+    std::string Make(FolderLinkKind kind, const fs::path& link, const fs::path& target) {
+        const fs::path absolute = (link.parent_path() / target).lexically_normal();
+        DWORD refused = 0;
+        if (kind == FolderLinkKind::Junction ? MakeJunction(link, absolute, refused) : MakeSymbolicLink(link, target, refused)) {
+            made_.push_back({link, false});
+            return kind == FolderLinkKind::Junction ? "junction" : "symbolic link";
+        }
+        const std::string why = std::string(kind == FolderLinkKind::Junction ? "FSCTL_SET_REPARSE_POINT" : "CreateSymbolicLinkW") +
+                                (refused == ERROR_SUCCESS ? ": said done, made nothing" : ": error " + std::to_string(refused));
+        if (!testsupport::RunningUnderWine()) return "not made (" + why + ")";
+        // Wine 8 makes neither (no reparse points; CreateSymbolicLinkW says
+        // yes and makes nothing), but it shows a Unix symbolic link to a
+        // folder as Windows shows a junction, and starts a Unix program as
+        // it starts a Windows one.
+        std::wstring relative = target.wstring();
+        std::replace(relative.begin(), relative.end(), L'\\', L'/');
+        if (!RunUnixProgram(link.parent_path(), L"ln -s -- " + relative + L" " + link.filename().wstring(),
+                            [&] { return IsLinkToFolder(link); }))
+            return "not made (" + why + "; Unix ln made nothing)";
+        made_.push_back({link, true});
+        return "Unix symbolic link (" + why + ")";
+    }
+
+private:
+    struct Made {
+        fs::path link;
+        bool unix;
+    };
+
+    static bool MakeJunction(const fs::path& link, const fs::path& target, DWORD& refused) {
+        if (!::CreateDirectoryW(link.c_str(), nullptr)) {
+            refused = ::GetLastError();
+            return false;
+        }
+        w32::ScopedHandle folder(::CreateFileW(link.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                               FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+        std::vector<BYTE> data = JunctionData(target.wstring());
+        DWORD returned = 0;
+        const bool made = folder && ::DeviceIoControl(folder.Get(), FSCTL_SET_REPARSE_POINT, data.data(),
+                                                      static_cast<DWORD>(data.size()), nullptr, 0, &returned, nullptr);
+        if (made) return true;
+        refused = ::GetLastError();
+        folder.Reset();
+        ::RemoveDirectoryW(link.c_str());
+        return false;
+    }
+
+    // Windows lets anyone make one in developer mode, else administrators.
+    static bool MakeSymbolicLink(const fs::path& link, const fs::path& target, DWORD& refused) {
+        const DWORD flags = SYMBOLIC_LINK_FLAG_DIRECTORY | SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE;
+        const bool said = ::CreateSymbolicLinkW(link.c_str(), target.c_str(), flags);
+        refused = said ? ERROR_SUCCESS : ::GetLastError();
+        return IsLinkToFolder(link);  // what is there, not what was said
+    }
+
+    std::vector<Made> made_;
+};
+
+}  // namespace
+
+// Junctions and symbolic links to the folder itself, to its parent and to a
+// sibling folder: followed, the first would never end and the others would
+// read reports the user did not name. Wine 8 makes neither kind (see
+// FolderLinks::Make): there both are the Unix links Wine shows as junctions.
+TEST_F(ReportCheck, CollectFollowsNoJunctionOrLinkToAFolder) {
+    const fs::path inbox = root_ / "files" / "inbox";
+    fs::create_directories(inbox / "sub");
+    fs::create_directories(root_ / "files" / "sibling");
+    Write("inbox/sub/pc1.txt", SavedReport(kTinyBody));
+    Write("sibling/pc2.txt", SavedReport(kSampleReportBody));
+    Write("outside.txt", SavedReport(kSampleReportBody));
+    FolderLinks links;
+    const struct {
+        const char* name;
+        FolderLinkKind kind;
+        const char* target;
+    } wanted[] = {
+        {"j-next", FolderLinkKind::Junction, "..\\sibling"}, {"j-self", FolderLinkKind::Junction, "."},
+        {"j-up", FolderLinkKind::Junction, ".."},            {"s-next", FolderLinkKind::SymbolicLink, "..\\sibling"},
+        {"s-self", FolderLinkKind::SymbolicLink, "."},      {"s-up", FolderLinkKind::SymbolicLink, ".."},
+    };
+    std::string skipped;
+    for (const auto& link : wanted) {
+        const std::string how = links.Make(link.kind, inbox / link.name, link.target);
+        std::cout << "inbox\\" << link.name << ": " << how << "\n";
+        if (how.rfind("not made", 0) == 0 && link.kind == FolderLinkKind::SymbolicLink) continue;  // not allowed to this user
+        ASSERT_TRUE(IsLinkToFolder(inbox / link.name)) << link.name << ": " << how;
+        skipped += std::string("reportcheck: inbox\\") + link.name + ": skipped (a link to a folder, not followed)" + kNewline;
+    }
+    const Outcome outcome = Check({"collect", "inbox", "inbox\\sub", "inbox\\sub\\pc1.txt"});
+    EXPECT_EQ(outcome.err, skipped + "reportcheck: inbox\\sub: skipped (already read)" + kNewline +
+                               "reportcheck: inbox\\sub\\pc1.txt: skipped (already read)" + kNewline);
+    const std::string start = "{\"path\":\"inbox\\\\sub\\\\pc1.txt\",\"pathBytes\":null,\"verdict\":\"intact\","
+                              "\"reason\":null,\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+                              "\"report\":{\"schemaVersion\":";
+    EXPECT_EQ(outcome.out.substr(0, start.size()), start);
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
+    EXPECT_EQ(outcome.status, 0);
+}
+
+
+// Windows names a file in any letter case: the same folder and file, however
+// the arguments spell them, are read once.
+TEST_F(ReportCheck, CollectReadsOnceWhatArgumentsNameInAnotherCase) {
+    fs::create_directories(root_ / "files" / "inbox" / "sub");
+    Write("inbox/sub/pc1.txt", SavedReport(kTinyBody));
+    const Outcome outcome = Check({"collect", "inbox", "INBOX\\SUB", "Inbox\\Sub\\PC1.TXT"});
+    EXPECT_EQ(outcome.err, std::string("reportcheck: INBOX\\SUB: skipped (already read)") + kNewline +
+                               "reportcheck: Inbox\\Sub\\PC1.TXT: skipped (already read)" + kNewline);
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
+    EXPECT_EQ(outcome.status, 0);
+}
+#endif
+
+namespace {
+
+// A folder no one but an administrator (or root) may list, given back to its
+// owner when the test ends (its folder must then be removed): on Windows an
+// access list that grants nothing, on Linux mode 000.
+class LockedFolder {
+public:
+    explicit LockedFolder(fs::path path) : path_(std::move(path)) {
+        fs::create_directories(path_);
+#if defined(_WIN32)
+        ACL nothing{};
+        ::InitializeAcl(&nothing, sizeof(nothing), ACL_REVISION);
+        locked_ = SetAccessList(&nothing, PROTECTED_DACL_SECURITY_INFORMATION) == ERROR_SUCCESS;
+        // Wine keeps the list without enforcing it, but a Unix mode that
+        // denies reading is Wine's "access denied" (Wine shows mode 000 as
+        // read-only).
+        unixMode_ = !Denies() && testsupport::RunningUnderWine() && SetUnixMode(L"000", true);
+#else
+        locked_ = ::chmod(path_.c_str(), 0) == 0;
+#endif
+    }
+    LockedFolder(const LockedFolder&) = delete;
+    LockedFolder& operator=(const LockedFolder&) = delete;
+    ~LockedFolder() {
+#if defined(_WIN32)
+        SetAccessList(nullptr, UNPROTECTED_DACL_SECURITY_INFORMATION);
+        if (unixMode_) SetUnixMode(L"700", false);
+#else
+        ::chmod(path_.c_str(), 0700);
+#endif
+    }
+
+    // Whether the system keeps this test, the folder's owner, from listing it.
+    bool Denies() const {
+        std::error_code error;
+        fs::directory_iterator listing(path_, error);
+        return locked_ && error;
+    }
+
+private:
+#if defined(_WIN32)
+    DWORD SetAccessList(ACL* list, SECURITY_INFORMATION protection) {
+        return ::SetNamedSecurityInfoW(const_cast<wchar_t*>(path_.c_str()), SE_FILE_OBJECT,
+                                       DACL_SECURITY_INFORMATION | protection, nullptr, nullptr, list, nullptr);
+    }
+
+    bool SetUnixMode(const std::wstring& mode, bool readOnly) {
+        return RunUnixProgram(path_.parent_path(), L"chmod " + mode + L" -- " + path_.filename().wstring(), [&] {
+            const DWORD attributes = ::GetFileAttributesW(path_.c_str());
+            return attributes != INVALID_FILE_ATTRIBUTES && ((attributes & FILE_ATTRIBUTE_READONLY) != 0) == readOnly;
+        });
+    }
+
+    bool unixMode_ = false;
+#endif
+
+    fs::path path_;
+    bool locked_ = false;
+};
+
+}  // namespace
+
+// Root lists any folder whatever its mode, under Wine too (which keeps an
+// access list without enforcing it; LockedFolder then sets the Unix mode):
+// where the tests run as root the test cannot make a folder it cannot read,
+// and skips, saying so.
+TEST_F(ReportCheck, CollectSaysWhichSubfolderCannotBeRead) {
+    fs::create_directories(root_ / "files" / "inbox");
+    Write("inbox/pc1.txt", SavedReport(kTinyBody));
+    const LockedFolder locked(root_ / "files" / "inbox" / "locked");
+    if (!locked.Denies())
+        GTEST_SKIP() << "this system lets the test list a folder locked to it (run as root?)";
+#if defined(_WIN32)
+    const std::string shown = "inbox\\locked", json = "inbox\\\\locked", next = "inbox\\\\pc1.txt";
+#else
+    const std::string shown = "inbox/locked", json = shown, next = "inbox/pc1.txt";
+#endif
+    const Outcome outcome = Check({"collect", "inbox"});
+    EXPECT_EQ(outcome.err, "reportcheck: " + shown + ": cannot be read (Permission denied)" + kNewline);
+    const std::string start = "{\"path\":\"" + json + "\",\"pathBytes\":null,\"verdict\":\"unreadable\","
+                              "\"reason\":\"cannot be read (Permission denied)\",\"copyOf\":null,\"machine\":null,"
+                              "\"time\":null,\"latest\":false,\"report\":null}\n"
+                              "{\"path\":\"" + next + "\",";
+    EXPECT_EQ(outcome.out.substr(0, start.size()), start);
+    EXPECT_EQ(outcome.status, 2);
+}
+
 TEST_F(ReportCheck, SubcommandsExplainThemselves) {
     const struct {
         std::string command, synopsis;
@@ -942,7 +1380,7 @@ TEST_F(ReportCheck, AFileNamedLikeAnOptionFollowsTheEndOfOptions) {
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 1);
     const Outcome shown = Check({"show", "--json", "--", "-x"});
-    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 2,\n", 0), 0u) << shown.out;
+    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 3,\n", 0), 0u) << shown.out;
     EXPECT_EQ(shown.status, 0);
 }
 
@@ -1007,13 +1445,15 @@ TEST_F(ReportCheck, CollectGoesOnPastFilesThatCannotBeRead) {
     std::getline(lines, third);
     std::getline(lines, rest);
     EXPECT_EQ(first, "{\"path\":\"fleet/a-broken-link.txt\",\"pathBytes\":null,\"verdict\":\"unreadable\","
-                     "\"reason\":\"cannot be read (No such file or directory)\",\"copyOf\":null,\"report\":null}");
+                     "\"reason\":\"cannot be read (No such file or directory)\",\"copyOf\":null,"
+                     "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}");
     const std::string intact =
         "{\"path\":\"fleet/b.txt\",\"pathBytes\":null,\"verdict\":\"intact\",\"reason\":null,\"copyOf\":null,"
-        "\"report\":{";
+        "\"machine\":null,\"time\":null,\"latest\":false,\"report\":{";
     EXPECT_EQ(second.substr(0, intact.size()), intact);
     EXPECT_EQ(third, "{\"path\":\"fleet/c-pipe\",\"pathBytes\":null,\"verdict\":\"unreadable\",\"reason\":\"cannot "
-                     "be read (not a regular file)\",\"copyOf\":null,\"report\":null}");
+                     "be read (not a regular file)\",\"copyOf\":null,"
+                     "\"machine\":null,\"time\":null,\"latest\":false,\"report\":null}");
     EXPECT_EQ(rest, "");
     EXPECT_EQ(outcome.status, 2);
 }
@@ -1056,7 +1496,7 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
     Write("sample.txt", SavedReport(kSampleReportBody));
     Write("later.txt", BuildReportFileBytes(Utf16(LaterSample())));
     Write("tiny.txt", SavedReport(kTinyBody));
-    Write("lf.txt", WithLineFeeds(SavedReport(kTinyBody)));  // altered, its damage told
+    Write("lf.txt", transit_fixtures::WithLfLineBreaks(SavedReport(kTinyBody)));  // altered, its damage told
     const std::string schema = std::string(REPORTCHECK_SOURCE_DIR) + "/docs/report-model.schema.json";
     for (const char* name : {"before", "after"})
         fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data" / ("wine-" + std::string(name) + ".txt"),
@@ -1084,25 +1524,33 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
 }
 
 TEST_F(ReportCheck, FleetExampleRunsOnCollectedTables) {
-    // Three machines; the third still has the older tool.dll.
-    const auto machine = [](const std::string& name, const std::string& version) {
+    // Five machines. PC3 had the older tool.dll a week ago and has the
+    // current one in its latest report; PC4's report with the older one was
+    // altered; PC5 alone has another version in its only, intact report.
+    const auto machine = [](const std::string& name, const std::string& version, const std::string& made) {
         std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
                                     "\tname: " + name + " (WORKGROUP\\" + name + ")");
+        body = Replaced(body, "11/22/26 14:36:06", made);
         return Replaced(body, "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n",
                         "* Standard installation directory (C:\\Program Files\\Orvane Software V9):\n"
                         "\t00000020     130444\t22/11/2026  14:33:33\t22/11/2026  14:33:33\ttool.dll\t" +
                             version + "\n");
     };
+    std::string altered = SavedReport(machine("PC4", "9.2.0.7", "11/22/26 14:36:06"));
+    altered[altered.find(std::string("W\0O\0R\0K", 7))] = 'V';
     fs::create_directories(root_ / "files" / "fleet" / "march");
-    Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0")));
-    Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0")));
-    Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7")));
+    Write("fleet/pc1.txt", SavedReport(machine("PC1", "9.3.1.0", "11/22/26 14:36:06")));
+    Write("fleet/march/pc2.txt", SavedReport(machine("PC2", "9.3.1.0", "11/22/26 14:36:06")));
+    Write("fleet/march/pc3.txt", SavedReport(machine("PC3", "9.2.0.7", "11/22/26 14:36:06")));
+    Write("fleet/pc3-a-week-later.txt", SavedReport(machine("PC3", "9.3.1.0", "11/29/26 09:00:00")));
+    Write("fleet/pc4.txt", altered);
+    Write("fleet/pc5.txt", SavedReport(machine("PC5", "9.1.0.0", "11/22/26 14:36:06")));
     const Outcome collected = Check({"collect", "--db", "fleet.db", "fleet"});
-    ASSERT_EQ(collected.status, 0) << collected.err;
+    ASSERT_EQ(collected.status, 1) << collected.err;
     const std::string command = "cd '" + (root_ / "files").string() + "' && sqlite3 fleet.db < '" +
                                 REPORTCHECK_SOURCE_DIR + "/docs/examples/other-versions.sql' >answer.txt 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "answer.txt");
-    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC3|tool.dll|9.2.0.7\n");
+    EXPECT_EQ(ReadFile(root_ / "files" / "answer.txt"), "PC5|tool.dll|9.1.0.0\n");
 }
 #endif
 
@@ -1319,6 +1767,21 @@ TEST_F(ReportCheck, BadRuleFilesAreNamedAndNothingIsWritten) {
         EXPECT_EQ(collected.status, 2);
         EXPECT_EQ(collected.out, "");
         EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == before) << c.query;
+        // A first run that fails leaves no file for the next run to take as its own.
+        const Outcome created =
+            Check({"collect", "--db", "new.db", "--rules", folder, "--time-limit", "1", "healthy.txt"});
+        EXPECT_EQ(created.err, Said(named + "reportcheck: new.db: nothing written\n"));
+        EXPECT_EQ(created.status, 2);
+        EXPECT_FALSE(fs::exists(root_ / "files" / "new.db")) << c.query;
+        EXPECT_FALSE(fs::exists(root_ / "files" / "new.db-journal")) << c.query;
+        // An empty file was there before: it stays, as it was.
+        Write("empty.db", "");
+        const Outcome intoEmpty =
+            Check({"collect", "--db", "empty.db", "--rules", folder, "--time-limit", "1", "healthy.txt"});
+        EXPECT_EQ(intoEmpty.err, Said(named + "reportcheck: empty.db: nothing written\n"));
+        EXPECT_EQ(intoEmpty.status, 2);
+        EXPECT_TRUE(fs::exists(root_ / "files" / "empty.db")) << c.query;
+        EXPECT_EQ(ReadFile(root_ / "files" / "empty.db"), "") << c.query;
         const Outcome found = Check({"findings", "--rules", folder, "--time-limit", "1", "fleet.db"});
         EXPECT_EQ(found.err, Said(named));
         EXPECT_EQ(found.status, 2);
@@ -1361,14 +1824,18 @@ TEST_F(ReportCheck, DatabasesOfOthersOrOtherVersionsAreRefused) {
     EXPECT_EQ(foreign.status, 2);
     EXPECT_TRUE(ReadFile(root_ / "files" / "other.db") == other);
     ASSERT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 0);
-    ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 fleet.db 'PRAGMA user_version = 2;'").c_str()), 0);
-    const std::string fleet = ReadFile(root_ / "files" / "fleet.db");
-    const Outcome newer = Check({"findings", "fleet.db"});
-    EXPECT_EQ(newer.err,
-              "reportcheck: fleet.db: tables of schema version 2, this reportcheck reads version 1\n");
-    EXPECT_EQ(newer.status, 2);
-    EXPECT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 2);
-    EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
+    // A database of the version before (no report times), and one of a newer reportcheck.
+    for (const int version : {1, 3}) {
+        const std::string pragma = "PRAGMA user_version = " + std::to_string(version) + ";";
+        ASSERT_EQ(std::system(("cd '" + folder + "' && sqlite3 fleet.db '" + pragma + "'").c_str()), 0);
+        const std::string fleet = ReadFile(root_ / "files" / "fleet.db");
+        const Outcome other = Check({"findings", "fleet.db"});
+        EXPECT_EQ(other.err, "reportcheck: fleet.db: tables of schema version " + std::to_string(version) +
+                                 ", this reportcheck reads version 2\n");
+        EXPECT_EQ(other.status, 2);
+        EXPECT_EQ(Check({"collect", "--db", "fleet.db", "healthy.txt"}).status, 2);
+        EXPECT_TRUE(ReadFile(root_ / "files" / "fleet.db") == fleet);
+    }
 }
 #endif
 
@@ -1559,7 +2026,7 @@ TEST_F(ReportCheck, DiffLeavesOutTheKindsAskedForAndRefusesUnknownOnes) {
 
 TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMatches) {
     const std::string original = SavedReport(kTinyBody);
-    const std::string lf = WithLineFeeds(original);
+    const std::string lf = transit_fixtures::WithLfLineBreaks(original);
     Write("lf.txt", lf);
     const Outcome checked = Check({"check", "lf.txt"});
     EXPECT_EQ(checked.out, std::string("lf.txt: altered (trailer says 14244c76, body gives 6f090968); line breaks "
@@ -1587,11 +2054,77 @@ TEST_F(ReportCheck, TransitDamageIsNamedAndRepairRestoresItOnlyWhenTheChecksumMa
     EXPECT_FALSE(fs::exists(root_ / "files" / "out.txt"));
 }
 
+// Every damage the format's own tests diagnose, on the same report, through
+// the program: on Windows too, where the files are opened and written by
+// Win32 and the lines end in CR LF.
+TEST_F(ReportCheck, RepairUndoesEachTransitDamageByteForByte) {
+    using namespace transit_fixtures;
+    const std::string original = BuildReportFileBytes(kBody);
+    const std::string checksum = ChecksumText(ComputeReportChecksum(kBody));
+    const std::string noMark = "not a report (no UTF-16 byte-order mark); ";
+    const std::string restores = " (reportcheck repair restores it)";
+    const struct {
+        const char* file;
+        std::string bytes;
+        std::string checked;  // check's verdict, after "FILE: "
+        std::string undone;
+    } restorable[] = {
+        {"utf8.txt", Utf8Of(TextOf(original)), noMark + "re-encoded as UTF-8" + restores, "re-encoded as UTF-8"},
+        {"utf8-mark.txt", "\xEF\xBB\xBF" + Utf8Of(TextOf(original)), noMark + "re-encoded as UTF-8" + restores,
+         "re-encoded as UTF-8"},
+        {"latin1.txt", AsLatin1(original), noMark + "re-encoded as Latin-1 (or another single-byte encoding)" + restores,
+         "re-encoded as Latin-1 (or another single-byte encoding)"},
+        {"big-endian.txt", AsBigEndianUtf16(original), noMark + "re-encoded as big-endian UTF-16" + restores,
+         "re-encoded as big-endian UTF-16"},
+        {"lf.txt", WithLfLineBreaks(original),
+         "altered (trailer says " + checksum + ", body gives " + ChecksumText(ComputeReportChecksum(Without(kBody, u"\r"))) +
+             "); line breaks converted from CR LF to LF" + restores,
+         "line breaks converted from CR LF to LF"},
+        {"crlf-utf8.txt", AsUtf8WithCrLfLineBreaks(original),
+         noMark + "re-encoded as UTF-8, line breaks converted from LF to CR LF" + restores,
+         "re-encoded as UTF-8, line breaks converted from LF to CR LF"},
+    };
+    for (const auto& damaged : restorable) {
+        Write(damaged.file, damaged.bytes);
+        const Outcome checked = Check({"check", damaged.file});
+        EXPECT_EQ(checked.out, std::string(damaged.file) + ": " + damaged.checked + kNewline);
+        const std::string out = std::string("restored-") + damaged.file;
+        const Outcome repaired = Check({"repair", damaged.file, out});
+        EXPECT_EQ(repaired.out, out + ": intact (checksum " + checksum + "), restored from " + damaged.file +
+                                    " (undone: " + damaged.undone + ")" + kNewline);
+        EXPECT_EQ(repaired.err, "");
+        EXPECT_EQ(repaired.status, 0);
+        EXPECT_TRUE(ReadFile(root_ / "files" / out) == original) << damaged.file;
+        EXPECT_TRUE(ReadFile(root_ / "files" / damaged.file) == damaged.bytes) << damaged.file;
+    }
+
+    const struct {
+        const char* file;
+        std::string bytes;
+        std::string said;
+        int status;
+    } lost[] = {
+        {"truncated.txt", original.substr(0, 90), "not a report (no checksum trailer at the end); truncated after 90 bytes", 2},
+        {"replaced.txt", AsUtf8WithReplacedCharacters(original),
+         noMark + "re-encoded as UTF-8, 2 characters replaced by U+FFFD", 2},
+    };
+    for (const auto& damaged : lost) {
+        Write(damaged.file, damaged.bytes);
+        const std::string out = std::string("restored-") + damaged.file;
+        const Outcome refused = Check({"repair", damaged.file, out});
+        EXPECT_EQ(refused.out, "");
+        EXPECT_EQ(refused.err, "reportcheck: " + std::string(damaged.file) + ": " + damaged.said + ": cannot be restored, " +
+                                   out + " not written" + kNewline);
+        EXPECT_EQ(refused.status, damaged.status);
+        EXPECT_FALSE(fs::exists(root_ / "files" / out)) << damaged.file;
+    }
+}
+
 // show --json tells what a transfer did to an altered file where that is
 // known, and whether repair restores it; an edited file gets no such words.
 TEST_F(ReportCheck, ShowSaysWhatATransferDidToAnAlteredReport) {
     const std::string original = SavedReport(kTinyBody);
-    Write("lf.txt", WithLineFeeds(original));
+    Write("lf.txt", transit_fixtures::WithLfLineBreaks(original));
     std::string replaced = original;
     for (const char* c : {"A", "X"})  // each made U+FFFD
         replaced.replace(replaced.find(std::string(c) + '\0'), 2, "\xFD\xFF");

@@ -172,18 +172,24 @@
     for (const raw of document.querySelectorAll('details.raw')) {
       if (number >= Number(raw.dataset.first) && number <= Number(raw.dataset.last)) raw.fill();
     }
+    showChangesOnly(false);
     for (const block of document.querySelectorAll('.table-block')) if (block.reveal) block.reveal(number);
     const line = document.getElementById('L' + number);
     const row = document.querySelector('tr[data-line="' + number + '"]');
     const shown = row || line;
     if (!shown) return;
     for (const node of [line, row]) if (node) { openAncestors(node); node.classList.add('target'); lastTarget.push(node); }
-    document.body.classList.remove('changes-only');
-    const box = document.getElementById('changes-only');
-    if (box) box.checked = false;
     shown.setAttribute('tabindex', '-1');
     shown.scrollIntoView({ block: 'center' });
     shown.focus({ preventScroll: true });
+  }
+  // Lines hide by the page's class; a table filters its rows before it makes
+  // its pages, so that a page is never left empty of changed rows.
+  function showChangesOnly(on) {
+    document.body.classList.toggle('changes-only', on);
+    const box = document.getElementById('changes-only');
+    if (box) box.checked = on;
+    for (const block of document.querySelectorAll('.table-block')) if (block.refilter) block.refilter();
   }
   function lineLink(number, label) {
     return el('a', { href: '#L' + number, class: 'line-link', onclick: (e) => { e.preventDefault(); goToLine(number); } },
@@ -249,9 +255,15 @@
       }
       count.textContent = T.shown(visible.length, items.length);
     }
-    function applyFilter() {
+    // The rows the filter words and "changes only" leave, in the table's order.
+    function filtered() {
       const words = input.value.toLowerCase().trim();
-      visible = words ? order.filter((item) => searchOf(item).includes(words)) : order;
+      const changesOnly = options.changed && document.body.classList.contains('changes-only');
+      if (!words && !changesOnly) return order;
+      return order.filter((item) => (!changesOnly || options.changed(item.row)) && (!words || searchOf(item).includes(words)));
+    }
+    function applyFilter() {
+      visible = filtered();
       page = 0;
       draw();
     }
@@ -276,12 +288,14 @@
     input.addEventListener('input', applyFilter);
     // Shows the row of a report line, wherever the filter and the pages hid it.
     block.reveal = (line) => {
-      const at = order.findIndex((item) => item.row.line === line);
-      if (at < 0) return;
-      if (input.value) { input.value = ''; visible = order; }
-      if (options.pageRows) page = Math.floor(at / options.pageRows);
+      if (!order.some((item) => item.row.line === line)) return;
+      input.value = '';
+      visible = filtered();
+      const at = visible.findIndex((item) => item.row.line === line);
+      if (options.pageRows) page = Math.floor(Math.max(at, 0) / options.pageRows);
       draw();
     };
+    block.refilter = applyFilter;
     block.append(controls, el('div', { class: 'table-wrap', tabindex: '0', role: 'region', 'aria-label': caption }, [table]));
     if (pager) block.append(pager);
     draw();
@@ -351,17 +365,21 @@
     if (dir.entries.some((e) => e.acl !== null)) cols.push({ key: 'acl', label: T.cols.acl, cell: (r) => textCell(r.acl) });
     if (dir.entries.some((e) => e.content !== null)) cols.push({ key: 'content', label: T.cols.content, cell: (r) => textCell(r.content) });
     return dataTable(dir.title + (dir.path ? ' (' + dir.path + ')' : ''), cols, dir.entries, {
-      pageRows: ENTRY_ROWS, decorate: markRow(marks)
+      pageRows: ENTRY_ROWS, ...rowMarks(marks)
     });
   }
 
-  // A table row as its line: flagged by a finding, changed, or not.
-  function markRow(marks) {
-    return (r, tr) => {
-      if (marks.flagged.has(r.line)) tr.classList.add('flagged');
-      const change = marks.changeByLine.get(r.line);
-      if (change) tr.classList.add('chg-' + change);
-      else if (marks.comparing) tr.classList.add('unchanged');
+  // A table row as its line: flagged by a finding, changed, or not; and, on
+  // a comparison, whether "changes only" keeps it.
+  function rowMarks(marks) {
+    return {
+      decorate: (r, tr) => {
+        if (marks.flagged.has(r.line)) tr.classList.add('flagged');
+        const change = marks.changeByLine.get(r.line);
+        if (change) tr.classList.add('chg-' + change);
+        else if (marks.comparing) tr.classList.add('unchanged');
+      },
+      changed: marks.comparing ? (r) => marks.changeByLine.has(r.line) : null
     };
   }
 
@@ -370,7 +388,7 @@
       { key: 'line', label: T.cols.line, number: true, cell: (r) => el('td', { class: 'number' }, [lineLink(r.line, String(r.line))]) },
       { key: 'name', label: T.cols.name, cell: (r) => textCell(r.name) },
       { key: 'value', label: T.cols.value, cell: (r) => textCell(r.value) }
-    ], values, { decorate: markRow(marks) });
+    ], values, rowMarks(marks));
   }
 
   function adapterTable(adapters, marks) {
@@ -383,7 +401,7 @@
       { key: 'physicalAddress', label: T.cols.mac, cell: (r) => textCell(r.physicalAddress) },
       num('operStatus'), num('ifType'), num('mtu'), num('unicastCount'),
       { key: 'name', label: T.cols.adapter, cell: (r) => textCell(r.name) }
-    ], adapters, { decorate: markRow(marks) });
+    ], adapters, rowMarks(marks));
   }
 
   // The lines of one section, with the tables in their places: a directory's
@@ -539,7 +557,7 @@
         el('span', { class: 'kind', text: T[c.change] + T.colon }), textOf(changeText(c)), ' ',
         c.line ? lineLink(c.line) : null]))));
       const box = el('input', { type: 'checkbox', id: 'changes-only',
-        onchange: (e) => document.body.classList.toggle('changes-only', e.target.checked) });
+        onchange: (e) => showChangesOnly(e.target.checked) });
       main.append(el('div', { class: 'controls' }, [box, el('label', { for: 'changes-only', text: T.changesOnly })]));
     }
     main.append(...reportPart(report, cmp.changes));
