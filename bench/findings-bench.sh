@@ -13,26 +13,17 @@
 # sanitizers, in build-native/ (make native).
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source bench/native-bench.sh
 
 count=${DIAG_COLLECT_REPORTS:-10000}
 runs=${DIAG_COLLECT_RUNS:-3}
 results=${DIAG_FINDINGS_RESULTS:-bench/FINDINGS-RESULTS.md}
-build=build-native  # the reportcheck users run (make native)
 
-cmake --preset native >/dev/null
-cmake --build --preset native >/dev/null
-checker="$build/bin/reportcheck"
-
-work=$(mktemp -d /tmp/orvane-findings-bench.XXXXXX)
-trap 'rm -rf "$work"' EXIT
-source=tests/reportcheck/data/wine-report.txt
-/usr/bin/python3 bench/make-reports.py "$count" "$work/reports" "$source"
+user_reportcheck
+bench_work findings
+fleet_reports "$count"  # a warm cache for every command
 cp tests/findings/fixtures/mixed-versions.txt "$work/one.txt"
-cat "$work/reports"/*/* >/dev/null  # a warm cache for every command
 
-# "<seconds> <peak kB>" of one command, its output thrown away (findings
-# exits 1 when it finds something; time then says so on a line before).
-measure() { /usr/bin/time -f "%e %M" -o "$work/time" "$@" >/dev/null 2>"$work/stderr" || true; tail -1 "$work/time"; }
 # The same for 50 runs of a command in a row: one report takes too little
 # time to be measured once.
 measure50() { measure sh -c 'for i in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30 31 32 33 34 35 36 37 38 39 40 41 42 43 44 45 46 47 48 49 50; do "$@" >/dev/null 2>&1; done' sh "$@"; }
@@ -50,7 +41,7 @@ for ((i = 0; i < runs; i++)); do
   findings+=("$(measure "$checker" findings "$work/fleet.db")")
   # A second run with 10 reports more, on a copy of the first run's database.
   cp "$work/fleet.db" "$work/again.db"
-  /usr/bin/python3 bench/make-reports.py 10 "$work/reports" "$source" "$((count + 100 * i))"
+  /usr/bin/python3 bench/make-reports.py 10 "$work/reports" "$bench_source" "$((count + 100 * i))"
   again+=("$(measure "$checker" collect --db "$work/again.db" "$work/reports")")
   find "$work/reports" -name 'pc*' -newer "$work/fleet.db" -delete
   one+=("$(measure50 "$checker" findings "$work/one.txt")")

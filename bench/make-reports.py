@@ -8,26 +8,20 @@ import os
 import re
 import sys
 
-
-def checksum(text):
-    lanes = [4, 3, 2, 1]
-    for i, c in enumerate(text):
-        lanes[i % 4] ^= ord(c) & 0xFF
-    return lanes[0] | lanes[1] << 8 | lanes[2] << 16 | lanes[3] << 24
+from reportfile import read_body, write_report
 
 
 def main():
     count, root, source = int(sys.argv[1]), sys.argv[2], sys.argv[3]
     first = int(sys.argv[4]) if len(sys.argv) > 4 else 0
-    body = open(source, 'rb').read()[2:-30].decode('utf-16-le')
+    body = read_body(source)
     for n in range(first, first + count):
         text = (body.replace('(WORKGROUP\\VM)', '(WORKGROUP\\PC%05d)' % n)
                     .replace('in Z:\\work', 'in Z:\\w%05d' % n))
         text = re.sub(r'free [0-9]+K', 'free %dK' % (1000000 + 7 * n), text)
         folder = os.path.join(root, 'batch%03d' % (n // 500))
         os.makedirs(folder, exist_ok=True)
-        with open(os.path.join(folder, 'pc%05d.txt' % n), 'wb') as f:
-            f.write(b'\xff\xfe' + text.encode('utf-16-le') + ('\n--- \n%08x\n' % checksum(text)).encode('utf-16-le'))
+        write_report(os.path.join(folder, 'pc%05d.txt' % n), text)
 
 
 if __name__ == '__main__':

@@ -5,7 +5,6 @@
 # build without sanitizers, the one users run, in build-native/ (make native).
 set -euo pipefail
 cd "$(dirname "$0")/.."
-build=build-native  # the reportcheck users run (make native)
-cmake --preset native >/dev/null
-cmake --build --preset native >/dev/null
-node bench/page-bench.js "$build/bin/reportcheck" "${DIAG_PAGE_RESULTS:-bench/PAGE-RESULTS.md}"
+source bench/native-bench.sh
+user_reportcheck
+node bench/page-bench.js "$checker" "${DIAG_PAGE_RESULTS:-bench/PAGE-RESULTS.md}"

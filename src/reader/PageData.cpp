@@ -301,6 +301,19 @@ private:
     std::map<std::string, std::size_t> registryByName_;
 };
 
+void WriteNotChecked(JsonWriter& json, const std::vector<NotChecked>& notChecked) {
+    json.Key("notChecked");
+    json.Open('[');
+    for (const NotChecked& n : notChecked) {
+        json.Open('{');
+        Member(json, "rule", n.rule);
+        Bilingual(json, "title", n.titleEn, n.titleFr);
+        Member(json, "missing", n.missing);
+        json.Close('}');
+    }
+    json.Close(']');
+}
+
 void WriteReport(JsonWriter& json, const PageReport& page, const ReportLayout& layout,
                  const std::vector<std::string>& lines) {
     json.Key("report");
@@ -309,16 +322,7 @@ void WriteReport(JsonWriter& json, const PageReport& page, const ReportLayout& l
     WriteVerdict(json, page.verdict);
     layout.WriteJson(json, lines);
     WriteFindings(json, page.findings);
-    json.Key("notChecked");
-    json.Open('[');
-    for (const NotChecked& n : page.notChecked) {
-        json.Open('{');
-        Member(json, "rule", n.rule);
-        Bilingual(json, "title", n.titleEn, n.titleFr);
-        Member(json, "missing", n.missing);
-        json.Close('}');
-    }
-    json.Close(']');
+    WriteNotChecked(json, page.notChecked);
     json.Close('}');
 }
 
@@ -421,6 +425,20 @@ void AddFindings(const rules::Outcome& outcome, FleetSummary& fleet, const std::
     }
 }
 
+// The rules that could not check a report, each rule and missing section
+// once for the fleet, and by index in each report's row.
+void AddNotChecked(const rules::Outcome& outcome, FleetSummary& fleet,
+                   const std::map<std::int64_t, std::size_t>& index) {
+    std::map<std::pair<std::string, std::string>, std::size_t> known;
+    for (const rules::Unchecked& u : outcome.unchecked) {
+        const auto at = index.find(u.report);
+        if (at == index.end()) continue;
+        const auto [seen, added] = known.emplace(std::pair(u.rule->id, u.missing), fleet.notChecked.size());
+        if (added) fleet.notChecked.push_back(PageNotChecked(u));
+        fleet.rows[at->second].notChecked.push_back(seen->second);
+    }
+}
+
 // The suite's own files: what its standard and registry directories list,
 // folders (attribute 0x10) left out, each name and version once a report.
 void AddVersions(const sqlite::Connection& db, FleetSummary& fleet, const std::map<std::int64_t, std::size_t>& index) {
@@ -443,10 +461,10 @@ void AddVersions(const sqlite::Connection& db, FleetSummary& fleet, const std::m
                      });
 }
 
-void WriteIndices(JsonWriter& json, const std::vector<std::size_t>& rows) {
-    json.Key("reports");
+void WriteIndices(JsonWriter& json, std::string_view key, const std::vector<std::size_t>& indices) {
+    json.Key(key);
     json.Open('[');
-    for (std::size_t row : rows) json.Unsigned(row);
+    for (std::size_t index : indices) json.Unsigned(index);
     json.Close(']');
 }
 
@@ -464,9 +482,11 @@ void WriteFleet(JsonWriter& json, const FleetSummary& fleet) {
         Member(json, "errors", row.counts[static_cast<int>(rules::Severity::Error)]);
         Member(json, "warnings", row.counts[static_cast<int>(rules::Severity::Warning)]);
         Member(json, "infos", row.counts[static_cast<int>(rules::Severity::Info)]);
+        WriteIndices(json, "notChecked", row.notChecked);
         json.Close('}');
     }
     json.Close(']');
+    WriteNotChecked(json, fleet.notChecked);
     json.Key("findings");
     json.Open('[');
     for (const auto& rule : fleet.rules) {
@@ -474,7 +494,7 @@ void WriteFleet(JsonWriter& json, const FleetSummary& fleet) {
         Member(json, "rule", rule.rule);
         Member(json, "severity", rules::SeverityName(rule.severity));
         Bilingual(json, "title", rule.titleEn, rule.titleFr);
-        WriteIndices(json, rule.rows);
+        WriteIndices(json, "reports", rule.rows);
         json.Close('}');
     }
     json.Close(']');
@@ -489,7 +509,7 @@ void WriteFleet(JsonWriter& json, const FleetSummary& fleet) {
         for (; i < fleet.versions.size() && fleet.versions[i].file == file; ++i) {
             json.Open('{');
             Member(json, "version", fleet.versions[i].version);
-            WriteIndices(json, fleet.versions[i].rows);
+            WriteIndices(json, "reports", fleet.versions[i].rows);
             json.Close('}');
         }
         json.Close(']');
@@ -504,6 +524,7 @@ FleetSummary SummariseFleet(const sqlite::Connection& db, const rules::Outcome& 
     std::map<std::int64_t, std::size_t> index;
     AddRows(db, fleet, index);
     AddFindings(outcome, fleet, index);
+    AddNotChecked(outcome, fleet, index);
     AddVersions(db, fleet, index);
     return fleet;
 }

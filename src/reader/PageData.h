@@ -53,12 +53,14 @@ struct PageReport {
 };
 
 // A fleet as the report tables hold it (reader/ReportTables.h), with what
-// the rules found: a row per file, the findings by rule, and the versions
-// of the suite's files (its standard and registry directories' files).
+// the rules found: a row per file with the rules that could not check it,
+// the findings by rule, and the versions of the suite's files (its standard
+// and registry directories' files).
 struct FleetSummary {
     struct Row {
         std::string path, machine, user, when, verdict, reason;
         std::size_t counts[3] = {0, 0, 0};  // by rules::Severity
+        std::vector<std::size_t> notChecked;  // indices into FleetSummary::notChecked
     };
     struct RuleSeen {
         std::string rule, titleEn, titleFr;
@@ -71,6 +73,7 @@ struct FleetSummary {
     };
     std::vector<Row> rows;
     std::vector<RuleSeen> rules;
+    std::vector<NotChecked> notChecked;  // each rule and missing section once
     std::vector<VersionSeen> versions;  // by file name, then most rows first
 };
 FleetSummary SummariseFleet(const sqlite::Connection& db, const rules::Outcome& outcome);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bitset>
+#include <functional>
 
 #include "format/EntryText.h"
 #include "format/LineForms.h"
@@ -22,8 +23,13 @@ constexpr std::string_view kBuiltInNames[] = {
     "administrator",  "users",         "guests",         "guest",         "authenticated users",
     "trustedinstaller", "domain admins", "domain users", "defaultaccount", "none",
 };
-// What sets a pseudonym apart from the text around it in the check.
-constexpr char kApart[] = "\x01";
+// What stands for a pseudonym in the check: a byte that UTF-8 text never
+// holds, read as a letter, since a pseudonym begins with a letter and ends
+// with a digit (IsWordCharacter).
+constexpr char kPseudonymMark = '\xFF';
+// What parts the values searched by the check: a break, which no value and
+// no keyword holds.
+constexpr char kValueBreak = '\n';
 
 // A workgroup's usual name says nothing either.
 constexpr std::string_view kUsualWorkgroup = "workgroup";
@@ -67,6 +73,38 @@ std::string MakePseudonym(Kind kind, unsigned number) {
     return Numbered("KEYWORD-", number, 4);
 }
 
+bool AllHex(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= '0' && c <= '9') || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
+    });
+}
+
+// Whether the value reads as a pseudonym redact makes, of any kind:
+// "HOST-0001", "XXXXX-XXX-XXXXXXX-00001", "02-00-00-00-00-01". Such a value
+// (of a report redacted before, with no map at hand) says nothing of the
+// customer: it is left as it is, never given a pseudonym of its own.
+bool ReadsAsPseudonym(std::string_view value) {
+    for (std::size_t i = 0; i < kKindCount; ++i) {
+        const Kind kind = static_cast<Kind>(i);
+        const std::string form = MakePseudonym(kind, 0);  // "HOST-0000"
+        if (kind == Kind::HardwareAddress) {
+            constexpr std::string_view kLead = "02-00-";
+            if (value.size() == form.size() && value.substr(0, kLead.size()) == kLead &&
+                AllHex(value.substr(6, 2)) && AllHex(value.substr(9, 2)) && AllHex(value.substr(12, 2)) &&
+                AllHex(value.substr(15, 2)) && value[8] == '-' && value[11] == '-' && value[14] == '-')
+                return true;
+            continue;
+        }
+        const std::size_t digits = form.size() - form.find_last_not_of('0') - 1;
+        const std::string_view lead = std::string_view(form).substr(0, form.size() - digits);
+        const std::string_view number = value.substr(std::min(lead.size(), value.size()));
+        if (FoldCase(value.substr(0, lead.size())) == FoldCase(lead) && number.size() >= digits &&
+            std::all_of(number.begin(), number.end(), [](char c) { return c >= '0' && c <= '9'; }))
+            return true;
+    }
+    return false;
+}
+
 std::optional<Kind> KindNamed(std::string_view name) {
     for (std::size_t i = 0; i < kKindCount; ++i)
         if (kRedactionKinds[i] == name) return static_cast<Kind>(i);
@@ -77,56 +115,175 @@ std::string MapKey(Kind kind, std::string_view original) {
     return std::to_string(static_cast<int>(kind)) + '\t' + FoldCase(original);
 }
 
+// A letter or a digit, of any script: what a name may not touch to stand
+// as a word. Beyond ASCII everything is, but the punctuation and symbol
+// blocks (Latin-1's signs, general punctuation to the arrows and shapes,
+// CJK punctuation, the specials). The check's pseudonym mark is one too.
+bool IsWordCharacter(char32_t c) {
+    if (c < 0x80) return (c | 0x20u) - 'a' < 26u || c - '0' < 10u;
+    const bool sign = c <= 0xBF || c == 0xD7 || c == 0xF7 || (c >= 0x2000 && c <= 0x2BFF) ||
+                      (c >= 0x3000 && c <= 0x303F) || (c >= 0xFFF0 && c <= 0xFFFF);
+    return !sign;
+}
+
+// The character whose UTF-8 form starts at `at`, and its length; a byte
+// that starts no whole form stands for itself (the mark among them).
+std::pair<char32_t, std::size_t> CharacterAt(std::string_view text, std::size_t at) {
+    const unsigned char lead = static_cast<unsigned char>(text[at]);
+    const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF8 ? 4 : 1;
+    if (length == 1 || at + length > text.size()) return {lead < 0x80 ? lead : 0xE000, 1};  // U+E000: a letter
+    char32_t c = lead & (0x7F >> length);
+    for (std::size_t k = 1; k < length; ++k) {
+        const unsigned char next = static_cast<unsigned char>(text[at + k]);
+        if ((next & 0xC0) != 0x80) return {0xE000, 1};
+        c = c << 6 | (next & 0x3F);
+    }
+    return {c, length};
+}
+
+bool WordCharacterAt(std::string_view text, std::size_t at) { return IsWordCharacter(CharacterAt(text, at).first); }
+
+// Whether the character that ends just before `end` is a letter or digit.
+bool WordCharacterBefore(std::string_view text, std::size_t end) {
+    std::size_t start = end - 1;
+    while (start > 0 && end - start < 4 && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80) --start;
+    const auto [c, length] = CharacterAt(text, start);
+    if (start + length == end) return IsWordCharacter(c);
+    return WordCharacterAt(text, end - 1);
+}
+
+// Whether `value`, found at `at` in `text`, stands there as a word of its
+// own: no letter or digit joins it on a side where it begins or ends with
+// one. "or" stands so in "C:\Users\or\", "or-notes.txt" and "(or)", not in
+// "Orvane", "memory" or "WORKGROUP".
+bool StandsAsWord(std::string_view text, std::size_t at, std::string_view value) {
+    if (at > 0 && WordCharacterAt(value, 0) && WordCharacterBefore(text, at)) return false;
+    const std::size_t end = at + value.size();
+    return end >= text.size() || !WordCharacterBefore(value, value.size()) || !WordCharacterAt(text, end);
+}
+
+// Where a value is replaced and searched: a keyword wherever it stands,
+// inside longer words too; every other value (names above all, which may
+// be as short as "or") only where it stands as a word.
+enum class Reach { Anywhere, WholeWord };
+
+Reach ReachOf(Kind kind) { return kind == Kind::Keyword ? Reach::Anywhere : Reach::WholeWord; }
+
+// Where the folded value next stands in the folded text, from `from`. The
+// text is a whole report's: a long value is looked for by a searcher that
+// skips ahead by its length, where one such as "02-fc-..." would stop at
+// every "0"; a short one by its first byte.
+class ValueSearch {
+public:
+    explicit ValueSearch(std::string_view value) : value_(value), skipping_(value.begin(), value.end()) {}
+    std::size_t Next(std::string_view text, std::size_t from) const {
+        if (value_.size() < kSkippingLength) return text.find(value_, from);
+        const auto at = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), skipping_);
+        return at == text.end() ? std::string_view::npos : static_cast<std::size_t>(at - text.begin());
+    }
+
+private:
+    static constexpr std::size_t kSkippingLength = 8;
+    std::string_view value_;
+    std::boyer_moore_horspool_searcher<std::string_view::const_iterator> skipping_;
+};
+
+// Whether the folded text holds the folded value within that reach.
+bool Holds(std::string_view text, std::string_view value, Reach reach) {
+    const ValueSearch search(value);
+    for (std::size_t at = search.Next(text, 0); at != std::string_view::npos; at = search.Next(text, at + 1))
+        if (reach == Reach::Anywhere || StandsAsWord(text, at, value)) return true;
+    return false;
+}
+
 // Replaces every original, in any letter case, by its pseudonym; the longest
-// original first where several start at the same place.
+// original first where several start at the same place. Index() must come
+// after the last Add() and before Apply().
+//
+// A map kept for a fleet holds many thousands of pseudonyms, each kept
+// whole: so a place is first asked whether any original begins with its
+// two bytes (one bit), and only then, for each length an original of its
+// first byte has, whether the text of that length there is one (one hash
+// look-up each), instead of comparing every original at every place.
 class Substitution {
 public:
-    void Add(const std::string& original, const std::string& pseudonym) {
-        if (original.empty()) return;
-        pairs_.push_back({FoldCase(original), pseudonym});
-        firstBytes_.set(static_cast<unsigned char>(pairs_.back().folded[0]));
+    Substitution() = default;
+    Substitution(const Substitution&) = delete;  // byFolded_ points into pairs_
+    Substitution& operator=(const Substitution&) = delete;
+
+    void Add(const std::string& original, const std::string& pseudonym, Reach reach = Reach::Anywhere) {
+        if (!original.empty()) pairs_.push_back({FoldCase(original), pseudonym, reach});
     }
-    void Sort() {
-        std::stable_sort(pairs_.begin(), pairs_.end(),
-                         [](const Pair& a, const Pair& b) { return a.folded.size() > b.folded.size(); });
+    void Index() {
+        for (std::size_t i = 0; i < pairs_.size(); ++i) {
+            const std::string& folded = pairs_[i].folded;
+            const auto first = static_cast<unsigned char>(folded[0]);
+            firstBytes_[first] = true;
+            if (folded.size() == 1)
+                singleBytes_[first] = true;
+            else
+                beginnings_[first << 8 | static_cast<unsigned char>(folded[1])] = true;
+            std::vector<std::size_t>& lengths = lengthsByFirstByte_[first];
+            if (std::find(lengths.begin(), lengths.end(), folded.size()) == lengths.end()) lengths.push_back(folded.size());
+            byFolded_[folded].push_back(i);  // in the order added: the first added wins
+        }
+        for (std::vector<std::size_t>& lengths : lengthsByFirstByte_) std::sort(lengths.rbegin(), lengths.rend());
     }
     void Apply(std::string& text) const {
         if (!MayHold(text)) return;  // most texts hold none: no copy
         const std::string folded = FoldCase(text);
         std::string out;
-        out.reserve(text.size());
+        std::size_t kept = 0;  // text[kept, i) is yet to be copied
         for (std::size_t i = 0; i < text.size();) {
             const Pair* match = MatchAt(folded, i);
-            if (match) {
-                out += match->pseudonym;
-                i += match->folded.size();
-            } else {
-                out += text[i++];
+            if (!match) {
+                ++i;
+                continue;
             }
+            if (out.empty()) out.reserve(text.size());
+            out.append(text, kept, i - kept).append(match->pseudonym);
+            i += match->folded.size();
+            kept = i;
         }
-        text = std::move(out);
+        if (kept == 0) return;  // nothing matched
+        text = std::move(out.append(text, kept));
     }
 
 private:
     struct Pair {
         std::string folded, pseudonym;
+        Reach reach;
     };
     bool MayHold(const std::string& text) const {
         for (char c : text) {
             const unsigned char b = static_cast<unsigned char>(c);
             // A capital folds to its small letter: look for both.
-            if (firstBytes_.test(b) || (b >= 'A' && b <= 'Z' && firstBytes_.test(b + 32)) || b >= 0x80) return true;
+            if (firstBytes_[b] || (b >= 'A' && b <= 'Z' && firstBytes_[b + 32]) || b >= 0x80) return true;
         }
         return false;
     }
+    bool MayBeginAt(const std::string& folded, std::size_t at) const {
+        const auto first = static_cast<unsigned char>(folded[at]);
+        if (!firstBytes_[first]) return false;  // most places: one look at one byte
+        if (singleBytes_[first]) return true;
+        return at + 1 < folded.size() && beginnings_[first << 8 | static_cast<unsigned char>(folded[at + 1])];
+    }
     const Pair* MatchAt(const std::string& folded, std::size_t at) const {
-        if (!firstBytes_.test(static_cast<unsigned char>(folded[at]))) return nullptr;
-        for (const Pair& pair : pairs_)
-            if (folded.compare(at, pair.folded.size(), pair.folded) == 0) return &pair;
+        if (!MayBeginAt(folded, at)) return nullptr;
+        for (std::size_t length : lengthsByFirstByte_[static_cast<unsigned char>(folded[at])]) {
+            if (at + length > folded.size()) continue;
+            const auto found = byFolded_.find(std::string_view(folded).substr(at, length));
+            if (found == byFolded_.end()) continue;
+            for (std::size_t i : found->second)
+                if (pairs_[i].reach == Reach::Anywhere || StandsAsWord(folded, at, pairs_[i].folded)) return &pairs_[i];
+        }
         return nullptr;
     }
     std::vector<Pair> pairs_;
-    std::bitset<256> firstBytes_;
+    std::array<bool, 256> firstBytes_{}, singleBytes_{};
+    std::vector<char> beginnings_ = std::vector<char>(1 << 16);    // first two bytes of the originals
+    std::array<std::vector<std::size_t>, 256> lengthsByFirstByte_;  // longest first
+    std::unordered_map<std::string_view, std::vector<std::size_t>> byFolded_;  // into pairs_, fixed by Index()
 };
 
 template <typename Optional, typename Visit>
@@ -214,7 +371,7 @@ bool HoldsALetter(std::string_view text) {
 // The values of one report to hide, each with its kind, found in order.
 class ValueFinder {
 public:
-    ValueFinder(const Report& report, const PseudonymMap& map) : report_(report), map_(map) {}
+    ValueFinder(const Report& report, PseudonymMap& map) : report_(report), map_(map) {}
 
     std::vector<std::pair<Kind, std::string>> Find() {
         const HostSection& host = report_.host;
@@ -236,9 +393,13 @@ public:
 
 private:
     void Add(Kind kind, std::string_view value) {
-        if (value.empty() || seen_.count(FoldCase(value)) || map_.HoldsPseudonym(value)) return;
-        seen_.insert(FoldCase(value));
-        found_.emplace_back(kind, std::string(value));
+        // Each value looked at once: an account stands in every entry's list.
+        if (value.empty() || !seen_.insert(FoldCase(value)).second) return;
+        if (ReadsAsPseudonym(value)) {
+            map_.Reserve(value);  // kept, and no other value's
+            return;
+        }
+        if (!map_.HoldsPseudonym(value)) found_.emplace_back(kind, std::string(value));
     }
 
     // " Allow DOMAIN\name [RWX]; Deny name [ W ];": the accounts between the
@@ -254,9 +415,7 @@ private:
     }
 
     void AddAccount(std::string_view entry) {
-        for (const AceKind kind : {AceKind::Allow, AceKind::Deny, AceKind::Other}) {
-            const std::wstring lead = FormatAccessEntry(kind, std::nullopt, 0);  // " Allow ;"
-            const std::string leadText(lead.begin(), lead.end() - 1);            // ASCII
+        for (const std::string& leadText : aceLeads_) {
             if (entry.substr(0, leadText.size()) != leadText) continue;
             std::string_view account = entry.substr(leadText.size());
             const std::size_t letters = account.rfind(" [");
@@ -272,8 +431,19 @@ private:
         }
     }
 
+    // " Allow ", " Deny ", ...: what comes before an account, made once.
+    static std::vector<std::string> AceLeads() {
+        std::vector<std::string> leads;
+        for (const AceKind kind : {AceKind::Allow, AceKind::Deny, AceKind::Other}) {
+            const std::wstring lead = FormatAccessEntry(kind, std::nullopt, 0);  // " Allow ;"
+            leads.emplace_back(lead.begin(), lead.end() - 1);                      // ASCII
+        }
+        return leads;
+    }
+
     const Report& report_;
-    const PseudonymMap& map_;
+    PseudonymMap& map_;
+    const std::vector<std::string> aceLeads_ = AceLeads();
     std::vector<std::pair<Kind, std::string>> found_;
     std::unordered_set<std::string> seen_;
 };
@@ -309,17 +479,47 @@ char32_t FoldTwoByte(char32_t c) {
     return FoldLatinExtendedA(c);
 }
 
-}  // namespace
+// The kind of the first replaced value or keyword that the redacted body
+// still holds, each text of it made ready by `prepare` (folded, and maybe
+// more). A value with a letter is searched in every value of the body, each
+// on its own: the labels around them ("\tuser: ") are the report's own
+// words, not the customer's, and a keyword may well be one of them. Any
+// other value (digits and signs) is searched in the whole body. A keyword
+// is searched as part of a longer text too, any other value where it
+// stands as a word, as it was replaced: a user "or" that stands in
+// "Orvane" or "memory" was never there as a name.
+template <typename Prepare>
+std::optional<Kind> FirstHeld(std::u16string_view body, const Report& reread, const std::vector<Replacement>& replaced,
+                              const Prepare& prepare) {
+    std::string values;
+    const auto add = [&](const std::string& text) { (values += text) += kValueBreak; };
+    VisitTexts(reread, add);
+    VisitKeptTexts(reread, add);
+    add(reread.header.text.substr(HeaderValueStart(reread)));
+    const std::string inValues = prepare(std::move(values));
+    std::optional<std::string> inBody;  // made when a value without a letter asks for it
+    for (const Replacement& r : replaced) {
+        if (!HoldsALetter(r.original) && !inBody) inBody = prepare(Utf8FromUtf16(body));
+        const std::string& text = HoldsALetter(r.original) ? inValues : *inBody;
+        if (Holds(text, FoldCase(r.original), ReachOf(r.kind))) return r.kind;
+    }
+    return std::nullopt;
+}
 
-std::string_view KindName(Kind kind) { return kRedactionKinds[static_cast<std::size_t>(kind)]; }
-
-std::string FoldCase(std::string_view text) {
-    std::string folded(text);
+// FoldCase of a text the caller is done with, with no copy made. ASCII's
+// capitals first, in a loop the compiler runs many bytes at a time; the
+// two-byte forms only when there is a byte beyond ASCII.
+std::string FoldedInPlace(std::string folded) {
+    bool beyondAscii = false;
+    for (char& c : folded) {
+        const unsigned char b = static_cast<unsigned char>(c);
+        c = static_cast<char>(static_cast<unsigned>(b - 'A') < 26u ? b + 32 : b);
+        beyondAscii |= b >= 0x80;
+    }
+    if (!beyondAscii) return folded;
     for (std::size_t i = 0; i < folded.size(); ++i) {
         const unsigned char b = static_cast<unsigned char>(folded[i]);
-        if (b >= 'A' && b <= 'Z') {
-            folded[i] = static_cast<char>(b + 32);
-        } else if ((b & 0xE0) == 0xC0 && i + 1 < folded.size() && (folded[i + 1] & 0xC0) == 0x80) {
+        if ((b & 0xE0) == 0xC0 && i + 1 < folded.size() && (folded[i + 1] & 0xC0) == 0x80) {
             const char32_t c = static_cast<char32_t>((b & 0x1F) << 6 | (folded[i + 1] & 0x3F));
             const char32_t small = FoldTwoByte(c);
             // Every fold above stays within two bytes (below U+0800).
@@ -330,6 +530,12 @@ std::string FoldCase(std::string_view text) {
     }
     return folded;
 }
+
+}  // namespace
+
+std::string_view KindName(Kind kind) { return kRedactionKinds[static_cast<std::size_t>(kind)]; }
+
+std::string FoldCase(std::string_view text) { return FoldedInPlace(std::string(text)); }
 
 bool PseudonymMap::Read(std::string_view text, std::string& problem) {
     std::size_t number = 0;
@@ -366,9 +572,13 @@ std::string PseudonymMap::Text() const {
 }
 
 bool PseudonymMap::HoldsPseudonym(std::string_view text) const {
+    // Each place of the text asked once per length a pseudonym has (a few),
+    // not once per pseudonym (a fleet's map holds many thousands).
     const std::string folded = FoldCase(text);
-    return std::any_of(pseudonyms_.begin(), pseudonyms_.end(),
-                       [&](const std::string& pseudonym) { return folded.find(pseudonym) != std::string::npos; });
+    for (std::size_t length : pseudonymLengths_)
+        for (std::size_t at = 0; at + length <= folded.size(); ++at)
+            if (pseudonyms_.count(folded.substr(at, length))) return true;
+    return false;
 }
 
 std::vector<std::string> PseudonymMap::Pseudonyms() const {
@@ -390,66 +600,68 @@ const std::string& PseudonymMap::PseudonymOf(Kind kind, std::string_view origina
     return mappings_.back().pseudonym;
 }
 
+void PseudonymMap::Reserve(std::string_view pseudonym) {
+    pseudonyms_.insert(FoldCase(pseudonym));
+    if (std::find(pseudonymLengths_.begin(), pseudonymLengths_.end(), pseudonym.size()) == pseudonymLengths_.end())
+        pseudonymLengths_.push_back(pseudonym.size());
+}
+
 void PseudonymMap::Add(Mapping mapping) {
     byOriginal_.emplace(MapKey(mapping.kind, mapping.original), mappings_.size());
-    pseudonyms_.insert(FoldCase(mapping.pseudonym));
+    Reserve(mapping.pseudonym);
     ++made_[static_cast<std::size_t>(mapping.kind)];
     mappings_.push_back(std::move(mapping));
 }
 
-Redacted RedactReport(const Report& report, const std::vector<std::string>& keywords, PseudonymMap& map) {
-    Redacted result{report, {}};
+Redacted RedactReport(Report report, const std::vector<std::string>& keywords, PseudonymMap& map) {
     std::vector<std::pair<Kind, std::string>> values = ValueFinder(report, map).Find();
+    Redacted result{std::move(report), {}};  // its texts replaced below, its marker last
     for (const std::string& keyword : keywords)
         if (!keyword.empty()) values.emplace_back(Kind::Keyword, keyword);
     Substitution substitution;
     for (auto& [kind, original] : values) {
         const std::string& pseudonym = map.PseudonymOf(kind, original);
-        substitution.Add(original, pseudonym);
+        substitution.Add(original, pseudonym, ReachOf(kind));
         result.replaced.push_back({kind, std::move(original), pseudonym});
     }
     // A pseudonym already in the text (a report redacted before) stays
     // whole: a keyword such as "user" must not eat into "USER-0001".
     for (const std::string& pseudonym : map.Pseudonyms()) substitution.Add(pseudonym, pseudonym);
-    substitution.Sort();
+    substitution.Index();
     ApplyEverywhere(substitution, result.report);
     Redaction marker;
-    marker.kinds = MarkerKinds(report, result.replaced);
-    marker.line = report.lineCount + (report.redaction ? 0 : 2);
+    marker.kinds = MarkerKinds(result.report, result.replaced);
+    marker.line = result.report.lineCount + (result.report.redaction ? 0 : 2);
     result.report.lineCount = marker.line;
     result.report.redaction = std::move(marker);
     return result;
 }
 
 std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced) {
-    const Report reread = ParseReportBody(body);
-    // The pseudonyms and the marker are the tool's own words: set apart, so
-    // that a keyword such as "host" is not found in "HOST-0001", and so that
-    // no two pieces around one join into a value.
+    return FindSurvivor(body, ParseReportBody(body), replaced);
+}
+
+std::optional<Kind> FindSurvivor(std::u16string_view body, const Report& reread,
+                                 const std::vector<Replacement>& replaced) {
+    // The pseudonyms and the marker are the tool's own words: each set apart
+    // as one mark, so that a keyword such as "host" is not found in
+    // "HOST-0001", so that no two pieces around one join into a value, and
+    // so that a name beside a pseudonym ("HOST-0001bob") is no more a word
+    // of its own than it was where the pseudonym was made. Setting apart
+    // only ever takes a hit away (the mark stands for letters, as the
+    // pseudonyms' edges are): a text that holds none as it is holds none
+    // set apart either, and that pass over the whole text is spared.
+    const auto folded = [](std::string text) { return FoldedInPlace(std::move(text)); };
+    if (!FirstHeld(body, reread, replaced, folded)) return std::nullopt;
     Substitution apart;
-    for (const Replacement& r : replaced) apart.Add(r.pseudonym, kApart);
-    if (reread.redaction) apart.Add(RedactionLine(reread.redaction->kinds), kApart);
-    apart.Sort();
-    const auto prepared = [&](std::string text) {
+    const std::string mark(1, kPseudonymMark);
+    for (const Replacement& r : replaced) apart.Add(r.pseudonym, mark);
+    if (reread.redaction) apart.Add(RedactionLine(reread.redaction->kinds), mark);
+    apart.Index();
+    return FirstHeld(body, reread, replaced, [&](std::string text) {
         apart.Apply(text);
-        return FoldCase(text);
-    };
-    // A value with a letter is searched in every value of the body, each on
-    // its own: the labels around them ("\tuser: ") are the report's own
-    // words, not the customer's, and a keyword may well be one of them. Any
-    // other value (digits and signs) is searched in the whole body.
-    std::string values;
-    const auto add = [&](const std::string& text) { (values += text) += kApart; };
-    VisitTexts(reread, add);
-    VisitKeptTexts(reread, add);
-    add(reread.header.text.substr(HeaderValueStart(reread)));
-    const std::string inValues = prepared(std::move(values));
-    const std::string inBody = prepared(Utf8FromUtf16(body));
-    for (const Replacement& r : replaced) {
-        const std::string& text = HoldsALetter(r.original) ? inValues : inBody;
-        if (text.find(FoldCase(r.original)) != std::string::npos) return r.kind;
-    }
-    return std::nullopt;
+        return FoldedInPlace(std::move(text));
+    });
 }
 
 }  // namespace report_redact

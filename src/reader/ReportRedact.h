@@ -5,7 +5,10 @@
 // (host names, the user, the accounts of the access lists, the product id,
 // the adapters' names, addresses and DNS suffixes) and the keywords given;
 // then every text of the model, the unrecognised lines included, has each of
-// them replaced wherever it stands, in any letter case. Numbers, times and
+// them replaced in any letter case: a keyword wherever it stands, inside
+// longer words too; any other value where it stands as a word of its own (a
+// value, a path's component, a word of a file name), so that a user named
+// "or" leaves "Orvane" and "memory" as they are. Numbers, times and
 // the other fixed forms are kept as they are, so the redacted body is still
 // a report of the same form.
 //
@@ -53,6 +56,9 @@ public:
     // Whether the text holds one of the map's pseudonyms: a value of a
     // report redacted before, left as it is.
     bool HoldsPseudonym(std::string_view text) const;
+    // A text that reads as a pseudonym and stands in the report as it is:
+    // no value is given it (it is not a mapping: the map file leaves it out).
+    void Reserve(std::string_view pseudonym);
     std::vector<std::string> Pseudonyms() const;
 
 private:
@@ -64,6 +70,7 @@ private:
     std::vector<Mapping> mappings_;
     std::unordered_map<std::string, std::size_t> byOriginal_;  // kind number, tab, folded original
     std::unordered_set<std::string> pseudonyms_;               // folded, so that no two meet
+    std::vector<std::size_t> pseudonymLengths_;                // each length once
     std::array<unsigned, kKindCount> made_{};
 };
 
@@ -80,14 +87,20 @@ struct Redacted {
 
 // Values and keywords must not hold a tab or a line break (a map file's
 // separators): the command line refuses such a keyword.
-Redacted RedactReport(const report_model::Report& report, const std::vector<std::string>& keywords, PseudonymMap& map);
+// The report is taken by value: a caller done with it moves it in, and no
+// copy of a large listing is made.
+Redacted RedactReport(report_model::Report report, const std::vector<std::string>& keywords, PseudonymMap& map);
 
 // The tool checking its own work on the body it is about to write, read
 // back: the kind of the first replaced value or keyword still found in it,
-// in any letter case and as part of a longer text; nothing when none
+// in any letter case, where it was replaced: a keyword also as part of a
+// longer text, any other value where it stands as a word; nothing when none
 // survives. The pseudonyms and the marker are set apart, and a value with a
 // letter is searched in the body's values only (the labels are the report's
 // own words, and a keyword may be one of them).
 std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced);
+// The same, with the body already read back (`reread`, ParseReportBody of it).
+std::optional<Kind> FindSurvivor(std::u16string_view body, const report_model::Report& reread,
+                                 const std::vector<Replacement>& replaced);
 
 }  // namespace report_redact

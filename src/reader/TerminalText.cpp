@@ -1,15 +1,15 @@
 #include "reader/TerminalText.h"
 
+#include "format/NumberText.h"
+
 namespace report_model {
 
 namespace {
 
-constexpr char kHexDigits[] = "0123456789abcdef";
-
-void AppendEscapedByte(std::string& out, unsigned char byte) {
-    out += "\\x";
-    out += kHexDigits[byte >> 4];
-    out += kHexDigits[byte & 0xF];
+// `lead` and the byte's two lowercase hex digits: \x1b, \u0085.
+void AppendEscaped(std::string& out, const char* lead, unsigned char byte) {
+    out += lead;
+    out += numtext::Hex<char>(byte, 2, false);
 }
 
 // The length of the valid UTF-8 sequence at text[at] (the shortest form, no
@@ -69,12 +69,10 @@ void AppendForTerminal(std::string& out, std::string_view text, Tabs tabs) {
         }
         flushPlain();
         if (length == 2) {  // a C1 control, shown as the character it is
-            out += "\\u00";
-            out += kHexDigits[static_cast<unsigned char>(text[at + 1]) >> 4];
-            out += kHexDigits[static_cast<unsigned char>(text[at + 1]) & 0xF];
+            AppendEscaped(out, "\\u00", static_cast<unsigned char>(text[at + 1]));
             at += 2;
         } else {  // a C0 control, DEL, or a byte of no valid sequence
-            AppendEscapedByte(out, byte);
+            AppendEscaped(out, "\\x", byte);
             ++at;
         }
         plainFrom = at;

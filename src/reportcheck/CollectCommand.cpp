@@ -116,7 +116,11 @@ private:
 // stands is kept in memory.
 class LineSpool {
 public:
-    explicit LineSpool(OwnedFile file) : file_(std::move(file)) {}
+    // A large buffer: lines of some kilobytes each would otherwise cost a
+    // system call apiece, going in and coming back.
+    explicit LineSpool(OwnedFile file) : buffer_(kBufferBytes), file_(std::move(file)) {
+        std::setvbuf(file_.get(), buffer_.data(), _IOFBF, buffer_.size());
+    }
 
     std::size_t Count() const { return lines_.size(); }
 
@@ -128,13 +132,19 @@ public:
 
     bool WriteOut(const std::vector<bool>& latest) {
         if (std::fflush(file_.get()) != 0 || std::fseek(file_.get(), 0, SEEK_SET) != 0) return false;
-        std::string line;
+        // Whole lines gathered up to the buffer's size, then printed at once.
+        std::string lines;
         for (std::size_t i = 0; i < lines_.size(); ++i) {
-            line.resize(lines_[i].length);
-            if (std::fread(line.data(), 1, line.size(), file_.get()) != line.size()) return false;
-            if (latest[i]) line.replace(lines_[i].latestAt, kNotLatest.size(), "true");
-            Print(stdout, line);
+            const std::size_t at = lines.size();
+            lines.resize(at + lines_[i].length);
+            if (std::fread(lines.data() + at, 1, lines_[i].length, file_.get()) != lines_[i].length) return false;
+            if (latest[i]) lines.replace(at + lines_[i].latestAt, kNotLatest.size(), "true");
+            if (lines.size() >= kBufferBytes) {
+                Print(stdout, lines);
+                lines.clear();
+            }
         }
+        Print(stdout, lines);
         return true;
     }
 
@@ -142,6 +152,8 @@ private:
     struct Spooled {
         std::size_t length, latestAt;
     };
+    static constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
+    std::vector<char> buffer_;  // the file's: declared first, so that it outlives the file's closing
     OwnedFile file_;
     std::vector<Spooled> lines_;
 };

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <new>
 #include <system_error>
 
@@ -86,6 +87,38 @@ std::string ToUtf8(std::wstring_view text) {
     return utf8;
 }
 
+namespace {
+
+// The system's text for `error`, its line break left out, or "" when it has none.
+std::string SystemMessage(DWORD error) {
+    wchar_t text[512];
+    DWORD length = 0;
+    // reportcheck speaks English; a Windows without English texts has its own.
+    for (const LANGID language : {MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT)}) {
+        length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, language,
+                                  text, static_cast<DWORD>(std::size(text)), nullptr);
+        if (length > 0) break;
+    }
+    while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r' || text[length - 1] == L' ')) --length;
+    return ToUtf8(std::wstring_view(text, length));
+}
+
+}  // namespace
+
+std::string ReasonOfWindowsError(unsigned long error) {
+    switch (error) {
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND: return std::strerror(ENOENT);
+        case ERROR_ACCESS_DENIED:
+        case ERROR_SHARING_VIOLATION: return std::strerror(EACCES);
+        case ERROR_DIRECTORY: return std::strerror(ENOTDIR);
+        default: break;
+    }
+    const std::string number = "error " + std::to_string(error);
+    const std::string text = SystemMessage(error);
+    return text.empty() ? number : number + ": " + text;
+}
+
 void Print(std::FILE* stream, std::string_view utf8) {
     const HANDLE handle = ::GetStdHandle(stream == stderr ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
     DWORD mode = 0;
@@ -120,12 +153,7 @@ bool ReadReportFile(const wchar_t* path, std::string& bytes, std::string& proble
     const HANDLE file = ::CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
-        const DWORD error = ::GetLastError();
-        // _doserrno's mapping as _wfopen gives it: the same reasons as on Linux.
-        const int code = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? ENOENT
-                         : error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION ? EACCES
-                                                                : EINVAL;
-        problem = CannotBeReadBecause(std::strerror(code));
+        problem = CannotBeReadBecause(ReasonOfWindowsError(::GetLastError()));
         return false;
     }
     struct Closer {

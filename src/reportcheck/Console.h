@@ -22,6 +22,15 @@ using NativeString = std::basic_string<NativeChar>;
 std::string ToUtf8(std::basic_string_view<NativeChar> text);
 std::string PathText(const std::filesystem::path& path);
 
+#if defined(_WIN32)
+// Why a Windows call failed: a missing, denied or misnamed path in the words
+// the Linux build uses for the same trouble ("No such file or directory"),
+// any other error in the system's own text, in English where Windows has
+// it, with its number: "error 123: The filename, directory name, or volume
+// label syntax is incorrect."
+std::string ReasonOfWindowsError(unsigned long error);
+#endif
+
 // A name that is not valid text (bytes that are not UTF-8 on Linux, a lone
 // surrogate on Windows) shows in PathText with U+FFFD in their place, which
 // names no file: then its exact bytes as the system gives them, in hex

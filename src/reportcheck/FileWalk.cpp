@@ -8,6 +8,7 @@
 #include <set>
 #include <utility>
 
+#include "reportcheck/Console.h"
 #include "reportcheck/LoadedReport.h"
 
 #if defined(_WIN32)
@@ -60,19 +61,10 @@ bool IdentityOf(const fs::path& path, Identity& identity) {
     return ok;
 }
 
-// The reason in the words the Linux build uses for the same trouble.
-std::string ReasonOf(DWORD error) {
-    const int code = error == ERROR_ACCESS_DENIED ? EACCES
-                     : error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? ENOENT
-                     : error == ERROR_DIRECTORY ? ENOTDIR
-                                                : EIO;
-    return std::strerror(code);
-}
-
 bool KindOfRoot(const fs::path& path, Kind& kind, std::string& reason) {
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
-        reason = ReasonOf(::GetLastError());
+        reason = ReasonOfWindowsError(::GetLastError());
         return false;
     }
     kind = KindOf(attributes);
@@ -85,7 +77,7 @@ bool ListFolder(const fs::path& folder, std::vector<Entry>& entries, std::string
     const HANDLE find = ::FindFirstFileExW((folder / L"*").c_str(), FindExInfoBasic, &found, FindExSearchNameMatch,
                                            nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (find == INVALID_HANDLE_VALUE) {
-        reason = ReasonOf(::GetLastError());
+        reason = ReasonOfWindowsError(::GetLastError());
         return false;
     }
     do {
@@ -96,7 +88,7 @@ bool ListFolder(const fs::path& folder, std::vector<Entry>& entries, std::string
     const DWORD error = ::GetLastError();
     ::FindClose(find);
     if (error != ERROR_NO_MORE_FILES) {
-        reason = ReasonOf(error);
+        reason = ReasonOfWindowsError(error);
         return false;
     }
     return true;

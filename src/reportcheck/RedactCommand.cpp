@@ -63,9 +63,8 @@ bool Write(const fs::path& path, std::string_view bytes) {
 
 // What the reader makes of the redacted body must be the same report with
 // its values replaced: as many lines it does not recognise, and the marker.
-bool KeepsItsForm(const std::u16string& body, const report_model::Report& original) {
-    const report_model::Report reread = report_model::ParseReportBody(body);
-    return reread.redaction && reread.unrecognised.size() == original.unrecognised.size();
+bool KeepsItsForm(const report_model::Report& reread, std::size_t unrecognisedLines) {
+    return reread.redaction && reread.unrecognised.size() == unrecognisedLines;
 }
 
 std::string KindList(const std::vector<std::string>& kinds) {
@@ -84,7 +83,7 @@ int RunRedact(const Arguments& arguments) {
     if (mapName && (SameFile(*mapName, in) || SameFile(*mapName, out)))
         return UsageError(kRedactCommand, "redact: the map must be a file of its own, neither IN nor OUT");
 
-    const LoadedReport loaded = LoadReport(in.c_str());
+    LoadedReport loaded = LoadReport(in.c_str());
     if (loaded.state != LoadState::Report) {
         Complain(PathText(in), loaded.problem);
         return kSomeNotAReport;
@@ -97,14 +96,16 @@ int RunRedact(const Arguments& arguments) {
     report_redact::PseudonymMap map;
     if (mapName && !ReadMap(*mapName, map)) return kSomeNotAReport;
 
-    const report_redact::Redacted redacted = report_redact::RedactReport(loaded.report, keywords, map);
+    const std::size_t unrecognisedLines = loaded.report.unrecognised.size();
+    const report_redact::Redacted redacted = report_redact::RedactReport(std::move(loaded.report), keywords, map);
     const std::u16string body = report_model::RenderReportBody(redacted.report);
-    if (const auto survivor = report_redact::FindSurvivor(body, redacted.replaced)) {
+    const report_model::Report reread = report_model::ParseReportBody(body);
+    if (const auto survivor = report_redact::FindSurvivor(body, reread, redacted.replaced)) {
         Complain(PathText(in), "a value of the kind \"" + std::string(report_redact::KindName(*survivor)) +
                                    "\" would still stand in the redacted report; nothing written");
         return kRedactionFailed;
     }
-    if (!KeepsItsForm(body, loaded.report)) {
+    if (!KeepsItsForm(reread, unrecognisedLines)) {
         Complain(PathText(in), "the redacted report would no longer read as the original does; nothing written");
         return kRedactionFailed;
     }
@@ -123,10 +124,12 @@ extern const Command kRedactCommand{
     .synopsis = "redact [--map FILE] [--keyword WORD]... IN OUT",
     .summary = "the report with who and where replaced by pseudonyms",
     .help = "Writes OUT, a copy of the report IN in which the computer's names, the\n"
-            "domain (not WORKGROUP), the user (in paths too), the accounts of the access\n"
-            "lists other than Windows' built-in ones, the product id, the adapters'\n"
-            "names, hardware addresses and DNS suffixes, and every WORD, in any letter\n"
-            "case and wherever they stand, are replaced by pseudonyms such as HOST-0001.\n"
+            "domain (not WORKGROUP), the user, the accounts of the access lists other\n"
+            "than Windows' built-in ones, the product id, the adapters' names, hardware\n"
+            "addresses and DNS suffixes, wherever they stand as a word of their own (a\n"
+            "value, a folder of a path, a word of a file name: a user \"or\" leaves\n"
+            "\"Orvane\" as it is), and every WORD, inside longer words too, are replaced\n"
+            "in any letter case by pseudonyms such as HOST-0001.\n"
             "Versions, sizes, times, attributes and hardware models are kept. OUT ends\n"
             "with a line \"Redacted: <kinds>\" and a checksum of its own; IN is never\n"
             "changed. The same value gets the same pseudonym throughout; with --map the\n"

@@ -47,19 +47,6 @@ std::optional<std::wstring> IntactBody(const std::wstring& path) {
 
 std::wstring QuotedPath(const std::wstring& path) { return L"\"" + path + L"\""; }
 
-// Runs the program to its end; false when a window showed meanwhile or it
-// did not end in time.
-bool RunToEnd(Program& program, DWORD& status, std::chrono::milliseconds timeout = 120s) {
-    bool windowSeen = false;
-    WaitUntil(
-        [&] {
-            if (!TopLevelWindows(program.Pid()).empty()) windowSeen = true;
-            return !program.IsRunning();
-        },
-        timeout);
-    return program.WaitForExit(status, 1s) && !windowSeen;
-}
-
 // A box with `text` (its start when `prefix`), an OK button, pressed.
 void ExpectBoxAndPressOk(Program& program, const std::wstring& text, bool prefix = false) {
     HWND box = program.WaitForMessageBox();
@@ -137,7 +124,7 @@ TEST_F(BadCommandLine, UnbalancedQuoteRunsToTheEndOfTheLine) {
     options.arguments = L"\"" + path;  // never closed
     Program program(options);
     DWORD status = 1234;
-    ASSERT_TRUE(RunToEnd(program, status)) << "a window appeared or the program did not end";
+    ASSERT_TRUE(RunWithoutWindow(program, status)) << "a window appeared or the program did not end";
     EXPECT_EQ(status, 0u);
     EXPECT_TRUE(IntactBody(path).has_value());
 }
@@ -158,7 +145,7 @@ TEST_F(BadCommandLine, TabInsideAReportFileNameCannotBeWritten) {
     options.captureOutput = true;
     Program program(options);
     DWORD status = 1234;
-    ASSERT_TRUE(RunToEnd(program, status));
+    ASSERT_TRUE(RunWithoutWindow(program, status));
     EXPECT_EQ(status, 3u);
     EXPECT_EQ(program.CapturedOutput(), "Unable to open file!\r\n");
 }
@@ -169,7 +156,7 @@ TEST_F(UnicodeFileNames, ReportFileNamedOutsideAsciiIsWrittenUnderThatName) {
     options.arguments = QuotedPath(path);
     Program program(options);
     DWORD status = 1234;
-    ASSERT_TRUE(RunToEnd(program, status));
+    ASSERT_TRUE(RunWithoutWindow(program, status));
     EXPECT_EQ(status, 0u);
     EXPECT_TRUE(IntactBody(path).has_value());
 }
@@ -200,7 +187,7 @@ TEST_F(FrenchUserOddForcedLocale, VeryLongValueOutsideAsciiGivesEnglishAndTheRep
     options.arguments = QuotedPath(path);
     Program program(options);
     DWORD status = 1234;
-    ASSERT_TRUE(RunToEnd(program, status));
+    ASSERT_TRUE(RunWithoutWindow(program, status));
     EXPECT_EQ(status, 0u);
     const auto body = IntactBody(path);
     ASSERT_TRUE(body.has_value());
@@ -245,7 +232,7 @@ TEST_F(SaveFaults, ReadOnlyFileGivesStatusThreeWithoutAWindow) {
     options.captureOutput = true;
     Program program(options);
     DWORD status = 1234;
-    ASSERT_TRUE(RunToEnd(program, status));
+    ASSERT_TRUE(RunWithoutWindow(program, status));
     EXPECT_EQ(status, 3u);
     EXPECT_EQ(program.CapturedOutput(), "Unable to open file!\r\n");
     EXPECT_EQ(ReadBytes(path), "keep me");
@@ -261,7 +248,7 @@ TEST_F(SaveFaults, FileHeldByAnotherProcessGivesStatusThree) {
     options.captureOutput = true;
     Program program(options);
     DWORD status = 1234;
-    ASSERT_TRUE(RunToEnd(program, status));
+    ASSERT_TRUE(RunWithoutWindow(program, status));
     EXPECT_EQ(status, 3u);
     EXPECT_EQ(program.CapturedOutput(), "Unable to open file!\r\n");
 }
@@ -273,7 +260,7 @@ TEST_F(SaveFaults, OverwritingALongerFileLeavesNothingOfIt) {
     options.arguments = QuotedPath(path);
     Program program(options);
     DWORD status = 1234;
-    ASSERT_TRUE(RunToEnd(program, status));
+    ASSERT_TRUE(RunWithoutWindow(program, status));
     EXPECT_EQ(status, 0u);
     const auto body = IntactBody(path);
     ASSERT_TRUE(body.has_value());
@@ -343,7 +330,7 @@ protected:
         options.arguments = QuotedPath(path);
         Program program(options);
         DWORD status = 1234;
-        EXPECT_TRUE(RunToEnd(program, status, 150s)) << "a window appeared or the program did not end";
+        EXPECT_TRUE(RunWithoutWindow(program, status, 150s)) << "a window appeared or the program did not end";
         EXPECT_EQ(status, 0u);
         const auto body = IntactBody(path);
         EXPECT_TRUE(body.has_value()) << "the report file is not intact";

@@ -68,6 +68,12 @@ std::vector<HWND> ChildWindows(HWND parent) {
     return children;
 }
 
+// A program built beside the test program.
+std::wstring BesideTheTest(const wchar_t* name) {
+    const std::wstring path = w32::GetModulePath(nullptr);
+    return path.substr(0, path.find_last_of(L"\\/") + 1) + name;
+}
+
 }  // namespace
 
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout) {
@@ -79,9 +85,35 @@ bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
     }
 }
 
-std::wstring ProgramPath() {
-    std::wstring path = w32::GetModulePath(nullptr);
-    return path.substr(0, path.find_last_of(L"\\/") + 1) + L"OrvaneDiagnostics.exe";
+std::wstring ProgramPath() { return BesideTheTest(L"OrvaneDiagnostics.exe"); }
+
+bool RunWithoutWindow(Program& program, DWORD& status, std::chrono::milliseconds timeout) {
+    bool windowSeen = false;
+    WaitUntil(
+        [&] {
+            if (!TopLevelWindows(program.Pid()).empty()) windowSeen = true;
+            return !program.IsRunning();
+        },
+        timeout);
+    return program.WaitForExit(status, 1s) && !windowSeen;
+}
+
+bool TakeHeadlessReport(const LaunchOptions& options, std::chrono::milliseconds timeout) {
+    Program program(options);
+    DWORD status = 1234;
+    return RunWithoutWindow(program, status, timeout) && status == 0;
+}
+
+CheckerOutcome RunReportcheck(const std::wstring& arguments) {
+    LaunchOptions options;
+    options.program = BesideTheTest(L"reportcheck.exe");
+    options.arguments = arguments;
+    options.captureOutput = true;
+    Program checker(options);
+    CheckerOutcome outcome;
+    if (!checker.WaitForExit(outcome.status)) outcome.output = "reportcheck did not end\n";
+    outcome.output += checker.CapturedOutput();
+    return outcome;
 }
 
 std::wstring WindowText(HWND hwnd) {

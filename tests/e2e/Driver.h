@@ -114,6 +114,21 @@ HWND CompleteSaveAs(Program& program, const std::wstring& path);
 // question, then waits for the program's box saying `text`. Null when
 // either does not come.
 HWND ConfirmReplacementAndWaitForBox(Program& program, const std::wstring& text);
+// Waits for the program's end; false when a window of it showed meanwhile
+// or it did not end within `timeout`.
+bool RunWithoutWindow(Program& program, DWORD& status, std::chrono::milliseconds timeout = kReportTimeout);
+// Runs the program as `options` say (its path and a report file's as
+// arguments) to its end: true when it ended with status 0 within `timeout`
+// and no window of it showed meanwhile.
+bool TakeHeadlessReport(const LaunchOptions& options, std::chrono::milliseconds timeout = kReportTimeout);
+
+// What reportcheck.exe, beside the test, ended with and wrote.
+struct CheckerOutcome {
+    DWORD status = 1234;
+    std::string output;  // standard output and error
+};
+CheckerOutcome RunReportcheck(const std::wstring& arguments);
+
 // Presses the main window's System report button and waits until the
 // report window holds the whole report. Returns that window, or null.
 HWND OpenWholeReport(Program& program);

@@ -187,11 +187,6 @@ std::string ExpectedJson(const ReportReading& before, const ReportReading& after
     return json + (changes.empty() ? "]\n}\n" : "\n  ]\n}\n");
 }
 
-struct CheckerOutcome {
-    DWORD status = 1234;
-    std::string output;
-};
-
 class LiveReportDiff : public testing::Test {
 protected:
     void SetUp() override {
@@ -227,29 +222,10 @@ protected:
         options.program = program_;
         options.arguments = Quoted(path);
         options.currentDirectory = reports_;
-        Program program(options);
-        bool windowSeen = false;
-        WaitUntil(
-            [&] {
-                if (!TopLevelWindows(program.Pid()).empty()) windowSeen = true;
-                return !program.IsRunning();
-            },
-            150s);
-        DWORD status = 1234;
-        return program.WaitForExit(status, 1s) && !windowSeen && status == 0;
+        return TakeHeadlessReport(options, 150s);
     }
 
-    static CheckerOutcome Check(const std::wstring& arguments) {
-        LaunchOptions options;
-        options.program = TestProgramDirectory() + L"\\reportcheck.exe";
-        options.arguments = arguments;
-        options.captureOutput = true;
-        Program checker(options);
-        CheckerOutcome outcome;
-        EXPECT_TRUE(checker.WaitForExit(outcome.status)) << "reportcheck did not end";
-        outcome.output = checker.CapturedOutput();
-        return outcome;
-    }
+    static CheckerOutcome Check(const std::wstring& arguments) { return RunReportcheck(arguments); }
 
     const SuiteFolders folders_ = MachineSuiteFolders();
     std::optional<SavedRegistryValue> productId_;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "FuzzCheck.h"
+#include "FuzzRecords.h"
 #include "format/AdapterText.h"
 
 namespace {
@@ -75,12 +76,7 @@ AdapterRecord Record(FuzzedDataProvider& input) {
     a.description = input.ConsumeRandomLengthString(256);
     a.friendlyName = input.ConsumeRandomLengthString(256);
     a.physicalAddress = input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, 12));
-    a.flags = input.ConsumeIntegral<std::uint32_t>();
-    a.mtu = input.ConsumeIntegral<std::uint32_t>();
-    a.ifType = input.ConsumeIntegral<std::uint32_t>();
-    a.operStatus = input.ConsumeIntegral<std::uint32_t>();
-    a.ipv6IfIndex = input.ConsumeIntegral<std::uint32_t>();
-    for (std::uint32_t& zone : a.zoneIndices) zone = input.ConsumeIntegral<std::uint32_t>();
+    fuzzrecords::DrawAdapterNumbers(input, a);
     a.prefixCount = ListLength(input);
     return a;
 }

@@ -13,24 +13,13 @@
 #include <string>
 
 #include "FuzzCheck.h"
+#include "FuzzRecords.h"
 #include "format/EntryText.h"
 
 namespace {
 
-std::wstring Printed(const wchar_t* format, auto... values) {
-    wchar_t text[256];
-    const int length = std::swprintf(text, 256, format, values...);
-    FUZZ_CHECK(length >= 0);
-    return std::wstring(text, static_cast<std::size_t>(length));
-}
-
-std::wstring WideText(FuzzedDataProvider& input, std::size_t maxLength) {
-    std::wstring text;
-    const std::size_t length = input.ConsumeIntegralInRange<std::size_t>(0, maxLength);
-    for (std::size_t i = 0; i < length && input.remaining_bytes() > 0; ++i)
-        text.push_back(static_cast<wchar_t>(input.ConsumeIntegral<std::uint16_t>()));
-    return text;
-}
+using fuzzrecords::AnyWideText;
+using fuzzrecords::Printed;
 
 void CheckHeadAndTimes(FuzzedDataProvider& input) {
     const auto attributes = input.ConsumeIntegral<std::uint32_t>();
@@ -38,20 +27,14 @@ void CheckHeadAndTimes(FuzzedDataProvider& input) {
     FUZZ_CHECK(FormatEntryHead(attributes, sizeLow) ==
                Printed(L"%08x %10d\t", attributes, static_cast<std::int32_t>(sizeLow)));
 
-    // SYSTEMTIME's fields are 16-bit; any value must come out as printf has it.
-    CalendarTime time;
-    time.day = input.ConsumeIntegral<std::uint16_t>();
-    time.month = input.ConsumeIntegral<std::uint16_t>();
-    time.year = input.ConsumeIntegral<std::uint16_t>();
-    time.hour = input.ConsumeIntegral<std::uint16_t>();
-    time.minute = input.ConsumeIntegral<std::uint16_t>();
-    time.second = input.ConsumeIntegral<std::uint16_t>();
+    // Any value of SYSTEMTIME's 16-bit fields must come out as printf has it.
+    const CalendarTime time = fuzzrecords::AnyCalendarTime(input);
     FUZZ_CHECK(FormatCalendarTime(time) == Printed(L"%02u/%02u/%04u  %02u:%02u:%02u", time.day, time.month, time.year,
                                                    time.hour, time.minute, time.second));
 }
 
 void CheckVersion(FuzzedDataProvider& input) {
-    const std::wstring version = WideText(input, 64);
+    const std::wstring version = AnyWideText(input, 64);
     const std::wstring normalised = NormaliseVersion(version);
     std::wstring expected;
     for (wchar_t c : version)
@@ -81,7 +64,7 @@ void CheckAccess(FuzzedDataProvider& input) {
     if (input.ConsumeBool()) {
         FUZZ_CHECK(FormatAccessEntry(kind, std::nullopt, mask) == lead + L";");
     } else {
-        AccountName account{WideText(input, 32), WideText(input, 32)};
+        AccountName account{AnyWideText(input, 32), AnyWideText(input, 32)};
         const std::wstring who = account.domain.empty() ? account.name : account.domain + L"\\" + account.name;
         FUZZ_CHECK(FormatAccessEntry(kind, account, mask) == lead + who + L" [" + letters + L"];");
     }
@@ -131,7 +114,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckHeadAndTimes(input);
     CheckVersion(input);
     CheckAccess(input);
-    const std::wstring name = WideText(input, 4);
+    const std::wstring name = AnyWideText(input, 4);
     FUZZ_CHECK(IsDotEntry(name) == (name == L"." || name == L".."));
     return 0;
 }

@@ -11,6 +11,7 @@
 
 #include "../reader/WrittenReport.h"
 #include "FuzzCheck.h"
+#include "FuzzRecords.h"
 
 namespace {
 
@@ -51,32 +52,20 @@ CalendarTime Time(FuzzedDataProvider& input) {
 }
 
 AccessListRecord AccessList(FuzzedDataProvider& input) {
-    AccessListRecord list;
-    list.state = static_cast<AccessListState>(input.ConsumeIntegralInRange<int>(0, 3));
-    list.errorCode = input.ConsumeIntegral<std::uint32_t>();
-    const std::size_t count = input.ConsumeIntegralInRange<std::size_t>(0, 4);
-    for (std::size_t i = 0; i < count; ++i) {
+    return fuzzrecords::DrawAccessList(input, [](FuzzedDataProvider& in) {
         AccessEntryRecord entry;
-        entry.readable = input.ConsumeBool();
-        entry.kind = static_cast<AceKind>(input.ConsumeIntegralInRange<int>(0, 2));
-        if (input.ConsumeBool()) entry.account = AccountName{Text(input, 8), Text(input, 8)};
-        entry.mask = input.ConsumeIntegral<std::uint32_t>();
-        list.entries.push_back(std::move(entry));
-    }
-    return list;
+        entry.readable = in.ConsumeBool();
+        entry.kind = static_cast<AceKind>(in.ConsumeIntegralInRange<int>(0, 2));
+        if (in.ConsumeBool()) entry.account = AccountName{Text(in, 8), Text(in, 8)};
+        entry.mask = in.ConsumeIntegral<std::uint32_t>();
+        return entry;
+    });
 }
 
 DirectoryEntryRecord Entry(FuzzedDataProvider& input) {
-    DirectoryEntryRecord e;
-    e.attributes = input.ConsumeIntegral<std::uint32_t>();
-    e.sizeLow = input.ConsumeIntegral<std::uint32_t>();
-    e.created = Time(input);
-    e.written = Time(input);
-    e.name = Text(input, 12);
-    e.productVersion = Text(input, 8, false);
-    if (input.ConsumeBool()) e.accessList = AccessList(input);
-    if (input.ConsumeBool()) e.content = ContentExcerptRecord{input.ConsumeBool(), Text(input, 12)};
-    return e;
+    return fuzzrecords::DrawEntry(input, {Time, [](FuzzedDataProvider& in) { return Text(in, 12); },
+                                          [](FuzzedDataProvider& in) { return Text(in, 8, false); }, AccessList,
+                                          [](FuzzedDataProvider& in) { return Text(in, 12); }});
 }
 
 AdapterRecord Adapter(FuzzedDataProvider& input) {
@@ -92,12 +81,7 @@ AdapterRecord Adapter(FuzzedDataProvider& input) {
     a.description = Ascii(input, 12);
     a.friendlyName = Ascii(input, 12);
     a.physicalAddress = input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, 8));
-    a.flags = input.ConsumeIntegral<std::uint32_t>();
-    a.mtu = input.ConsumeIntegral<std::uint32_t>();
-    a.ifType = input.ConsumeIntegral<std::uint32_t>();
-    a.operStatus = input.ConsumeIntegral<std::uint32_t>();
-    a.ipv6IfIndex = input.ConsumeIntegral<std::uint32_t>();
-    for (std::uint32_t& zone : a.zoneIndices) zone = input.ConsumeIntegral<std::uint32_t>();
+    fuzzrecords::DrawAdapterNumbers(input, a);
     a.prefixCount = input.ConsumeIntegralInRange<std::size_t>(0, 0x7FFFFFFF);
     return a;
 }

@@ -15,18 +15,14 @@
 #include <vector>
 
 #include "FuzzCheck.h"
+#include "FuzzRecords.h"
 #include "format/InstallationRecord.h"
 #include "format/SystemSections.h"
 
 namespace {
 
-std::wstring WideText(FuzzedDataProvider& input, std::size_t maxLength) {
-    std::wstring text;
-    const std::size_t length = input.ConsumeIntegralInRange<std::size_t>(0, maxLength);
-    for (std::size_t i = 0; i < length && input.remaining_bytes() > 0; ++i)
-        text.push_back(static_cast<wchar_t>(input.ConsumeIntegral<std::uint16_t>()));
-    return text;
-}
+using fuzzrecords::AnyWideText;
+using fuzzrecords::Printed;
 
 // "<label><value>\n", the value exactly as given.
 void CheckLine(const std::wstring& piece, std::wstring_view label, const std::wstring& value) {
@@ -37,9 +33,9 @@ bool EndsWithLineFeed(const std::wstring& piece) { return !piece.empty() && piec
 
 void CheckProgram(FuzzedDataProvider& input) {
     ProgramRecord facts;
-    facts.applicationName = WideText(input, 16);
-    facts.productVersion = WideText(input, 16);
-    facts.directory = WideText(input, 32);
+    facts.applicationName = AnyWideText(input, 16);
+    facts.productVersion = AnyWideText(input, 16);
+    facts.directory = AnyWideText(input, 32);
     facts.elevated = input.ConsumeBool();
     RecordingSink sink;
     RenderProgramSection(facts, sink);
@@ -51,7 +47,7 @@ void CheckProgram(FuzzedDataProvider& input) {
 }
 
 void CheckHost(FuzzedDataProvider& input) {
-    HostRecord facts{WideText(input, 16), WideText(input, 16), WideText(input, 16), WideText(input, 16)};
+    HostRecord facts{AnyWideText(input, 16), AnyWideText(input, 16), AnyWideText(input, 16), AnyWideText(input, 16)};
     RecordingSink sink;
     RenderHostSection(facts, sink);
     FUZZ_CHECK(sink.Pieces().size() == 3u);
@@ -62,16 +58,16 @@ void CheckHost(FuzzedDataProvider& input) {
 
 void CheckWindows(FuzzedDataProvider& input) {
     WindowsRecord facts;
-    facts.versionLabel = WideText(input, 12);
-    facts.editionLabel = WideText(input, 8);
-    facts.realVersion = WideText(input, 16);
+    facts.versionLabel = AnyWideText(input, 12);
+    facts.editionLabel = AnyWideText(input, 8);
+    facts.realVersion = AnyWideText(input, 16);
     if (input.ConsumeBool()) {
         const std::size_t size = input.ConsumeIntegralInRange<std::size_t>(0, 64);
         facts.productId = input.ConsumeBytes<std::uint8_t>(size);
     }
-    facts.systemPath = WideText(input, 32);
-    facts.programFiles = WideText(input, 32);
-    facts.commonAppData = WideText(input, 32);
+    facts.systemPath = AnyWideText(input, 32);
+    facts.programFiles = AnyWideText(input, 32);
+    facts.commonAppData = AnyWideText(input, 32);
     RecordingSink sink;
     RenderWindowsSection(facts, sink);
     const std::size_t id = facts.productId ? 1 : 0;
@@ -89,8 +85,8 @@ void CheckWindows(FuzzedDataProvider& input) {
 
 void CheckHardware(FuzzedDataProvider& input) {
     HardwareRecord facts;
-    facts.biosName = WideText(input, 16);
-    facts.boardManufacturer = WideText(input, 16);
+    facts.biosName = AnyWideText(input, 16);
+    facts.boardManufacturer = AnyWideText(input, 16);
     facts.processorCount = input.ConsumeIntegral<std::uint32_t>();
     facts.processorArchitecture = input.ConsumeIntegral<std::uint16_t>();
     facts.processorLevel = input.ConsumeIntegral<std::uint16_t>();
@@ -109,7 +105,7 @@ void CheckHardware(FuzzedDataProvider& input) {
         volume.totalBytes = input.ConsumeIntegral<std::uint64_t>();
         volume.totalFreeBytes = input.ConsumeIntegral<std::uint64_t>();
         volume.bytesAvailableToCaller = input.ConsumeIntegral<std::uint64_t>();
-        volume.fileSystemName = WideText(input, 8);
+        volume.fileSystemName = AnyWideText(input, 8);
         facts.volumeC = volume;
     }
     RecordingSink sink;
@@ -138,43 +134,19 @@ void CheckHardware(FuzzedDataProvider& input) {
     }
 }
 
-std::wstring Printed(const wchar_t* format, auto... values) {
-    wchar_t text[128];
-    const int length = std::swprintf(text, 128, format, values...);
-    FUZZ_CHECK(length >= 0);
-    return std::wstring(text, static_cast<std::size_t>(length));
-}
-
-// SYSTEMTIME's fields are 16-bit.
-CalendarTime AnyTime(FuzzedDataProvider& input) {
-    CalendarTime time;
-    time.day = input.ConsumeIntegral<std::uint16_t>();
-    time.month = input.ConsumeIntegral<std::uint16_t>();
-    time.year = input.ConsumeIntegral<std::uint16_t>();
-    time.hour = input.ConsumeIntegral<std::uint16_t>();
-    time.minute = input.ConsumeIntegral<std::uint16_t>();
-    time.second = input.ConsumeIntegral<std::uint16_t>();
-    return time;
-}
-
 std::wstring PrintedTime(const CalendarTime& t) {
     return Printed(L"%02u/%02u/%04u  %02u:%02u:%02u", t.day, t.month, t.year, t.hour, t.minute, t.second);
 }
 
 AccessListRecord AnyAccessList(FuzzedDataProvider& input) {
-    AccessListRecord list;
-    list.state = static_cast<AccessListState>(input.ConsumeIntegralInRange<int>(0, 3));
-    list.errorCode = input.ConsumeIntegral<std::uint32_t>();
-    const std::size_t count = input.ConsumeIntegralInRange<std::size_t>(0, 4);
-    for (std::size_t i = 0; i < count; ++i) {
+    return fuzzrecords::DrawAccessList(input, [](FuzzedDataProvider& in) {
         AccessEntryRecord entry;
-        entry.readable = input.ConsumeBool();
-        entry.kind = static_cast<AceKind>(input.ConsumeIntegralInRange<int>(0, 2));
-        entry.mask = input.ConsumeIntegral<std::uint32_t>();
-        if (input.ConsumeBool()) entry.account = AccountName{WideText(input, 8), WideText(input, 8)};
-        list.entries.push_back(entry);
-    }
-    return list;
+        entry.readable = in.ConsumeBool();
+        entry.kind = static_cast<AceKind>(in.ConsumeIntegralInRange<int>(0, 2));
+        entry.mask = in.ConsumeIntegral<std::uint32_t>();
+        if (in.ConsumeBool()) entry.account = AccountName{AnyWideText(in, 8), AnyWideText(in, 8)};
+        return entry;
+    });
 }
 
 std::wstring ExpectedAccessList(const AccessListRecord& list) {
@@ -215,16 +187,10 @@ std::wstring ExpectedAccessList(const AccessListRecord& list) {
 }
 
 DirectoryEntryRecord AnyEntry(FuzzedDataProvider& input) {
-    DirectoryEntryRecord entry;
-    entry.attributes = input.ConsumeIntegral<std::uint32_t>();
-    entry.sizeLow = input.ConsumeIntegral<std::uint32_t>();
-    entry.created = AnyTime(input);
-    entry.written = AnyTime(input);
-    entry.name = WideText(input, 12);
-    entry.productVersion = WideText(input, 12);
-    if (input.ConsumeBool()) entry.accessList = AnyAccessList(input);
-    if (input.ConsumeBool()) entry.content = ContentExcerptRecord{input.ConsumeBool(), WideText(input, 16)};
-    return entry;
+    return fuzzrecords::DrawEntry(input, {fuzzrecords::AnyCalendarTime,
+                                          [](FuzzedDataProvider& in) { return AnyWideText(in, 12); },
+                                          [](FuzzedDataProvider& in) { return AnyWideText(in, 12); }, AnyAccessList,
+                                          [](FuzzedDataProvider& in) { return AnyWideText(in, 16); }});
 }
 
 // "\t<head><created>\t<written>\t<name>\t<version>[ ACL:...][content]\n"
@@ -242,9 +208,9 @@ std::wstring ExpectedEntryLine(const DirectoryEntryRecord& entry) {
 }
 
 void CheckInstallation(FuzzedDataProvider& input) {
-    const std::wstring programDirectory = WideText(input, 8);
-    const std::wstring programFiles = WideText(input, 8);
-    const std::wstring commonAppData = WideText(input, 8);
+    const std::wstring programDirectory = AnyWideText(input, 8);
+    const std::wstring programFiles = AnyWideText(input, 8);
+    const std::wstring commonAppData = AnyWideText(input, 8);
     const std::wstring standard = programFiles + L"\\Orvane Software V9";
     std::vector<RegistryValueRecord> values;
     for (const InstallationValue& value : kInstallationValues) {

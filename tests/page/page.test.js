@@ -10,6 +10,9 @@ const s = require('./support');
 
 const AXE = fs.readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
 
+// Each test's folders go when it ends, passed or failed.
+test.afterEach(() => s.removeTempDirs());
+
 // The page's texts of its report lines, in page order: [number, text],
 // once every section and every directory's lines as written are open.
 async function pageLines(page) {
@@ -403,8 +406,75 @@ test.describe('fleet page', () => {
     const found = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Findings across the fleet' }) });
     await expect(found.locator('tbody tr')).toHaveText(['\u26A0 Warningsuite.mixed-versionsThe suite\'s files carry more than one product version2PC04000, PC08000']);
     await table.getByLabel('Filter').fill('PC04000');
-    await expect(table.locator('tbody tr td')).toHaveText(['PC04000', 'user4000', '11/22/2026 2:36:06 PM', 'intact', '0', '1', '0', path.join(reports, 'PC04000.txt')]);
+    await expect(table.locator('tbody tr td')).toHaveText(['PC04000', 'user4000', '11/22/2026 2:36:06 PM', 'intact', '0', '1', '0', '8 rules',
+      path.join(reports, 'PC04000.txt')], { useInnerText: true });
     expectQuiet(seen);
+  });
+});
+
+test.describe('fleet page: rules that could not check a report', () => {
+  // A report of the page tests' own form (no Program, Hardware, Network or
+  // registry data), the program's report under Wine (no registry data), and
+  // a file that is no report (which no rule checks).
+  function fleetOfThree() {
+    const dir = s.tempDir('fleet-not-checked');
+    const reports = path.join(dir, 'reports');
+    fs.mkdirSync(reports);
+    s.writeReport(path.join(reports, 'a.txt'), s.makeBody({ machine: 'PC1', user: 'ann' }));
+    fs.copyFileSync(path.join(s.DATA, 'wine-report.txt'), path.join(reports, 'b.txt'));
+    fs.writeFileSync(path.join(reports, 'c.txt'), 'not a report');
+    return { dir, reports };
+  }
+  const registryRules = {
+    en: ['InstallLocation names a directory with nothing in it suite.install-location-empty \u2014 no registry data in the report',
+      'The installer\'s version in the registry differs from the version of the suite\'s files suite.registry-version \u2014 no registry data in the report',
+      'InstallLocation is the standard directory written differently suite.install-location-twice \u2014 no registry data in the report',
+      'A version number in the registry was stored as text suite.registry-number-as-text \u2014 no registry data in the report'],
+    fr: ['InstallLocation désigne un répertoire vide suite.install-location-empty \u2014 pas de « registry data » dans le rapport',
+      'La version de l\'installeur dans le registre diffère de celle des fichiers de la suite suite.registry-version \u2014 pas de « registry data » dans le rapport',
+      'InstallLocation est le répertoire standard écrit autrement suite.install-location-twice \u2014 pas de « registry data » dans le rapport',
+      'Un numéro de version a été enregistré comme texte dans le registre suite.registry-number-as-text \u2014 pas de « registry data » dans le rapport']
+  };
+
+  test('each row lists them under their count, sorts by it and filters by rule', async ({ page }) => {
+    const { dir, reports } = fleetOfThree();
+    const made = s.makePage(dir, 'fleet.html', ['--lang', 'en', reports]);
+    expect(made.status).toBe(2);
+    const seen = await s.openPage(page, made.url);
+    const table = page.locator('.table-block').first();
+    await expect(table.locator('thead th')).toHaveText(
+      ['Machine', 'User', 'Report of', 'Verdict', 'Errors', 'Warnings', 'Information', 'Not checked by', 'File']);
+    const cells = table.locator('tbody tr td:nth-child(8)');
+    await expect(cells).toHaveText(['8 rules', '4 rules', ''], { useInnerText: true });
+    await cells.nth(1).locator('summary').click();
+    await expect(cells.nth(1).locator('li')).toHaveText(registryRules.en);
+    await cells.nth(0).locator('summary').click();
+    await expect(cells.nth(0).locator('li')).toHaveText([registryRules.en[0],
+      'No network adapter is up with an address network.no-adapter-up \u2014 no network in the report',
+      registryRules.en[1],
+      'Little free space on C: system.low-disk-space \u2014 no hardware in the report',
+      'The report was made without administrator rights program.not-elevated \u2014 no program in the report',
+      'The program ran from outside the suite\'s installation program.outside-installation \u2014 no program in the report',
+      registryRules.en[2], registryRules.en[3]]);
+    await table.getByRole('button', { name: 'Not checked by' }).click();
+    await expect(table.locator('tbody tr td:first-child')).toHaveText(['', 'VM', 'PC1']);
+    await table.getByLabel('Filter').fill('network.no-adapter-up');
+    await expect(table.locator('tbody tr td:first-child')).toHaveText(['PC1']);
+    await table.getByLabel('Filter').fill('suite.registry-version');
+    await expect(table.locator('.count')).toHaveText('2 of 3 shown');
+    expectQuiet(seen);
+  });
+
+  test('in French', async ({ page }) => {
+    const { dir, reports } = fleetOfThree();
+    const made = s.makePage(dir, 'fleet.html', ['--lang', 'fr', reports]);
+    await s.openPage(page, made.url);
+    const table = page.locator('.table-block').first();
+    await expect(table.locator('thead th').nth(7)).toHaveText('Non vérifié par');
+    const cells = table.locator('tbody tr td:nth-child(8)');
+    await expect(cells).toHaveText(['8 règles', '4 règles', ''], { useInnerText: true });
+    await cells.nth(1).locator('summary').click();
+    await expect(cells.nth(1).locator('li')).toHaveText(registryRules.fr);
   });
 });
 

@@ -38,12 +38,21 @@ function bodyLines(body) {
   return lines;
 }
 
-// A folder of the test's own, under one parent of its own.
+// Parents made by tempDir since the last removeTempDirs.
+const madeParents = [];
+
+// A folder of the test's own, under one parent of its own; removeTempDirs
+// takes both away when the test ends.
 function tempDir(name) {
   const parent = fs.mkdtempSync(path.join(os.tmpdir(), 'diag-page-'));
+  madeParents.push(parent);
   const dir = path.join(parent, name);
   fs.mkdirSync(dir);
   return dir;
+}
+
+function removeTempDirs() {
+  for (const parent of madeParents.splice(0)) fs.rmSync(parent, { recursive: true, force: true });
 }
 
 function entryLine(e) {
@@ -101,4 +110,4 @@ async function openPage(page, url) {
   return seen;
 }
 
-module.exports = { ROOT, REPORTCHECK, DATA, checksum, reportBytes, readBody, bodyLines, tempDir, entryLine, makeBody, writeReport, makePage, openPage };
+module.exports = { ROOT, REPORTCHECK, DATA, checksum, reportBytes, readBody, bodyLines, tempDir, removeTempDirs, entryLine, makeBody, writeReport, makePage, openPage };

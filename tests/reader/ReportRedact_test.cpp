@@ -262,3 +262,79 @@ TEST(ReportRedact, FoldsCapitalsOfManyScriptsInPlace) {
     EXPECT_EQ(FoldCase("ÀÉÎÕÜ ŁŃŚŹŻ ΑΒΓ ДЖЯ Ё x×Y"), "àéîõü łńśźż αβγ джя ё x×y");
     EXPECT_EQ(FoldCase("\xC3"), "\xC3");  // a cut sequence stays as it is
 }
+
+// A name may be as short as "or": it is replaced where it stands as a word
+// of its own (the value, a path's component, a word of a file name, beside
+// signs such as "-", "_", "(" or "’"), never inside another word ("Orvane",
+// "memory", "WORKGROUP", "Corporation", "orders", "Orélie"), and a digit
+// joins a word as a letter does ("pc12"). A keyword is replaced anywhere.
+TEST(ReportRedact, ANameIsReplacedWhereItStandsAsAWordAKeywordAnywhere) {
+    PseudonymMap map;
+    const Redacted redacted = RedactReport(
+        Parse("\nProgram:\nOrvaneDiagnostics 9.3.1.1042\nin C:\\Users\\or\\Orvane tools\n"
+              "\nHost:\n\tname: PC1 (WORKGROUP\\PC1)\n\tuser: or\n"
+              "\nHardware:\n\tboard: Intel Corporation\n"
+              "\nOrvane Software installation:\n* Current directory (C:\\Users\\OR\\Orvane tools):\n"
+              "\t00000020          1\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tor-notes.txt\t\n"
+              "\t00000020          2\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tmemory orders.txt\t\n"
+              "\t00000020          3\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tnotes (or) or_backup.txt\t\n"
+              "\t00000020          4\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tOrélie or’s pc12 PC1.log\t\n"
+              "WORKGROUP memory of Orvane, for or\n"),
+        {"tool"}, map);
+    EXPECT_EQ(Rendered(redacted.report),
+              "\nProgram:\nOrvaneDiagnostics 9.3.1.1042\nin C:\\Users\\USER-0001\\Orvane KEYWORD-0001s\n"
+              "\nHost:\n\tname: HOST-0001 (WORKGROUP\\HOST-0001)\n\tuser: USER-0001\n"
+              "\nHardware:\n\tboard: Intel Corporation\n"
+              "\nOrvane Software installation:\n* Current directory (C:\\Users\\USER-0001\\Orvane KEYWORD-0001s):\n"
+              "\t00000020          1\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tUSER-0001-notes.txt\t\n"
+              "\t00000020          2\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tmemory orders.txt\t\n"
+              "\t00000020          3\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tnotes (USER-0001) USER-0001_backup.txt\t\n"
+              "\t00000020          4\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tOrélie USER-0001’s pc12 HOST-0001.log\t\n"
+              "WORKGROUP memory of Orvane, for USER-0001\n"
+              "\nRedacted: computer name, user, keyword\n");
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced));
+}
+
+// The self-check searches as the redaction replaced: a name where it stands
+// as a word (so "or" inside "Orvane" is no survivor, nor is it one right
+// after a pseudonym, where it was not a word of its own either), a keyword
+// also inside a longer word.
+TEST(ReportRedact, TheSelfCheckFindsANameAsAWordAndAKeywordAnywhere) {
+    PseudonymMap map;
+    const Redacted redacted = RedactReport(
+        Parse("\nProgram:\nOrvaneDiagnostics 9.3.1.1042\nin C:\\Users\\or\\tools\n\nHost:\n\tuser: or\n"
+              "memory of Orvane\n"),
+        {"tool"}, map);
+    const auto leaveBehind = [&](const char* directory, const char* line) {
+        Redacted copy = redacted;
+        copy.report.program.directory = directory;
+        copy.report.unrecognised[0].text = line;
+        return FindSurvivor(RenderReportBody(copy.report), copy.replaced);
+    };
+    EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\KEYWORD-0001s", "memory of Orvane"), std::nullopt);
+    EXPECT_EQ(leaveBehind("C:\\Users\\OR\\KEYWORD-0001s", "memory of Orvane"), Kind::User);
+    EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\KEYWORD-0001s", "memory of Orvane, for Or"), Kind::User);
+    EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\KEYWORD-0001s", "notes (or).txt"), Kind::User);
+    EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\KEYWORD-0001s", "USER-0001or and KEYWORD-0001or"), std::nullopt);
+    EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\KEYWORD-0001s", "in the Toolbox"), Kind::Keyword);
+    EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\TOOLS", "memory of Orvane"), Kind::Keyword);
+}
+
+// A value that reads as a pseudonym (a report redacted before, redacted
+// again without its map) says nothing of the customer: it is left as it
+// is, and no other value's pseudonym is ever the same text.
+TEST(ReportRedact, AValueThatReadsAsAPseudonymIsLeftAsItIs) {
+    PseudonymMap map;
+    const Redacted redacted = RedactReport(
+        Parse("\nHost:\n\tname: HOST-0001 (WORKGROUP\\host-0001)\n\tuser: USER-0001\n\nWindows:\n"
+              "\tid: xxxxx-xxx-xxxxxxx-00001\n\nNetwork:\nAdapters enumeration:\n\tAdapter name: ADAPTER-12345\n"
+              "\tDNS Suffix: DNS-001\n\tPhysical address: 02-00-00-00-0a-01\n\n"),
+        {}, map);
+    EXPECT_EQ(Rendered(redacted.report),
+              "\nHost:\n\tname: HOST-0001 (WORKGROUP\\host-0001)\n\tuser: USER-0001\n\nWindows:\n"
+              "\tid: xxxxx-xxx-xxxxxxx-00001\n\nNetwork:\nAdapters enumeration:\n\tAdapter name: ADAPTER-12345\n"
+              "\tDNS Suffix: DNS-0001\n\tPhysical address: 02-00-00-00-0a-01\n\n\nRedacted: DNS suffix\n");
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced));
+    // The next user is not given the text a value kept holds.
+    EXPECT_EQ(map.PseudonymOf(Kind::User, "anne"), "USER-0002");
+}

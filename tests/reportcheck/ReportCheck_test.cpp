@@ -10,13 +10,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "../format/TransitDamageFixtures.h"
 #include "../reader/SampleReport.h"
+#include "../support/TestFolder.h"
 #include "format/ReportChecksum.h"
 #include "reader/ReportModel.h"
 #include "reader/ReportTables.h"
@@ -99,16 +99,10 @@ struct Outcome {
 
 class ReportCheck : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        root_ = fs::temp_directory_path() / ("reportcheck-" + test + "-" + std::to_string(std::random_device{}()));
-        fs::create_directories(root_ / "files");
-    }
+    void SetUp() override { fs::create_directories(root_ / "files"); }
 
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(root_, ignored);
-    }
+    // Every test leaves nothing behind, whatever it made.
+    void TearDown() override { EXPECT_EQ(folder_.Remove(), ""); }
 
     // Writes a file, named in UTF-8, into the folder the checker runs in.
     void Write(const std::string& name, const std::string& bytes) {
@@ -180,7 +174,10 @@ protected:
         return outcome;
     }
 
-    fs::path root_;
+    static std::string TestName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
+
+    const testsupport::TestFolder folder_{"reportcheck-" + TestName()};
+    const fs::path root_ = folder_.Path();
     int runs_ = 0;
 };
 
@@ -1205,6 +1202,78 @@ TEST_F(ReportCheck, CollectReadsOnceWhatArgumentsNameInAnotherCase) {
                                "reportcheck: Inbox\\Sub\\PC1.TXT: skipped (already read)" + kNewline);
     EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
     EXPECT_EQ(outcome.status, 0);
+}
+
+// --- Errors reportcheck has no words of its own for ------------------------
+
+namespace {
+
+// ERROR_INVALID_NAME's text, in English: Wine's is its own.
+std::string InvalidNameReason() {
+    return std::string("cannot be read (error 123: ") +
+           (testsupport::RunningUnderWine() ? "Invalid name." : "The filename, directory name, or volume label syntax is incorrect.") +
+           ")";
+}
+
+bool Lists(const fs::path& folder, const fs::path& name) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+        if (entry->path().filename() == name) return true;
+    return false;
+}
+
+// A folder with a name Windows refuses, which only a Unix program makes
+// (under Wine), and only one removes: Windows cannot name it to remove it.
+class UnixMadeFolder {
+public:
+    UnixMadeFolder(fs::path parent, std::wstring name) : parent_(std::move(parent)), name_(std::move(name)) {
+        made_ = RunUnixProgram(parent_, L"mkdir -- " + name_, [&] { return Lists(parent_, name_); });
+    }
+    UnixMadeFolder(const UnixMadeFolder&) = delete;
+    UnixMadeFolder& operator=(const UnixMadeFolder&) = delete;
+    ~UnixMadeFolder() {
+        if (made_) RunUnixProgram(parent_, L"rmdir -- " + name_, [&] { return !Lists(parent_, name_); });
+    }
+
+    bool Made() const { return made_; }
+
+private:
+    fs::path parent_;
+    std::wstring name_;
+    bool made_ = false;
+};
+
+}  // namespace
+
+// A name with a character Windows refuses in one: check, and collect of it
+// as a PATH, give the system's own text and number.
+TEST_F(ReportCheck, AnErrorWithoutWordsOfItsOwnGetsTheSystemsText) {
+    const Outcome check = Check({"check", "a<b.txt"});
+    EXPECT_EQ(check.out, Lines({"a<b.txt: " + InvalidNameReason()}));
+    EXPECT_EQ(check.status, 2);
+    const Outcome collect = Check({"collect", "a<b.txt"});
+    EXPECT_EQ(collect.err, "reportcheck: a<b.txt: " + InvalidNameReason() + kNewline);
+    EXPECT_EQ(collect.out, "{\"path\":\"a<b.txt\",\"pathBytes\":null,\"verdict\":\"unreadable\",\"reason\":\"" +
+                               InvalidNameReason() + "\",\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+                               "\"report\":null}\n");
+    EXPECT_EQ(collect.status, 2);
+}
+
+// A folder met in a walk whose listing fails with such an error: under Wine,
+// one a Unix program named with '*'.
+TEST_F(ReportCheck, CollectSaysTheSystemsTextOfAnErrorInAFolderItWalks) {
+    SKIP_UNLESS_WINE("only a Unix program names a folder with '*'");
+    fs::create_directories(root_ / "files" / "inbox");
+    Write("inbox/pc1.txt", SavedReport(kTinyBody));
+    const UnixMadeFolder odd(root_ / "files" / "inbox", L"c*d");
+    ASSERT_TRUE(odd.Made());
+    const Outcome outcome = Check({"collect", "inbox"});
+    EXPECT_EQ(outcome.err, "reportcheck: inbox\\c*d: " + InvalidNameReason() + kNewline);
+    const std::string start = "{\"path\":\"inbox\\\\c*d\",\"pathBytes\":null,\"verdict\":\"unreadable\",\"reason\":\"" +
+                              InvalidNameReason() + "\",\"copyOf\":null,\"machine\":null,\"time\":null,\"latest\":false,"
+                              "\"report\":null}\n{\"path\":\"inbox\\\\pc1.txt\",";
+    EXPECT_EQ(outcome.out.substr(0, start.size()), start);
+    EXPECT_EQ(outcome.status, 2);
 }
 #endif
 

@@ -27,7 +27,8 @@
         friendly: 'Friendly name', description: 'Description', mac: 'Physical address', status: 'Status', mtu: 'MTU',
         type: 'Type', unicast: 'Addresses', machine: 'Machine', user: 'User', when: 'Report of', verdict: 'Verdict',
         errors: 'Errors', warnings: 'Warnings', infos: 'Information', file: 'File', rule: 'Rule', severity: 'Severity',
-        title: 'Title', machines: 'Machines', which: 'Which', section: 'Section', changes: 'Changes' },
+        title: 'Title', machines: 'Machines', which: 'Which', section: 'Section', changes: 'Changes',
+        notChecked: 'Not checked by' },
       adapters: 'Network adapters', registry: 'Registry installation data',
       unrecognised: 'not recognised by the reader',
       changes: 'Changes', noChanges: 'No change from the old report.',
@@ -43,6 +44,7 @@
       andMore: (n) => ' and ' + n + ' more', showMachines: 'Show the machines',
       navigation: 'Contents', jumpFinding: 'Go to the evidence',
       notChecked: (n) => n === 1 ? '1 rule could not check this report' : n + ' rules could not check this report',
+      rulesCount: (n) => n === 1 ? '1 rule' : n + ' rules',
       missing: (what) => 'no ' + what + ' in the report'
     },
     fr: {
@@ -67,7 +69,8 @@
         friendly: 'Nom usuel', description: 'Description', mac: 'Adresse physique', status: 'État', mtu: 'MTU',
         type: 'Type', unicast: 'Adresses', machine: 'Machine', user: 'Utilisateur', when: 'Rapport du', verdict: 'Verdict',
         errors: 'Erreurs', warnings: 'Avertissements', infos: 'Informations', file: 'Fichier', rule: 'Règle', severity: 'Gravité',
-        title: 'Titre', machines: 'Machines', which: 'Lesquelles', section: 'Section', changes: 'Changements' },
+        title: 'Titre', machines: 'Machines', which: 'Lesquelles', section: 'Section', changes: 'Changements',
+        notChecked: 'Non vérifié par' },
       adapters: 'Cartes réseau', registry: 'Données d’installation du registre',
       unrecognised: 'non reconnue par le lecteur',
       changes: 'Changements', noChanges: 'Aucun changement depuis l’ancien rapport.',
@@ -83,6 +86,7 @@
       andMore: (n) => ' et ' + n + ' autres', showMachines: 'Montrer les machines',
       navigation: 'Sommaire', jumpFinding: 'Aller à la preuve',
       notChecked: (n) => n === 1 ? '1 règle n’a pas pu vérifier ce rapport' : n + ' règles n’ont pas pu vérifier ce rapport',
+      rulesCount: (n) => n === 1 ? '1 règle' : n + ' règles',
       missing: (what) => 'pas de « ' + what + ' » dans le rapport'
     }
   };
@@ -330,10 +334,10 @@
   }
 
   // The rules that lacked a section of the report: not passed, not checked.
-  function notCheckedList(notChecked) {
+  function notCheckedList(notChecked, summary) {
     if (!notChecked || !notChecked.length) return null;
     return el('details', { class: 'not-checked' }, [
-      el('summary', { text: T.notChecked(notChecked.length) }),
+      el('summary', { text: summary(notChecked.length) }),
       el('ul', null, notChecked.map((n) => el('li', null, [
         textOf(n.title[lang] || n.title.en), ' ', el('span', { class: 'rule' }, [textOf(n.rule)]),
         ' \u2014 ', textOf(T.missing(n.missing))])))]);
@@ -526,7 +530,7 @@
     document.title = T.reportTitle + ' \u2014 ' + report.file;
     main.append(el('h1', null, [T.reportTitle + T.colon, textOf(report.file)]), verdictBox(report));
     main.append(el('h2', { id: 'findings', text: T.findings }), findingsList(report.findings));
-    const unchecked = notCheckedList(report.notChecked);
+    const unchecked = notCheckedList(report.notChecked, T.notChecked);
     if (unchecked) main.append(unchecked);
     main.append(...reportPart(report, null));
   }
@@ -539,7 +543,7 @@
       el('p', { class: 'sub' }, [textOf(T.against(cmp.oldFile))]),
       verdictBox(report, T.newReport), verdictBox(cmp.old, T.oldReport));
     main.append(el('h2', { id: 'findings', text: T.findings }), findingsList(report.findings));
-    const unchecked = notCheckedList(report.notChecked);
+    const unchecked = notCheckedList(report.notChecked, T.notChecked);
     if (unchecked) main.append(unchecked);
     main.append(el('h2', { id: 'changes', text: T.changes }));
     if (!cmp.changes.length) {
@@ -595,12 +599,16 @@
       return cell;
     };
     const countCol = (key) => ({ key, label: T.cols[key], number: true, cell: (r) => textCell(String(r[key]), 'number') });
+    const notChecked = (r) => r.notChecked.map((i) => fleet.notChecked[i]);
     main.append(dataTable(T.reports, [
       { key: 'machine', label: T.cols.machine, cell: (r) => textCell(r.machine) },
       { key: 'user', label: T.cols.user, cell: (r) => textCell(r.user) },
       { key: 'when', label: T.cols.when, cell: (r) => textCell(r.when) },
       { key: 'verdict', label: T.cols.verdict, text: (r) => T.verdictNames[r.verdict] || r.verdict, cell: verdictCell },
       countCol('errors'), countCol('warnings'), countCol('infos'),
+      { key: 'notChecked', label: T.cols.notChecked, number: true, sort: (r) => r.notChecked.length,
+        text: (r) => notChecked(r).map((n) => n.rule).join(' '),
+        cell: (r) => el('td', null, [notCheckedList(notChecked(r), T.rulesCount)]) },
       { key: 'path', label: T.cols.file, cell: (r) => textCell(r.path) }
     ], reports, { pageRows: PAGE_ROWS }));
 
