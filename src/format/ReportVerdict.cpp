@@ -9,6 +9,8 @@ constexpr std::size_t kByteOrderMarkBytes = 2;
 constexpr std::size_t kTrailerUnits = 15;  // "\n--- \n" + 8 digits + "\n"
 constexpr std::size_t kTrailerBytes = 2 * kTrailerUnits;
 
+}  // namespace
+
 // Sized once and filled in place: a report's body can be tens of megabytes.
 std::u16string DecodeUtf16LE(std::string_view bytes) {
     std::u16string text(bytes.size() / 2, u'\0');
@@ -19,6 +21,7 @@ std::u16string DecodeUtf16LE(std::string_view bytes) {
     return text;
 }
 
+namespace {
 int HexDigitValue(char16_t c) {
     if (c >= u'0' && c <= u'9') return c - u'0';
     if (c >= u'a' && c <= u'f') return c - u'a' + 10;
@@ -90,7 +93,11 @@ std::string DescribeReportVerdict(const ReportVerdict& verdict) {
     return std::string("not a report (") + ReasonText(verdict.reason) + ")";
 }
 
-std::u16string ReportBodyOf(std::string_view bytes) {
+std::string_view ReportBodyBytesOf(std::string_view bytes) {
     if (bytes.size() < kByteOrderMarkBytes + kTrailerBytes) return {};
-    return DecodeUtf16LE(bytes.substr(kByteOrderMarkBytes, bytes.size() - kByteOrderMarkBytes - kTrailerBytes));
+    return bytes.substr(kByteOrderMarkBytes, bytes.size() - kByteOrderMarkBytes - kTrailerBytes);
+}
+
+std::u16string ReportBodyOf(std::string_view bytes) {
+    return DecodeUtf16LE(ReportBodyBytesOf(bytes));
 }

@@ -42,3 +42,8 @@ std::string DescribeReportVerdict(const ReportVerdict& verdict);
 // decoded; meaningful when CheckReportBytes found a report (Intact or
 // Altered), empty when the bytes are too short to hold one.
 std::u16string ReportBodyOf(std::string_view bytes);
+// The same still as UTF-16LE bytes, for a reader that decodes it in pieces.
+std::string_view ReportBodyBytesOf(std::string_view bytes);
+
+// UTF-16LE bytes as text (an odd last byte left out).
+std::u16string DecodeUtf16LE(std::string_view bytes);

@@ -1,6 +1,7 @@
 #include "format/TransitDamage.h"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include "format/LineForms.h"
@@ -48,7 +49,12 @@ std::u16string DecodeUtf16(std::string_view bytes, bool bigEndian) {
 }
 
 std::u16string Replaced(std::u16string_view text, std::u16string_view from, std::u16string_view to) {
+    // Its exact room at once: a large text is not copied as it grows.
+    std::size_t count = 0;
+    for (std::size_t at = text.find(from); at != std::u16string_view::npos; at = text.find(from, at + from.size()))
+        ++count;
     std::u16string out;
+    out.reserve(text.size() - count * from.size() + count * to.size());
     for (std::size_t at = 0;;) {
         const std::size_t found = text.find(from, at);
         out.append(text.substr(at, found == std::u16string_view::npos ? std::u16string_view::npos : found - at));
@@ -81,6 +87,7 @@ std::optional<Decoded> DecodeAnyEncoding(std::string_view bytes) {
 
 std::string ReportBytes(std::u16string_view text) {
     std::string bytes = "\xFF\xFE";
+    bytes.reserve(2 + 2 * text.size());
     for (char16_t unit : text) {
         bytes += static_cast<char>(unit & 0xFF);
         bytes += static_cast<char>(unit >> 8);
@@ -93,19 +100,21 @@ bool Intact(std::string_view bytes) {
 }
 
 // The text as the writer made it, from one whose line breaks a transfer may
-// have converted either way (the trailer's own breaks included): the text
-// as found, then with LF breaks in the body and in the trailer, then with
-// CR LF breaks in the body and LF ones in the trailer.
-std::vector<std::u16string> LineBreakCandidates(const std::u16string& text) {
-    std::vector<std::u16string> candidates{text};
-    const std::u16string lf = Replaced(text, u"\r\n", u"\n");
+// have converted either way (the trailer's own breaks included): candidate
+// 0 is the text as found, 1 the text with LF breaks in the body and in the
+// trailer, 2 with CR LF breaks in the body and LF ones in the trailer;
+// nothing when there is no such candidate. Made one at a time, as a report
+// can be a hundred megabytes.
+constexpr int kLineBreakCandidates = 3;
+std::optional<std::u16string> LineBreakCandidate(const std::u16string& text, int which) {
+    if (which == 0) return text;
+    std::u16string lf = Replaced(text, u"\r\n", u"\n");
     const std::size_t trailer = lf.rfind(kTrailerStart);
-    if (trailer == std::u16string::npos) return candidates;
-    const std::u16string_view body = std::u16string_view(lf).substr(0, trailer);
-    const std::u16string_view rest = std::u16string_view(lf).substr(trailer);
-    candidates.push_back(lf);
-    candidates.push_back(Replaced(body, u"\n", u"\r\n") + std::u16string(rest));
-    return candidates;
+    if (trailer == std::u16string::npos) return std::nullopt;
+    if (which == 1) return lf;
+    std::u16string crlf = Replaced(std::u16string_view(lf).substr(0, trailer), u"\n", u"\r\n");
+    crlf.append(lf, trailer);
+    return crlf;
 }
 
 std::size_t CrLfCount(std::u16string_view text) {
@@ -170,10 +179,13 @@ TransitDiagnosis DiagnoseTransitDamage(std::string_view bytes) {
     if (bytes.empty() || Intact(bytes)) return diagnosis;
     const std::optional<Decoded> decoded = DecodeAnyEncoding(bytes);
     if (!decoded) return diagnosis;
-    for (const std::u16string& candidate : LineBreakCandidates(decoded->text)) {
-        const std::string breaks = LineBreakChange(decoded->text, candidate);
+    for (int which = 0; which < kLineBreakCandidates; ++which) {
+        if (which == 0 && decoded->encoding.empty()) continue;  // the file as it is
+        const std::optional<std::u16string> candidate = LineBreakCandidate(decoded->text, which);
+        if (!candidate) break;
+        const std::string breaks = LineBreakChange(decoded->text, *candidate);
         if (decoded->encoding.empty() && breaks.empty()) continue;  // the file as it is
-        std::string restored = ReportBytes(candidate);
+        std::string restored = ReportBytes(*candidate);
         if (!Intact(restored)) continue;
         diagnosis.damage = JoinDamage(decoded->encoding, breaks);
         diagnosis.undone = diagnosis.damage;

@@ -1,98 +1,107 @@
 #include "reader/JsonIndent.h"
 
-#include <string>
+#include <utility>
 
 namespace report_model {
 
 namespace {
-
 constexpr int kIndentWidth = 2;
 constexpr std::size_t kPieceSize = 64 * 1024;
-
-class IndentedOutput {
-public:
-    explicit IndentedOutput(const std::function<void(std::string_view)>& sink) : sink_(sink) {
-        piece_.reserve(kPieceSize + 256);
-    }
-
-    void Char(char c) {
-        piece_ += c;
-        FlushIfFull();
-    }
-    void Text(std::string_view text) {
-        piece_ += text;
-        FlushIfFull();
-    }
-    void NewLine(int depth) {
-        piece_ += '\n';
-        piece_.append(static_cast<std::size_t>(depth * kIndentWidth), ' ');
-        FlushIfFull();
-    }
-    void Finish() {
-        if (!piece_.empty()) sink_(piece_);
-        piece_.clear();
-    }
-
-private:
-    void FlushIfFull() {
-        if (piece_.size() >= kPieceSize) Finish();
-    }
-    const std::function<void(std::string_view)>& sink_;
-    std::string piece_;
-};
-
-// The end of the string that starts at compact[at] (its opening quote), one
-// past its closing quote.
-std::size_t StringEnd(std::string_view compact, std::size_t at) {
-    for (std::size_t i = at + 1; i < compact.size(); ++i) {
-        if (compact[i] == '\\') ++i;
-        else if (compact[i] == '"') return i + 1;
-    }
-    return compact.size();
-}
-
 }  // namespace
 
-void IndentJson(std::string_view compact, const std::function<void(std::string_view)>& sink) {
-    IndentedOutput out(sink);
-    int depth = 0;
+JsonIndenter::JsonIndenter(std::function<void(std::string_view)> sink) : sink_(std::move(sink)) {
+    piece_.reserve(kPieceSize + 256);
+}
+
+void JsonIndenter::Add(std::string_view compact) {
     for (std::size_t at = 0; at < compact.size();) {
-        const char c = compact[at];
-        switch (c) {
-            case '"': {
-                const std::size_t end = StringEnd(compact, at);
-                out.Text(compact.substr(at, end - at));
-                at = end;
+        if (inString_) {
+            at = CopyString(compact, at);
+            continue;
+        }
+        const char c = compact[at++];
+        if (justOpened_) {
+            justOpened_ = false;
+            if (c == '}' || c == ']') {
+                Char(c);
                 continue;
             }
+            NewLine(++depth_);
+        }
+        switch (c) {
+            case '"':
+                Char(c);
+                inString_ = true;
+                break;
             case '{':
             case '[':
-                out.Char(c);
-                if (at + 1 < compact.size() && (compact[at + 1] == '}' || compact[at + 1] == ']')) {
-                    out.Char(compact[at + 1]);  // an empty object or array stays on its line: {} []
-                    at += 2;
-                    continue;
-                }
-                out.NewLine(++depth);
+                Char(c);
+                justOpened_ = true;
                 break;
             case '}':
             case ']':
-                out.NewLine(--depth);
-                out.Char(c);
+                NewLine(--depth_);
+                Char(c);
                 break;
             case ',':
-                out.Char(',');
-                out.NewLine(depth);
+                Char(',');
+                NewLine(depth_);
                 break;
             case ':':
-                out.Text(": ");
+                Text(": ");
                 break;
             default:
-                out.Char(c);
+                Char(c);
         }
-        ++at;
     }
-    out.Finish();
+}
+
+// A string's characters from compact[at] on, up to its closing quote or the
+// end of the piece; where the next character is to be read.
+std::size_t JsonIndenter::CopyString(std::string_view compact, std::size_t at) {
+    std::size_t end = at;
+    while (end < compact.size() && inString_) {
+        const char c = compact[end++];
+        if (escaped_)
+            escaped_ = false;
+        else if (c == '\\')
+            escaped_ = true;
+        else if (c == '"')
+            inString_ = false;
+    }
+    Text(compact.substr(at, end - at));
+    return end;
+}
+
+void JsonIndenter::Finish() {
+    if (!piece_.empty()) sink_(piece_);
+    piece_.clear();
+}
+
+void JsonIndenter::Char(char c) {
+    piece_ += c;
+    FlushIfFull();
+}
+
+void JsonIndenter::Text(std::string_view text) {
+    piece_ += text;
+    FlushIfFull();
+}
+
+void JsonIndenter::NewLine(int depth) {
+    piece_ += '\n';
+    piece_.append(static_cast<std::size_t>(depth * kIndentWidth), ' ');
+    FlushIfFull();
+}
+
+void JsonIndenter::FlushIfFull() {
+    if (piece_.size() >= kPieceSize) Finish();
+}
+
+void IndentJson(std::string_view compact, const std::function<void(std::string_view)>& sink) {
+    JsonIndenter indenter(sink);
+    indenter.Add(compact);
+    indenter.Finish();
 }
 
 }  // namespace report_model

@@ -240,8 +240,8 @@ private:
             json.Null();
         json.String(report_model::ChecksumText(e.attributes));
         json.Signed(e.size);
-        json.String(e.created.printed);
-        json.String(e.written.printed);
+        json.String(e.created.Printed());
+        json.String(e.written.Printed());
         json.String(e.name);
         json.String(e.version);
         OptionalString(json, e.accessList);

@@ -1,8 +1,9 @@
 #include "reader/ReportDiff.h"
 
 #include <algorithm>
-#include <map>
-#include <set>
+#include <numeric>
+#include <span>
+#include <type_traits>
 #include <utility>
 
 #include "format/LineForms.h"
@@ -16,19 +17,12 @@ using namespace lineform;
 
 namespace {
 
-// One comparable value. A subject's own item (field "") stands for the whole
-// subject; its value is a short summary shown when it is added or removed.
-struct Item {
-    std::string section, subject, field;
-    std::optional<std::string> value;
-    std::string directory, entry;     // Change's
-    std::optional<EntryFacts> facts;  // a directory entry's own item
-};
-
-constexpr std::string_view kSectionOrder[] = {kProgramHeading.Name(),  kHostHeading.Name(),
-                                              kWindowsHeading.Name(),  kHardwareHeading.Name(),
-                                              kNetworkHeading.Name(),  kInstallationHeading.Name(),
-                                              "Unrecognised lines"};
+// The sections in the order the comparison tells them, which is also the
+// order in which a report's values follow one another.
+enum SectionIndex : std::size_t { kProgram, kHost, kWindows, kHardware, kNetwork, kInstallation, kUnrecognised };
+constexpr std::string_view kSectionOrder[] = {
+    kProgramHeading.Name(), kHostHeading.Name(),         kWindowsHeading.Name(), kHardwareHeading.Name(),
+    kNetworkHeading.Name(), kInstallationHeading.Name(), "Unrecognised lines"};
 
 // "Registry installation data" of "* Registry installation data:".
 std::string ListHeadingTitle(std::string_view heading) {
@@ -36,169 +30,405 @@ std::string ListHeadingTitle(std::string_view heading) {
     return std::string(heading.substr(0, heading.size() - 1));  // less its colon
 }
 
-std::string Key(const Item& item) {
-    return item.section + '\x1f' + item.subject + '\x1f' + item.field;
-}
-std::string SubjectKey(const Item& item) {
-    return item.section + '\x1f' + item.subject;
-}
-
 std::string K(std::int64_t kilobytes) {
     return SignedText(kilobytes) + "K";
 }
 
-class Flattener {
+// A value as the report prints it, or nothing without its line.
+using Value = std::optional<std::string>;
+
+template <typename T>
+Value UnsignedOf(const std::optional<T>& v) {
+    return v ? Value(UnsignedText(*v)) : std::nullopt;
+}
+template <typename T>
+Value SignedOf(const std::optional<T>& v) {
+    return v ? Value(SignedText(*v)) : std::nullopt;
+}
+template <typename T, typename Show>
+Value ShownOf(const std::optional<T>& v, Show show) {
+    return v ? Value(show(*v)) : std::nullopt;
+}
+// One figure or text of a line that holds several (memory, volume C).
+template <typename Line, typename Part, typename Show>
+Value PartOf(const std::optional<Line>& line, Part Line::*part, Show show) {
+    return line ? Value(show((*line).*part)) : std::nullopt;
+}
+const std::string& Same(const std::string& text) {
+    return text;
+}
+Value Flag(bool set) {
+    return set ? Value("yes") : std::nullopt;
+}
+
+// One labelled value of a thing compared, read from the model when asked
+// for: a large report's values are never all made into text at once.
+template <typename T>
+struct Field {
+    std::string_view name;
+    Value (*value)(const T&);
+};
+
+constexpr Field<ProgramSection> kProgramFields[] = {
+    {"name", [](const ProgramSection& p) { return p.name; }},
+    {"version", [](const ProgramSection& p) { return p.version; }},
+    {kProgramDirectory.Name(), [](const ProgramSection& p) { return p.directory; }},
+    {kAdministratorLine.Name(),
+     [](const ProgramSection& p) { return p.heading.present ? Value(p.elevated ? "yes" : "no") : std::nullopt; }},
+};
+
+Value NamePart(const HostSection& h, const std::string& part) {
+    return h.hasNameLine ? Value(part) : std::nullopt;
+}
+constexpr Field<HostSection> kHostFields[] = {
+    {"name", [](const HostSection& h) { return NamePart(h, h.netbiosName); }},
+    {"domain", [](const HostSection& h) { return NamePart(h, h.domain); }},
+    {"WMI name", [](const HostSection& h) { return NamePart(h, h.wmiName); }},
+    {kUser.Name(), [](const HostSection& h) { return h.user; }},
+};
+
+constexpr Field<WindowsSection> kWindowsFields[] = {
+    {kVersionReported.Name(),
+     [](const WindowsSection& w) { return w.hasVersionReported ? Value(VersionReportedValue(w)) : std::nullopt; }},
+    {kRealVersion.Name(), [](const WindowsSection& w) { return w.realVersion; }},
+    {kProductId.Name(), [](const WindowsSection& w) { return w.productId; }},
+    {kSystemPath.Name(), [](const WindowsSection& w) { return w.systemPath; }},
+    {kProgramFilesPath.Name(), [](const WindowsSection& w) { return w.programFilesPath; }},
+    {kCommonAppDataPath.Name(), [](const WindowsSection& w) { return w.commonAppDataPath; }},
+};
+
+constexpr Field<HardwareSection> kHardwareFields[] = {
+    {kSystemBits.Name(),
+     [](const HardwareSection& h) {
+         return ShownOf(h.bits,
+                        [](std::uint32_t bits) { return UnsignedText(bits) + std::string(kBitsUnit.Narrow()); });
+     }},
+    {kBios.Name(), [](const HardwareSection& h) { return h.bios; }},
+    {kBoard.Name(), [](const HardwareSection& h) { return h.board; }},
+    {kProcessorCount.Name(), [](const HardwareSection& h) { return UnsignedOf(h.processorCount); }},
+    {kProcessor.Name(), [](const HardwareSection& h) { return ShownOf(h.processor, ProcessorValue); }},
+    {kActiveProcessorMask.Name(), [](const HardwareSection& h) { return UnsignedOf(h.activeProcessorMask); }},
+    {kPageSize.Name(), [](const HardwareSection& h) { return UnsignedOf(h.pageSize); }},
+    {kApplicationAddresses.Name(),
+     [](const HardwareSection& h) { return ShownOf(h.applicationAddresses, AddressesValue); }},
+    {"memory physical", [](const HardwareSection& h) { return PartOf(h.memory, &MemoryLine::physicalK, K); }},
+    {"memory virtual", [](const HardwareSection& h) { return PartOf(h.memory, &MemoryLine::virtualK, K); }},
+    {"memory paging", [](const HardwareSection& h) { return PartOf(h.memory, &MemoryLine::pagingK, K); }},
+    {"C volume serial", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::serial, Same); }},
+    {"C volume flags", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::flags, Same); }},
+    {"C volume file system", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::fileSystem, Same); }},
+    {"C volume total", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::totalK, K); }},
+    {"C volume free", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::freeK, K); }},
+    {"C volume user", [](const HardwareSection& h) { return PartOf(h.volume, &VolumeLine::userK, K); }},
+};
+
+constexpr Field<NetworkSection> kNetworkFields[] = {
+    {"memory allocation failed", [](const NetworkSection& n) { return Flag(n.allocationFailed); }},
+    {"GetAdaptersAddresses failed with error", [](const NetworkSection& n) { return SignedOf(n.enumerationError); }},
+    {"no addresses were found", [](const NetworkSection& n) { return Flag(n.noAddressesFound); }},
+    {kErrorText.Name(), [](const NetworkSection& n) { return n.errorText; }},
+};
+
+constexpr Field<Adapter> kAdapterFields[] = {
+    {kIfIndex.Name(), [](const Adapter& a) { return UnsignedOf(a.ifIndex); }},
+    {kUnicastAddresses.Name(), [](const Adapter& a) { return UnsignedOf(a.unicastCount); }},
+    {kAnycastAddresses.Name(), [](const Adapter& a) { return UnsignedOf(a.anycastCount); }},
+    {kMulticastAddresses.Name(), [](const Adapter& a) { return UnsignedOf(a.multicastCount); }},
+    {kDnsServerAddresses.Name(), [](const Adapter& a) { return UnsignedOf(a.dnsServerCount); }},
+    {kDnsSuffix.Name(), [](const Adapter& a) { return a.dnsSuffix; }},
+    {kDescription.Name(), [](const Adapter& a) { return a.description; }},
+    {kFriendlyName.Name(), [](const Adapter& a) { return a.friendlyName; }},
+    {kPhysicalAddress.Name(), [](const Adapter& a) { return a.physicalAddress; }},
+    {kFlags.Name(), [](const Adapter& a) { return SignedOf(a.flags); }},
+    {kMtu.Name(), [](const Adapter& a) { return UnsignedOf(a.mtu); }},
+    {kIfType.Name(), [](const Adapter& a) { return SignedOf(a.ifType); }},
+    {kOperStatus.Name(), [](const Adapter& a) { return SignedOf(a.operStatus); }},
+    {kIpv6IfIndex.Name(), [](const Adapter& a) { return UnsignedOf(a.ipv6IfIndex); }},
+    {kZoneIndices.Name(), [](const Adapter& a) { return ShownOf(a.zoneIndices, ZoneIndicesValue); }},
+    {kPrefixEntries.Name(), [](const Adapter& a) { return UnsignedOf(a.prefixCount); }},
+};
+
+constexpr Field<Directory> kDirectoryFields[] = {
+    {"path", [](const Directory& d) { return d.path; }},
+};
+
+constexpr Field<DirectoryEntry> kEntryFields[] = {
+    {"version", [](const DirectoryEntry& e) { return Value(e.version); }},
+    {"size", [](const DirectoryEntry& e) { return Value(SignedText(e.size)); }},
+    {"created", [](const DirectoryEntry& e) { return Value(e.created.Printed()); }},
+    {"written", [](const DirectoryEntry& e) { return Value(e.written.Printed()); }},
+    {"attributes", [](const DirectoryEntry& e) { return Value(ChecksumText(e.attributes)); }},
+    {"ACL", [](const DirectoryEntry& e) { return e.accessList; }},
+    {"content", [](const DirectoryEntry& e) { return e.content; }},
+};
+
+// The things of one list (adapters, a directory's entries...) by name, each
+// with its rank among those of its name (1 for the first; only an edited
+// report names two alike), found again by name and rank. Positions sorted
+// by name: a few bytes a thing, where a map of names would copy them all.
+template <typename Thing>
+class NameIndex {
 public:
-    std::vector<Item> Run(const Report& r) {
-        Program(r.program);
-        Host(r.host);
-        Windows(r.windows);
-        Hardware(r.hardware);
-        Network(r.network);
-        Installation(r.installation);
-        for (const UnrecognisedLine& u : r.unrecognised)
-            AddSubject("Unrecognised lines", "\"" + u.text + "\"", "line " + UnsignedText(u.line));
-        return std::move(items_);
+    using NameOf = std::string_view (*)(const Thing&);
+
+    NameIndex(const std::vector<Thing>& things, NameOf nameOf)
+        : things_(&things), nameOf_(nameOf), order_(things.size()), ranks_(things.size()) {
+        std::iota(order_.begin(), order_.end(), std::uint32_t{0});
+        std::stable_sort(order_.begin(), order_.end(),
+                         [&](std::uint32_t a, std::uint32_t b) { return Name(a) < Name(b); });
+        for (std::size_t j = 0; j < order_.size(); ++j)
+            ranks_[order_[j]] = j > 0 && Name(order_[j - 1]) == Name(order_[j]) ? ranks_[order_[j - 1]] + 1 : 1;
+    }
+
+    std::string_view Name(std::size_t at) const { return nameOf_((*things_)[at]); }
+    std::uint32_t Rank(std::size_t at) const { return ranks_[at]; }
+
+    std::optional<std::size_t> Find(std::string_view name, std::uint32_t rank) const {
+        const auto first = std::lower_bound(order_.begin(), order_.end(), name,
+                                            [&](std::uint32_t at, std::string_view n) { return Name(at) < n; });
+        const std::size_t at = static_cast<std::size_t>(first - order_.begin()) + rank - 1;
+        if (at >= order_.size() || Name(order_[at]) != name) return std::nullopt;
+        return order_[at];
+    }
+    // Where the thing of `other` at `at` stands here.
+    std::optional<std::size_t> Find(const NameIndex& other, std::size_t at) const {
+        return Find(other.Name(at), other.Rank(at));
     }
 
 private:
-    void Add(const std::string& section, const std::string& subject, std::string_view field,
-             std::optional<std::string> value) {
-        items_.push_back({section, subject, std::string(field), std::move(value), directory_, entry_, {}});
-    }
-    // Subjects are matched by name; a name that comes twice (only an edited
-    // report can do that) is told apart by its rank.
-    std::string AddSubject(const std::string& section, std::string subject, std::string summary) {
-        const int rank = ++seen_[section + '\x1f' + subject];
-        if (rank > 1) subject += " (" + std::to_string(rank) + ")";
-        Add(section, subject, "", std::move(summary));
-        return subject;
-    }
+    const std::vector<Thing>* things_;
+    NameOf nameOf_;
+    std::vector<std::uint32_t> order_;  // positions, by name, then in list order
+    std::vector<std::uint32_t> ranks_;  // by position
+};
 
-    void Program(const ProgramSection& p) {
-        const std::string s(kProgramHeading.Name());
-        Add(s, "", "name", p.name);
-        Add(s, "", "version", p.version);
-        Add(s, "", kProgramDirectory.Name(), p.directory);
-        Add(s, "", kAdministratorLine.Name(), p.heading.present ? std::optional<std::string>(p.elevated ? "yes" : "no")
-                                                                  : std::nullopt);
-    }
+// What the comparison matches from one report to the other: a section's own
+// values, an adapter (by name), a directory (by kind), a directory entry (by
+// directory and name), the registry data, an unrecognised line (by text).
+// All but a section's values and the registry data also stand as a whole,
+// added or removed, through an item of their own before their values.
+enum class SubjectKind { Values, Adapter, Directory, Entry, Registry, Unrecognised };
 
-    void Host(const HostSection& h) {
-        const std::string s(kHostHeading.Name());
-        const auto part = [&](const std::string& v) { return h.hasNameLine ? std::optional(v) : std::nullopt; };
-        Add(s, "", "name", part(h.netbiosName));
-        Add(s, "", "domain", part(h.domain));
-        Add(s, "", "WMI name", part(h.wmiName));
-        Add(s, "", kUser.Name(), h.user);
-    }
+struct Subject {
+    SubjectKind kind = SubjectKind::Values;
+    std::size_t section = kProgram;
+    std::size_t index = 0;      // the adapter's, directory's or unrecognised line's place in its list
+    std::size_t entry = 0;      // an entry's place in its directory
+    std::size_t firstItem = 0;  // where its first item stands among all the report's items
+};
 
-    void Windows(const WindowsSection& w) {
-        const std::string s(kWindowsHeading.Name());
-        Add(s, "", kVersionReported.Name(),
-            w.hasVersionReported ? std::optional(VersionReportedValue(w)) : std::nullopt);
-        Add(s, "", kRealVersion.Name(), w.realVersion);
-        Add(s, "", kProductId.Name(), w.productId);
-        Add(s, "", kSystemPath.Name(), w.systemPath);
-        Add(s, "", kProgramFilesPath.Name(), w.programFilesPath);
-        Add(s, "", kCommonAppDataPath.Name(), w.commonAppDataPath);
-    }
+bool StandsAsAWhole(SubjectKind kind) {
+    return kind != SubjectKind::Values && kind != SubjectKind::Registry;
+}
 
-    void Hardware(const HardwareSection& h) {
-        const std::string s(kHardwareHeading.Name());
-        const auto num = [](const auto& v) {
-            return v ? std::optional<std::string>(UnsignedText(*v)) : std::nullopt;
-        };
-        Add(s, "", kSystemBits.Name(),
-            h.bits ? std::optional(UnsignedText(*h.bits) + std::string(kBitsUnit.Narrow())) : std::nullopt);
-        Add(s, "", kBios.Name(), h.bios);
-        Add(s, "", kBoard.Name(), h.board);
-        Add(s, "", kProcessorCount.Name(), num(h.processorCount));
-        Add(s, "", kProcessor.Name(), h.processor ? std::optional(ProcessorValue(*h.processor)) : std::nullopt);
-        Add(s, "", kActiveProcessorMask.Name(), num(h.activeProcessorMask));
-        Add(s, "", kPageSize.Name(), num(h.pageSize));
-        Add(s, "", kApplicationAddresses.Name(),
-            h.applicationAddresses ? std::optional(AddressesValue(*h.applicationAddresses)) : std::nullopt);
-        const auto& m = h.memory;
-        Add(s, "", "memory physical", m ? std::optional(K(m->physicalK)) : std::nullopt);
-        Add(s, "", "memory virtual", m ? std::optional(K(m->virtualK)) : std::nullopt);
-        Add(s, "", "memory paging", m ? std::optional(K(m->pagingK)) : std::nullopt);
-        const auto& v = h.volume;
-        Add(s, "", "C volume serial", v ? std::optional(v->serial) : std::nullopt);
-        Add(s, "", "C volume flags", v ? std::optional(v->flags) : std::nullopt);
-        Add(s, "", "C volume file system", v ? std::optional(v->fileSystem) : std::nullopt);
-        Add(s, "", "C volume total", v ? std::optional(K(v->totalK)) : std::nullopt);
-        Add(s, "", "C volume free", v ? std::optional(K(v->freeK)) : std::nullopt);
-        Add(s, "", "C volume user", v ? std::optional(K(v->userK)) : std::nullopt);
-    }
+std::string Ranked(std::string text, std::uint32_t rank) {
+    return rank > 1 ? text + " (" + std::to_string(rank) + ")" : text;
+}
 
-    void Network(const NetworkSection& n) {
-        const std::string s(kNetworkHeading.Name());
-        const auto flag = [](bool b) { return b ? std::optional<std::string>("yes") : std::nullopt; };
-        Add(s, "", "memory allocation failed", flag(n.allocationFailed));
-        Add(s, "", "GetAdaptersAddresses failed with error",
-            n.enumerationError ? std::optional(SignedText(*n.enumerationError)) : std::nullopt);
-        Add(s, "", "no addresses were found", flag(n.noAddressesFound));
-        Add(s, "", kErrorText.Name(), n.errorText);
-        for (const Adapter& a : n.adapters) {
-            const std::string subject =
-                AddSubject(s, "adapter " + a.name, a.friendlyName ? "friendly name " + *a.friendlyName : "");
-            const auto u = [](const auto& v) {
-                return v ? std::optional<std::string>(UnsignedText(*v)) : std::nullopt;
-            };
-            const auto i = [](const auto& v) {
-                return v ? std::optional<std::string>(SignedText(*v)) : std::nullopt;
-            };
-            Add(s, subject, kIfIndex.Name(), u(a.ifIndex));
-            Add(s, subject, kUnicastAddresses.Name(), u(a.unicastCount));
-            Add(s, subject, kAnycastAddresses.Name(), u(a.anycastCount));
-            Add(s, subject, kMulticastAddresses.Name(), u(a.multicastCount));
-            Add(s, subject, kDnsServerAddresses.Name(), u(a.dnsServerCount));
-            Add(s, subject, kDnsSuffix.Name(), a.dnsSuffix);
-            Add(s, subject, kDescription.Name(), a.description);
-            Add(s, subject, kFriendlyName.Name(), a.friendlyName);
-            Add(s, subject, kPhysicalAddress.Name(), a.physicalAddress);
-            Add(s, subject, kFlags.Name(), i(a.flags));
-            Add(s, subject, kMtu.Name(), u(a.mtu));
-            Add(s, subject, kIfType.Name(), i(a.ifType));
-            Add(s, subject, kOperStatus.Name(), i(a.operStatus));
-            Add(s, subject, kIpv6IfIndex.Name(), u(a.ipv6IfIndex));
-            Add(s, subject, kZoneIndices.Name(),
-                a.zoneIndices ? std::optional(ZoneIndicesValue(*a.zoneIndices)) : std::nullopt);
-            Add(s, subject, kPrefixEntries.Name(), u(a.prefixCount));
+// One report's side of a comparison: its subjects in order, each one's items
+// numbered in a single sequence (which orders the changes told), and the
+// indices that find a subject of the other report here.
+class Side {
+public:
+    explicit Side(const Report& report)
+        : r_(report),
+          adapters_(report.network.adapters, [](const Adapter& a) { return std::string_view(a.name); }),
+          directories_(report.installation.directories, [](const Directory& d) { return DirectoryKindName(d.kind); }),
+          registry_(report.installation.registryValues,
+                    [](const RegistryValue& v) { return std::string_view(v.name); }),
+          unrecognised_(report.unrecognised, [](const UnrecognisedLine& u) { return std::string_view(u.text); }) {
+        std::size_t item = 0;
+        for (std::size_t section = kProgram; section <= kNetwork; ++section) {
+            valuesFirst_[section] = item;
+            item += FieldCount(ValuesSubject(section));
         }
+        adaptersFirst_ = item;
+        item += r_.network.adapters.size() * (1 + std::size(kAdapterFields));
+        entries_.reserve(r_.installation.directories.size());
+        for (const Directory& d : r_.installation.directories) {
+            directoryFirst_.push_back(item);
+            item += 1 + std::size(kDirectoryFields) + d.entries.size() * (1 + std::size(kEntryFields));
+            entries_.emplace_back(d.entries, [](const DirectoryEntry& e) { return std::string_view(e.name); });
+        }
+        registryFirst_ = item;
+        unrecognisedFirst_ = item + r_.installation.registryValues.size();
     }
 
-    void Installation(const InstallationSection& inst) {
-        const std::string s(kInstallationHeading.Name());
-        for (const Directory& d : inst.directories) {
-            directory_ = DirectoryName(d.kind);
-            const std::string dir = AddSubject(s, directory_, d.path.value_or(""));
-            Add(s, dir, "path", d.path);
-            for (const DirectoryEntry& e : d.entries) {
-                std::string summary = "size " + SignedText(e.size);
-                if (!e.version.empty()) summary = "version " + e.version + ", " + summary;
-                entry_ = e.name;
-                const std::string subject = AddSubject(s, dir + ": " + e.name, summary);
-                items_.back().facts = EntryFacts{e.version, e.size, e.created, e.written};
-                Add(s, subject, "version", e.version);
-                Add(s, subject, "size", SignedText(e.size));
-                Add(s, subject, "created", e.created.printed);
-                Add(s, subject, "written", e.written.printed);
-                Add(s, subject, "attributes", ChecksumText(e.attributes));
-                Add(s, subject, "ACL", e.accessList);
-                Add(s, subject, "content", e.content);
-                entry_.clear();
+    // Each subject of a section, in the report's order.
+    template <typename Visit>
+    void ForEachSubject(std::size_t section, Visit visit) const {
+        if (section < kInstallation) visit(ValuesSubject(section));
+        if (section == kNetwork)
+            for (std::size_t i = 0; i < r_.network.adapters.size(); ++i) visit(AdapterSubject(i));
+        if (section == kInstallation) {
+            for (std::size_t d = 0; d < r_.installation.directories.size(); ++d) {
+                visit(DirectorySubject(d));
+                for (std::size_t e = 0; e < r_.installation.directories[d].entries.size(); ++e)
+                    visit(EntrySubject(d, e));
             }
-            directory_.clear();
+            visit(RegistrySubject());
         }
-        for (const RegistryValue& v : inst.registryValues)
-            Add(s, ListHeadingTitle(kRegistryDataHeading.Narrow()), v.name, v.number ? SignedText(*v.number) : v.text.value_or(""));
+        if (section == kUnrecognised)
+            for (std::size_t i = 0; i < r_.unrecognised.size(); ++i) visit(UnrecognisedSubject(i));
     }
 
-    std::vector<Item> items_;
-    std::map<std::string, int> seen_;
-    std::string directory_, entry_;  // of the items being added
+    // The subject here that `s` of `other` stands for.
+    std::optional<Subject> Find(const Side& other, const Subject& s) const {
+        const auto then = [](std::optional<std::size_t> at, auto make) {
+            return at ? std::optional<Subject>(make(*at)) : std::nullopt;
+        };
+        switch (s.kind) {
+            case SubjectKind::Values: return ValuesSubject(s.section);
+            case SubjectKind::Registry: return RegistrySubject();
+            case SubjectKind::Adapter:
+                return then(adapters_.Find(other.adapters_, s.index), [&](std::size_t i) { return AdapterSubject(i); });
+            case SubjectKind::Directory:
+                return then(directories_.Find(other.directories_, s.index),
+                            [&](std::size_t d) { return DirectorySubject(d); });
+            case SubjectKind::Entry: {
+                const auto d = directories_.Find(other.directories_, s.index);
+                if (!d) return std::nullopt;
+                return then(entries_[*d].Find(other.entries_[s.index], s.entry),
+                            [&](std::size_t e) { return EntrySubject(*d, e); });
+            }
+            case SubjectKind::Unrecognised:
+                return then(unrecognised_.Find(other.unrecognised_, s.index),
+                            [&](std::size_t i) { return UnrecognisedSubject(i); });
+        }
+        return std::nullopt;
+    }
+
+    std::size_t FieldCount(const Subject& s) const {
+        if (s.kind == SubjectKind::Registry) return r_.installation.registryValues.size();
+        return OnFields(s, [](const auto& fields, const auto&) { return std::size(fields); });
+    }
+    std::string_view FieldName(const Subject& s, std::size_t k) const {
+        if (s.kind == SubjectKind::Registry) return registry_.Name(k);
+        return OnFields(s, [&](const auto& fields, const auto&) { return fields[k].name; });
+    }
+    Value FieldValue(const Subject& s, std::size_t k) const {
+        if (s.kind == SubjectKind::Registry) {
+            const RegistryValue& v = r_.installation.registryValues[k];
+            return v.number ? SignedText(*v.number) : v.text.value_or("");
+        }
+        return OnFields(s, [&](const auto& fields, const auto& object) { return fields[k].value(object); });
+    }
+    // Which of this subject's fields is the one named so (the first of
+    // that name).
+    std::optional<std::size_t> FieldNamed(const Subject& s, std::string_view name, std::size_t k) const {
+        if (s.kind == SubjectKind::Registry) return registry_.Find(name, 1);
+        return k;  // the same kind of subject has the same fields
+    }
+    // Where a subject's values start among the report's items.
+    std::size_t FieldsFirst(const Subject& s) const { return s.firstItem + (StandsAsAWhole(s.kind) ? 1 : 0); }
+
+    // The value of a subject's own item: a short summary of it.
+    Value Summary(const Subject& s) const {
+        switch (s.kind) {
+            case SubjectKind::Adapter: {
+                const auto& name = r_.network.adapters[s.index].friendlyName;
+                return name ? "friendly name " + *name : "";
+            }
+            case SubjectKind::Directory: return DirectoryAt(s).path.value_or("");
+            case SubjectKind::Entry: {
+                const DirectoryEntry& e = EntryAt(s);
+                const std::string size = "size " + SignedText(e.size);
+                return e.version.empty() ? size : "version " + e.version + ", " + size;
+            }
+            case SubjectKind::Unrecognised: return "line " + UnsignedText(r_.unrecognised[s.index].line);
+            case SubjectKind::Values:
+            case SubjectKind::Registry: break;
+        }
+        return std::nullopt;
+    }
+
+    // The subject as a change names it: "adapter {...}", "Standard
+    // installation directory: tool.dll", a rank after a name that comes twice.
+    std::string SubjectText(const Subject& s) const {
+        switch (s.kind) {
+            case SubjectKind::Values: return {};
+            case SubjectKind::Registry: return ListHeadingTitle(kRegistryDataHeading.Narrow());
+            case SubjectKind::Adapter:
+                return Ranked("adapter " + r_.network.adapters[s.index].name, adapters_.Rank(s.index));
+            case SubjectKind::Directory: return Ranked(DirectoryName(DirectoryAt(s).kind), directories_.Rank(s.index));
+            case SubjectKind::Entry:
+                return Ranked(SubjectText(DirectorySubject(s.index)) + ": " + EntryAt(s).name,
+                              entries_[s.index].Rank(s.entry));
+            case SubjectKind::Unrecognised:
+                return Ranked("\"" + r_.unrecognised[s.index].text + "\"", unrecognised_.Rank(s.index));
+        }
+        return {};
+    }
+
+    // A change's directory and entry names, as Change has them.
+    std::string DirectoryNameOf(const Subject& s) const {
+        const bool inDirectory = s.kind == SubjectKind::Directory || s.kind == SubjectKind::Entry;
+        return inDirectory ? DirectoryName(DirectoryAt(s).kind) : std::string();
+    }
+    std::string EntryNameOf(const Subject& s) const {
+        return s.kind == SubjectKind::Entry ? EntryAt(s).name : std::string();
+    }
+    std::optional<EntryFacts> FactsOf(const Subject& s) const {
+        if (s.kind != SubjectKind::Entry) return std::nullopt;
+        const DirectoryEntry& e = EntryAt(s);
+        return EntryFacts{e.version, e.size, e.created, e.written};
+    }
+
+private:
+    Subject ValuesSubject(std::size_t section) const {
+        return {SubjectKind::Values, section, 0, 0, section <= kNetwork ? valuesFirst_[section] : 0};
+    }
+    Subject AdapterSubject(std::size_t i) const {
+        return {SubjectKind::Adapter, kNetwork, i, 0, adaptersFirst_ + i * (1 + std::size(kAdapterFields))};
+    }
+    Subject DirectorySubject(std::size_t d) const {
+        return {SubjectKind::Directory, kInstallation, d, 0, directoryFirst_[d]};
+    }
+    Subject EntrySubject(std::size_t d, std::size_t e) const {
+        const std::size_t first =
+            directoryFirst_[d] + 1 + std::size(kDirectoryFields) + e * (1 + std::size(kEntryFields));
+        return {SubjectKind::Entry, kInstallation, d, e, first};
+    }
+    Subject RegistrySubject() const { return {SubjectKind::Registry, kInstallation, 0, 0, registryFirst_}; }
+    Subject UnrecognisedSubject(std::size_t i) const {
+        return {SubjectKind::Unrecognised, kUnrecognised, i, 0, unrecognisedFirst_ + i};
+    }
+
+    const Directory& DirectoryAt(const Subject& s) const { return r_.installation.directories[s.index]; }
+    const DirectoryEntry& EntryAt(const Subject& s) const { return DirectoryAt(s).entries[s.entry]; }
+
+    // `visit(fields, object)` with the table of fields of the subject's kind
+    // and the model's object it reads them from.
+    template <typename Visit>
+    auto OnFields(const Subject& s, Visit visit) const
+        -> std::invoke_result_t<Visit&, decltype(kNetworkFields)&, const NetworkSection&> {
+        switch (s.kind) {
+            case SubjectKind::Adapter: return visit(kAdapterFields, r_.network.adapters[s.index]);
+            case SubjectKind::Directory: return visit(kDirectoryFields, DirectoryAt(s));
+            case SubjectKind::Entry: return visit(kEntryFields, EntryAt(s));
+            case SubjectKind::Unrecognised:
+                return visit(std::span<const Field<UnrecognisedLine>>(), r_.unrecognised[s.index]);
+            case SubjectKind::Values:
+            case SubjectKind::Registry: break;
+        }
+        switch (s.section) {
+            case kProgram: return visit(kProgramFields, r_.program);
+            case kHost: return visit(kHostFields, r_.host);
+            case kWindows: return visit(kWindowsFields, r_.windows);
+            case kHardware: return visit(kHardwareFields, r_.hardware);
+            default: return visit(kNetworkFields, r_.network);
+        }
+    }
+
+    const Report& r_;
+    NameIndex<Adapter> adapters_;
+    NameIndex<Directory> directories_;
+    NameIndex<RegistryValue> registry_;
+    NameIndex<UnrecognisedLine> unrecognised_;
+    std::vector<NameIndex<DirectoryEntry>> entries_;  // by directory
+    std::size_t valuesFirst_[kNetwork + 1] = {};
+    std::size_t adaptersFirst_ = 0, registryFirst_ = 0, unrecognisedFirst_ = 0;
+    std::vector<std::size_t> directoryFirst_;
 };
 
 // Where a change is told: at its place in the new report, and a thing the
@@ -211,14 +441,83 @@ struct PlacedChange {
     Change change;
 };
 
-void Emit(std::vector<PlacedChange>& out, Place place, const Item& item, ChangeKind kind,
-          std::optional<std::string> oldValue, std::optional<std::string> newValue) {
-    Change change{item.section, item.subject, item.field, kind, std::move(oldValue), std::move(newValue),
-                  item.directory, item.entry, {}, {}};
-    if (kind == ChangeKind::Removed) change.oldEntry = item.facts;
-    if (kind == ChangeKind::Added) change.newEntry = item.facts;
-    out.push_back({place, std::move(change)});
-}
+// One comparison, section by section: what the old report has (removed or
+// changed), then what only the new one has (added), in the order of places.
+class Comparison {
+public:
+    Comparison(const Report& oldReport, const Report& newReport) : old_(oldReport), new_(newReport) {}
+
+    std::vector<Change> Run() {
+        std::vector<Change> changes;
+        for (std::size_t section = kProgram; section <= kUnrecognised; ++section) {
+            placed_.clear();
+            old_.ForEachSubject(section, [&](const Subject& s) { FromOld(s); });
+            new_.ForEachSubject(section, [&](const Subject& s) { FromNew(s); });
+            std::stable_sort(placed_.begin(), placed_.end(),
+                             [](const PlacedChange& a, const PlacedChange& b) { return a.place < b.place; });
+            for (PlacedChange& p : placed_) changes.push_back(std::move(p.change));
+        }
+        return changes;
+    }
+
+private:
+    void FromOld(const Subject& o) {
+        const std::optional<Subject> n = new_.Find(old_, o);
+        if (StandsAsAWhole(o.kind)) {
+            if (!n)
+                return Emit(old_, o, {anchor_, o.firstItem + 1}, "", ChangeKind::Removed, old_.Summary(o),
+                            std::nullopt);
+            anchor_ = n->firstItem + 1;
+        }
+        for (std::size_t k = 0; k < old_.FieldCount(o); ++k) {
+            const std::string_view field = old_.FieldName(o, k);
+            const std::optional<std::size_t> m = n ? new_.FieldNamed(*n, field, k) : std::nullopt;
+            Place place{anchor_, old_.FieldsFirst(o) + k + 1};
+            if (m) {
+                anchor_ = new_.FieldsFirst(*n) + *m + 1;
+                place = {anchor_, 0};
+            }
+            Value oldValue = old_.FieldValue(o, k);
+            Value newValue = m ? new_.FieldValue(*n, *m) : std::nullopt;
+            if (oldValue != newValue)
+                Emit(old_, o, place, field, ChangeKind::Changed, std::move(oldValue), std::move(newValue));
+        }
+    }
+
+    void FromNew(const Subject& n) {
+        const std::optional<Subject> o = old_.Find(new_, n);
+        if (StandsAsAWhole(n.kind) && !o)
+            return Emit(new_, n, {n.firstItem + 1, 0}, "", ChangeKind::Added, std::nullopt, new_.Summary(n));
+        for (std::size_t k = 0; k < new_.FieldCount(n); ++k) {
+            const std::string_view field = new_.FieldName(n, k);
+            if (o && old_.FieldNamed(*o, field, k)) continue;  // told from the old report's side
+            if (Value value = new_.FieldValue(n, k))
+                Emit(new_, n, {new_.FieldsFirst(n) + k + 1, 0}, field, ChangeKind::Changed, std::nullopt,
+                     std::move(value));
+        }
+    }
+
+    void Emit(const Side& side, const Subject& s, Place place, std::string_view field, ChangeKind kind, Value oldValue,
+              Value newValue) {
+        Change change{std::string(kSectionOrder[s.section]),
+                      side.SubjectText(s),
+                      std::string(field),
+                      kind,
+                      std::move(oldValue),
+                      std::move(newValue),
+                      side.DirectoryNameOf(s),
+                      side.EntryNameOf(s),
+                      {},
+                      {}};
+        if (kind == ChangeKind::Removed) change.oldEntry = side.FactsOf(s);
+        if (kind == ChangeKind::Added) change.newEntry = side.FactsOf(s);
+        placed_.push_back({place, std::move(change)});
+    }
+
+    const Side old_, new_;
+    std::size_t anchor_ = 0;  // one past the new report's item that the last old item kept stands at
+    std::vector<PlacedChange> placed_;
+};
 
 }  // namespace
 
@@ -227,62 +526,8 @@ std::string DirectoryName(DirectoryKind kind) {
     return ListHeadingTitle(kRegistryDirectoryHeading.Narrow());
 }
 
-
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport) {
-    const std::vector<Item> oldItems = Flattener().Run(oldReport);
-    const std::vector<Item> newItems = Flattener().Run(newReport);
-    std::map<std::string, std::size_t> oldByKey, newByKey;
-    std::set<std::string> oldSubjects, newSubjects;
-    // Subjects with an item of their own come and go as a whole.
-    for (std::size_t i = 0; i < oldItems.size(); ++i) {
-        oldByKey.emplace(Key(oldItems[i]), i);
-        if (oldItems[i].field.empty()) oldSubjects.insert(SubjectKey(oldItems[i]));
-    }
-    for (std::size_t i = 0; i < newItems.size(); ++i) {
-        newByKey.emplace(Key(newItems[i]), i);
-        if (newItems[i].field.empty()) newSubjects.insert(SubjectKey(newItems[i]));
-    }
-    // Places count from 1 so that what the old report had before anything
-    // the new one keeps goes first.
-    std::vector<Place> oldPlaces(oldItems.size());
-    std::size_t anchor = 0;
-    for (std::size_t i = 0; i < oldItems.size(); ++i) {
-        const auto kept = newByKey.find(Key(oldItems[i]));
-        if (kept != newByKey.end()) anchor = kept->second + 1;
-        oldPlaces[i] = kept != newByKey.end() ? Place{anchor, 0} : Place{anchor, i + 1};
-    }
-    std::vector<Change> changes;
-    for (std::string_view section : kSectionOrder) {
-        std::vector<PlacedChange> placed;
-        for (std::size_t i = 0; i < oldItems.size(); ++i) {
-            const Item& o = oldItems[i];
-            if (o.section != section) continue;
-            if (oldSubjects.count(SubjectKey(o)) && !newSubjects.count(SubjectKey(o))) {
-                if (o.field.empty()) Emit(placed, oldPlaces[i], o, ChangeKind::Removed, o.value, std::nullopt);
-                continue;
-            }
-            if (o.field.empty()) continue;
-            const auto n = newByKey.find(Key(o));
-            const std::optional<std::string> newValue =
-                n == newByKey.end() ? std::nullopt : newItems[n->second].value;
-            if (o.value != newValue) Emit(placed, oldPlaces[i], o, ChangeKind::Changed, o.value, newValue);
-        }
-        for (std::size_t i = 0; i < newItems.size(); ++i) {
-            const Item& n = newItems[i];
-            if (n.section != section) continue;
-            const Place place{i + 1, 0};
-            if (newSubjects.count(SubjectKey(n)) && !oldSubjects.count(SubjectKey(n))) {
-                if (n.field.empty()) Emit(placed, place, n, ChangeKind::Added, std::nullopt, n.value);
-                continue;
-            }
-            if (n.field.empty() || oldByKey.count(Key(n))) continue;
-            if (n.value) Emit(placed, place, n, ChangeKind::Changed, std::nullopt, n.value);
-        }
-        std::stable_sort(placed.begin(), placed.end(),
-                         [](const PlacedChange& a, const PlacedChange& b) { return a.place < b.place; });
-        for (PlacedChange& p : placed) changes.push_back(std::move(p.change));
-    }
-    return changes;
+    return Comparison(oldReport, newReport).Run();
 }
 
 namespace {
@@ -404,8 +649,9 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
 
 namespace {
 nlohmann::ordered_json IsoOrNull(const CalendarStamp& stamp) {
-    if (stamp.iso.empty()) return nullptr;
-    return stamp.iso;
+    const std::optional<std::string> iso = stamp.Iso();
+    if (!iso) return nullptr;
+    return *iso;
 }
 
 nlohmann::ordered_json EntryFactsJson(const std::optional<EntryFacts>& facts) {
@@ -413,9 +659,9 @@ nlohmann::ordered_json EntryFactsJson(const std::optional<EntryFacts>& facts) {
     nlohmann::ordered_json json;
     json["version"] = facts->version;
     json["size"] = facts->size;
-    json["created"] = facts->created.printed;
+    json["created"] = facts->created.Printed();
     json["createdIso"] = IsoOrNull(facts->created);
-    json["written"] = facts->written.printed;
+    json["written"] = facts->written.Printed();
     json["writtenIso"] = IsoOrNull(facts->written);
     return json;
 }

@@ -1,10 +1,13 @@
 // What changed from one report to another, for `reportcheck diff`.
 //
-// Both reports are flattened into labelled values that carry the identity by
-// which they are matched: single values by their label, adapters by adapter
-// name, directories by kind, directory entries by directory kind and name,
-// registry values by name. The header (the time the report was taken) and
-// the line-break convention are not compared.
+// Both reports are read as labelled values that carry the identity by which
+// they are matched: single values by their label, adapters by adapter name,
+// directories by kind, directory entries by directory kind and name,
+// registry values by name (a name that comes twice, which only an edited
+// report has, by its rank too). Values are read from the models as they are
+// compared, so a comparison holds little beyond the two models. The header
+// (the time the report was taken) and the line-break convention are not
+// compared.
 #pragma once
 
 #include <cstdint>

@@ -189,10 +189,10 @@ void PutEntry(JsonWriter& json, const DirectoryEntry& e) {
     Member(json, "version", e.version);
     Member(json, "attributes", ChecksumText(e.attributes));
     Member(json, "size", e.size);
-    Member(json, "created", e.created.printed);
-    MemberIf(json, "createdIso", !e.created.iso.empty(), e.created.iso);
-    Member(json, "written", e.written.printed);
-    MemberIf(json, "writtenIso", !e.written.iso.empty(), e.written.iso);
+    Member(json, "created", e.created.Printed());
+    Member(json, "createdIso", e.created.Iso());
+    Member(json, "written", e.written.Printed());
+    Member(json, "writtenIso", e.written.Iso());
     Member(json, "accessList", e.accessList);
     Member(json, "content", e.content);
     json.Close('}');
@@ -253,6 +253,11 @@ void JsonWriter::Open(char bracket) {
 void JsonWriter::Close(char bracket) {
     out_ += bracket;
     comma_ = true;
+    constexpr std::size_t kDrainBytes = 64 * 1024;
+    if (drain_ && out_.size() >= kDrainBytes) {
+        drain_(out_);
+        out_.clear();
+    }
 }
 
 void JsonWriter::Key(std::string_view key) {
@@ -337,7 +342,7 @@ void WriteHeaderTime(JsonWriter& json, const std::optional<HeaderTime>& time) {
 }
 
 void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
-                     std::optional<std::int64_t> fileModified) {
+                     std::optional<std::int64_t> fileModified, const std::optional<TransitDamage>& transit) {
     json.Open('{');
     Member(json, "schemaVersion", kReportSchemaVersion);
     json.Key("integrity");
@@ -348,6 +353,15 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
     Member(json, "lineBreaks", report.lineBreaks.crlf ? "CR LF" : "LF");
     Member(json, "lineBreakExceptions", report.lineBreaks.exceptions);
     Member(json, "finalLineBreak", report.lineBreaks.finalLineBreak);
+    // Only when something is known, so that every other report's JSON stays
+    // as it was.
+    if (transit) {
+        json.Key("transitDamage");
+        json.Open('{');
+        Member(json, "damage", transit->damage);
+        Member(json, "repairable", transit->repairable);
+        json.Close('}');
+    }
     json.Close('}');
     Member(json, "lineCount", report.lineCount);
     json.Key("header");
@@ -394,10 +408,11 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
     json.Close('}');
 }
 
-Json ReportToJson(const Report& report, const ReportVerdict& verdict, std::optional<std::int64_t> fileModified) {
+Json ReportToJson(const Report& report, const ReportVerdict& verdict, std::optional<std::int64_t> fileModified,
+                  const std::optional<TransitDamage>& transit) {
     std::string text;
     JsonWriter json(text);
-    WriteReportJson(json, report, verdict, fileModified);
+    WriteReportJson(json, report, verdict, fileModified, transit);
     return Json::parse(text);
 }
 

@@ -22,11 +22,14 @@
 // is kept beside it; 0 means the line is not there.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "format/EntryText.h"
 
 namespace report_model {
 
@@ -150,9 +153,25 @@ struct NetworkSection {
 enum class DirectoryKind { Current, Standard, Registry, SharedParameters, SharedBatch };
 std::string_view DirectoryKindName(DirectoryKind kind);  // "current", "standard", ...
 
-struct CalendarStamp {
-    std::string printed;  // "07/03/2021  14:05:09"
-    std::string iso;      // "2021-03-07T14:05:09", local time as printed; empty when no real time
+// A directory entry's time as the report prints it, "07/03/2021  14:05:09"
+// (day first, local time). A large report holds two per entry, hundreds of
+// thousands of them: each is kept as its numbers (8 bytes, where the two
+// texts took 128) and written out again when asked for.
+class CalendarStamp {
+public:
+    // Nothing when the text is not a time in the report's form.
+    static std::optional<CalendarStamp> FromPrinted(std::string_view printed);
+    std::string Printed() const;  // "07/03/2021  14:05:09", exactly as read
+    // "2021-03-07T14:05:09", local time as printed; nothing when the numbers
+    // name no real time ("31/02/2026  25:61:61").
+    std::optional<std::string> Iso() const;
+    CalendarTime Time() const;    // its numbers
+    bool operator==(const CalendarStamp&) const = default;
+
+private:
+    std::string Filled(std::string form, const std::array<std::size_t, 6>& ends) const;
+    std::uint16_t year_ = 0;
+    std::uint8_t day_ = 0, month_ = 0, hour_ = 0, minute_ = 0, second_ = 0;
 };
 
 // "%08x %10d\t<created>\t<written>\t<name>\t<version>[ ACL:...]" and, on the
@@ -230,6 +249,9 @@ struct Report {
 
 // Reads a body (the text between the byte-order mark and the trailer).
 Report ParseReportBody(std::u16string_view body);
+// The same from the body made UTF-8 (Utf8FromUtf16 or Utf8FromUtf16LE): the
+// text is the reader's own, freed when it is done.
+Report ParseReportUtf8(std::string body);
 
 // The body again, exactly as it was parsed.
 std::u16string RenderReportBody(const Report& report);
@@ -237,6 +259,9 @@ std::u16string RenderReportBody(const Report& report);
 // UTF-16 to UTF-8 and back; lone surrogates survive both ways.
 std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromUtf8(std::string_view text);
+// Utf8FromUtf16 of UTF-16LE bytes (format/ReportVerdict.h's ReportBodyBytesOf),
+// decoded in pieces: a large body is never held as UTF-16 too.
+std::string Utf8FromUtf16LE(std::string_view bytes);
 
 // The text with each lone surrogate (as Utf8FromUtf16 keeps it) as one
 // U+FFFD: what output for people and programs shows, always valid UTF-8

@@ -2,10 +2,12 @@
 // conversions, numbers in the report's exact forms, the report's time form.
 #include "reader/ReportModelText.h"
 
+#include <array>
 #include <limits>
 
 #include "format/EntryText.h"
 #include "format/NumberText.h"
+#include "format/ReportVerdict.h"
 #include "reader/ReportTime.h"
 
 namespace report_model {
@@ -74,6 +76,21 @@ std::string WithoutLoneSurrogates(std::string_view text) {
         i += 2;
     }
     return out;
+}
+
+std::string Utf8FromUtf16LE(std::string_view bytes) {
+    constexpr std::size_t kPieceBytes = 64 * 1024;
+    std::string text;
+    text.reserve(bytes.size() / 2);  // room enough at once for the usual ASCII body
+    for (std::size_t at = 0; at + 1 < bytes.size();) {
+        std::u16string piece = DecodeUtf16LE(bytes.substr(at, kPieceBytes));
+        // A surrogate pair cut between two pieces is joined in the next one.
+        const bool more = at + 2 * piece.size() + 1 < bytes.size();
+        if (more && piece.size() > 1 && piece.back() >= 0xD800 && piece.back() <= 0xDBFF) piece.pop_back();
+        text += Utf8FromUtf16(piece);
+        at += 2 * piece.size();
+    }
+    return text;
 }
 
 // Only ever given what Utf8FromUtf16 made (or ASCII), so the forms are
@@ -170,10 +187,50 @@ std::optional<CalendarTime> ParseReportTime(std::string_view printed) {
     return time;
 }
 
-std::string IsoFromReportTime(std::string_view printed) {
+std::optional<CalendarStamp> CalendarStamp::FromPrinted(std::string_view printed) {
     const auto time = ParseReportTime(printed);
-    if (!time || !IsRealCalendarTime(*time)) return {};
-    return IsoText(*time);
+    if (!time) return std::nullopt;
+    // The form's two and four digits fit: 99 and 9999 at most.
+    CalendarStamp stamp;
+    stamp.year_ = static_cast<std::uint16_t>(time->year);
+    stamp.day_ = static_cast<std::uint8_t>(time->day);
+    stamp.month_ = static_cast<std::uint8_t>(time->month);
+    stamp.hour_ = static_cast<std::uint8_t>(time->hour);
+    stamp.minute_ = static_cast<std::uint8_t>(time->minute);
+    stamp.second_ = static_cast<std::uint8_t>(time->second);
+    return stamp;
+}
+
+std::string CalendarStamp::Printed() const {
+    return Filled("dd/mm/yyyy  hh:mm:ss", {2, 5, 10, 14, 17, 20});
+}
+
+CalendarTime CalendarStamp::Time() const {
+    return {day_, month_, year_, hour_, minute_, second_};
+}
+
+std::optional<std::string> CalendarStamp::Iso() const {
+    if (!IsRealCalendarTime(Time())) return std::nullopt;
+    return Filled("yyyy-mm-ddThh:mm:ss", {10, 7, 4, 13, 16, 19});
+}
+
+// The form with its numbers written in, each ending where `ends` says (day,
+// month, year, hour, minute, second), the year in four digits, the others
+// in two: no text per number, as a large report prints hundreds of
+// thousands of these.
+std::string CalendarStamp::Filled(std::string form, const std::array<std::size_t, 6>& ends) const {
+    const unsigned numbers[] = {day_, month_, year_, hour_, minute_, second_};
+    for (std::size_t i = 0; i < ends.size(); ++i) {
+        unsigned number = numbers[i];
+        for (std::size_t at = ends[i], digits = i == 2 ? 4 : 2; digits > 0; --digits, number /= 10)
+            form[--at] = static_cast<char>('0' + number % 10);
+    }
+    return form;
+}
+
+std::string IsoFromReportTime(std::string_view printed) {
+    const auto stamp = CalendarStamp::FromPrinted(printed);
+    return stamp ? stamp->Iso().value_or("") : std::string();
 }
 
 }  // namespace report_model

@@ -574,13 +574,11 @@ private:
         if (!size) return false;
         e.attributes = attributes;
         e.size = static_cast<std::int32_t>(*size);
-        e.created.printed = line.substr(tabs[1] + 1, tabs[2] - tabs[1] - 1);
-        e.written.printed = line.substr(tabs[2] + 1, tabs[3] - tabs[2] - 1);
-        e.created.iso = IsoFromReportTime(e.created.printed);
-        e.written.iso = IsoFromReportTime(e.written.printed);
-        // The form makes the line an entry; a time that cannot be (31/02) is
-        // kept as printed, with no ISO.
-        if (!ParseReportTime(e.created.printed) || !ParseReportTime(e.written.printed)) return false;
+        const auto created = CalendarStamp::FromPrinted(line.substr(tabs[1] + 1, tabs[2] - tabs[1] - 1));
+        const auto written = CalendarStamp::FromPrinted(line.substr(tabs[2] + 1, tabs[3] - tabs[2] - 1));
+        if (!created || !written) return false;
+        e.created = *created;
+        e.written = *written;
         e.name = line.substr(tabs[3] + 1, tabs[4] - tabs[3] - 1);
         std::string_view rest = line.substr(tabs[4] + 1);
         constexpr std::string_view acl = kAccessList.Narrow();
@@ -656,7 +654,10 @@ std::optional<Redaction> ReadRedactionLine(std::string_view line) {
 }  // namespace
 
 Report ParseReportBody(std::u16string_view body) {
-    const std::string text = Utf8FromUtf16(body);
+    return ParseReportUtf8(Utf8FromUtf16(body));
+}
+
+Report ParseReportUtf8(std::string text) {
     LineBreaks breaks;
     std::vector<std::string_view> lines = SplitLines(text, breaks);
     // A redacted report ends with an empty line and the marker.

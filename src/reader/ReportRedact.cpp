@@ -338,8 +338,8 @@ void VisitKeptTexts(const Report& r, Visit&& visit) {
     }
     for (const Directory& d : r.installation.directories)
         for (const DirectoryEntry& e : d.entries) {
-            visit(e.created.printed);
-            visit(e.written.printed);
+            visit(e.created.Printed());
+            visit(e.written.Printed());
         }
 }
 

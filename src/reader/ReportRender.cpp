@@ -96,7 +96,7 @@ std::string EnumerationErrorLine(std::int64_t code) {
 std::string EntryLine(const DirectoryEntry& e) {
     std::string line(1, '\t');
     line += Narrow(FormatEntryHead(e.attributes, static_cast<std::uint32_t>(e.size)));
-    line += e.created.printed + "\t" + e.written.printed + "\t" + e.name + "\t" + e.version;
+    line += e.created.Printed() + "\t" + e.written.Printed() + "\t" + e.name + "\t" + e.version;
     if (e.accessList) line += std::string(kAccessList.Narrow()) + *e.accessList;
     return line;
 }

@@ -193,9 +193,6 @@ constexpr const char kMarkLatest[] =
     "FROM (SELECT DISTINCT host_name FROM main.reports WHERE host_name IS NOT NULL) m) "
     "WHERE chosen IS NOT NULL))";
 
-std::optional<std::string> IsoOrNull(const report_model::CalendarStamp& stamp) {
-    return Optional(!stamp.iso.empty(), stamp.iso);
-}
 
 }  // namespace
 
@@ -350,8 +347,8 @@ void TableWriter::AddInstallation(std::int64_t id, const Report& r) {
         for (const report_model::DirectoryEntry& e : d.entries) {
             entry_.Execute(id, static_cast<std::int64_t>(e.line), kind, std::string_view(e.name),
                            static_cast<std::int64_t>(e.attributes), static_cast<std::int64_t>(e.size),
-                           std::string_view(e.created.printed), IsoOrNull(e.created),
-                           std::string_view(e.written.printed), IsoOrNull(e.written),
+                           std::string_view(e.created.Printed()), e.created.Iso(),
+                           std::string_view(e.written.Printed()), e.written.Iso(),
                            std::string_view(e.version), e.accessList, e.content);
         }
     }

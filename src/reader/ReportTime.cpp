@@ -146,9 +146,9 @@ std::int64_t SecondsOf(const CalendarTime& t) {
 std::optional<std::int64_t> LatestListedTime(const Report& report) {
     std::optional<std::int64_t> latest;
     const auto consider = [&](const CalendarStamp& stamp) {
-        const auto time = ParseReportTime(stamp.printed);
-        if (!time || !IsRealCalendarTime(*time)) return;
-        latest = std::max(latest.value_or(SecondsOf(*time)), SecondsOf(*time));
+        const CalendarTime time = stamp.Time();
+        if (!IsRealCalendarTime(time)) return;
+        latest = std::max(latest.value_or(SecondsOf(time)), SecondsOf(time));
     };
     for (const Directory& directory : report.installation.directories)
         for (const DirectoryEntry& entry : directory.entries) {

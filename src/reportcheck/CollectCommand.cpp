@@ -63,7 +63,8 @@ const std::string& CollectLine(const fs::path& path, const LineFacts& facts, std
     json.Bool(false);
     json.Key("report");
     if (facts.loaded)
-        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict, facts.loaded->modified);
+        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict, facts.loaded->modified,
+                                      facts.loaded->transit);
     else
         json.Null();
     json.Close('}');
@@ -162,7 +163,7 @@ public:
     explicit Collector(OwnedFile spool) : spool_(std::move(spool)) {}
 
     int File(const fs::path& path) {
-        const LoadedReport loaded = LoadReport(path.c_str());
+        const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Yes, Diagnose::Yes);
         switch (loaded.state) {
             case LoadState::Report: {
                 const auto time = report_model::ReadHeaderTime(loaded.report, loaded.modified);

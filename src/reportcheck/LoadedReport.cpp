@@ -4,26 +4,10 @@
 #include <cstring>
 #include <filesystem>
 
+#include "format/TransitDamage.h"
 #include "reader/TerminalText.h"
 
 namespace {
-
-// The file's body as UTF-16, its bytes freed before the reader starts: a
-// large report is held once as bytes, then once as text, never both with
-// the model.
-bool LoadBody(const NativeChar* path, LoadedReport& loaded) {
-    std::string bytes;
-    if (!ReadReportFile(path, bytes, loaded.problem)) return false;
-    loaded.fileSize = bytes.size();
-    loaded.verdict = CheckReportBytes(bytes);
-    if (loaded.verdict.state == ReportState::NotAReport) {
-        loaded.state = LoadState::NotAReport;
-        loaded.problem = DescribeReportVerdict(loaded.verdict);
-        return false;
-    }
-    loaded.body = ReportBodyOf(bytes);
-    return true;
-}
 
 std::optional<std::int64_t> ModifiedSeconds(const NativeChar* path) {
     std::error_code error;
@@ -33,15 +17,41 @@ std::optional<std::int64_t> ModifiedSeconds(const NativeChar* path) {
     return std::chrono::duration_cast<std::chrono::seconds>(since1970).count();
 }
 
+std::optional<report_model::TransitDamage> TransitDamageOf(std::string_view bytes) {
+    TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
+    if (diagnosis.damage.empty()) return std::nullopt;
+    return report_model::TransitDamage{std::move(diagnosis.damage), diagnosis.restored.has_value()};
+}
+
 }  // namespace
 
-LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody) {
+LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody, Diagnose diagnose) {
     LoadedReport loaded;
-    if (!LoadBody(path, loaded)) return loaded;
+    std::string bytes;
+    if (!ReadReportFile(path, bytes, loaded.problem)) return loaded;
+    loaded.fileSize = bytes.size();
+    loaded.verdict = CheckReportBytes(bytes);
+    if (loaded.verdict.state == ReportState::NotAReport) {
+        loaded.state = LoadState::NotAReport;
+        loaded.problem = DescribeReportVerdict(loaded.verdict);
+        return loaded;
+    }
     loaded.state = LoadState::Report;
-    loaded.report = report_model::ParseReportBody(loaded.body);
+    if (diagnose == Diagnose::Yes && loaded.verdict.state == ReportState::Altered)
+        loaded.transit = TransitDamageOf(bytes);
+    // The file's bytes are freed before the reader starts: a large report is
+    // held as bytes and then as text (UTF-8 without a copy of the body, or
+    // UTF-16 when the body is kept), never both with the model.
+    if (keepBody == KeepBody::No) {
+        std::string text = report_model::Utf8FromUtf16LE(ReportBodyBytesOf(bytes));
+        std::string().swap(bytes);
+        loaded.report = report_model::ParseReportUtf8(std::move(text));
+    } else {
+        loaded.body = ReportBodyOf(bytes);
+        std::string().swap(bytes);
+        loaded.report = report_model::ParseReportBody(loaded.body);
+    }
     loaded.modified = ModifiedSeconds(path);
-    if (keepBody == KeepBody::No) std::u16string().swap(loaded.body);
     return loaded;
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "format/ReportVerdict.h"
+#include "reader/ReportJson.h"
 #include "reader/ReportModel.h"
 #include "reportcheck/Console.h"
 
@@ -33,13 +34,20 @@ struct LoadedReport {
     // Its last write, seconds since 1970 UTC: what can settle the header's
     // time (reader/ReportTime.h).
     std::optional<std::int64_t> modified;
+    // What a transfer did to an altered file, when it can be told (Diagnose::Yes).
+    std::optional<report_model::TransitDamage> transit;
 };
 
 // Whether the caller quotes the body's lines (the page, the report tables);
 // show and diff do not, and hold the model alone.
 enum class KeepBody { No, Yes };
 
-LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody = KeepBody::Yes);
+// Whether an altered file's damage in transit is looked for (format/
+// TransitDamage.h): show and collect tell it; the others do not, and the
+// search holds the file several times over while it runs.
+enum class Diagnose { No, Yes };
+
+LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody = KeepBody::Yes, Diagnose diagnose = Diagnose::No);
 
 // kAllIntact, kSomeAltered or kSomeNotAReport.
 int StatusOf(const LoadedReport& loaded);

@@ -14,27 +14,23 @@ int RunShow(const Arguments& arguments) {
     // command line open to others.
     if (!arguments.Has(kJsonOption)) return UsageError(kShowCommand, "show: --json is needed");
     const NativeString& path = arguments.Operands().front();
-    LoadedReport loaded = LoadReport(path.c_str(), KeepBody::No);
+    const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::No, Diagnose::Yes);
     if (loaded.state != LoadState::Report) {
         Complain(ToUtf8(path), loaded.problem);
         return kSomeNotAReport;
     }
-    // Made whole before anything is written: a failure leaves no half
-    // document. The text on one line, the model freed, then laid out as it
-    // is written: a large report is held as its JSON text and little more.
-    std::string compact;
-    // Room enough at once (the JSON is some 1.6 times the file): a string
-    // that doubles as it grows holds both buffers when it moves, and pages
-    // reserved but never written cost no memory.
-    compact.reserve(loaded.fileSize * 3 + 64 * 1024);
-    report_model::JsonWriter json(compact);
-    report_model::WriteReportJson(json, loaded.report, loaded.verdict, loaded.modified);
-    compact += '\n';
-    const int status = StatusOf(loaded);
-    loaded = LoadedReport();
+    // Written as it is made, laid out on the way: a large report is held as
+    // its model and little more. Nothing can fail once the report is read
+    // but the output itself.
     BinaryOutput();
-    report_model::IndentJson(compact, [](std::string_view piece) { Print(stdout, piece); });
-    return status;
+    report_model::JsonIndenter indented([](std::string_view piece) { Print(stdout, piece); });
+    std::string compact;
+    report_model::JsonWriter json(compact, [&](std::string_view made) { indented.Add(made); });
+    report_model::WriteReportJson(json, loaded.report, loaded.verdict, loaded.modified, loaded.transit);
+    compact += '\n';
+    indented.Add(compact);
+    indented.Finish();
+    return StatusOf(loaded);
 }
 
 }  // namespace
@@ -44,8 +40,9 @@ extern const Command kShowCommand{
     .synopsis = "show --json FILE",
     .summary = "the whole report as one JSON document",
     .help = "Prints the whole report FILE as one JSON document: its integrity (the\n"
-            "checksum verdict and the line breaks found), every section's values as\n"
-            "typed fields, the header's date and time as ISO 8601 and whether that\n"
+            "checksum verdict, the line breaks found, and what a transfer did to an\n"
+            "altered file when that is known), every section's values as typed\n"
+            "fields, the header's date and time as ISO 8601 and whether that\n"
             "reading is certain (day and month settled by the report's own file times\n"
             "where they read both ways), and, under \"unrecognised\", every line the\n"
             "reader did not recognise where it stands, with its line number. Its form\n"

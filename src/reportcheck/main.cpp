@@ -6,10 +6,11 @@
 //   reportcheck diff [--json] OLD NEW  what changed from OLD to NEW
 //   reportcheck collect PATH...        one JSON line per report (JSON Lines)
 // The commands are the table of Commands.h, each in its own file; the
-// command line is read by CommandLine.cpp. Output is made whole before it is
-// written, so a failure never leaves half a JSON document on standard output;
-// every write to it is checked, and a failed one ends the command with the
-// trouble status (Console.h).
+// command line is read by CommandLine.cpp. Output starts only once every
+// file it depends on has been read and judged, so a file that is not a report
+// never leaves half a JSON document on standard output; every write to it is
+// checked, and a failed one ends the command with the trouble status
+// (Console.h).
 
 #include <exception>
 #include <string>

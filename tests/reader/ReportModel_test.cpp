@@ -68,8 +68,8 @@ TEST(ReportModel, ReadsEveryFieldOfAReport) {
     EXPECT_EQ(inst.directories[0].entries[1].name, "tool.dll");
     EXPECT_EQ(inst.directories[0].entries[1].version, "9.3.1.0");
     EXPECT_EQ(inst.directories[0].entries[1].size, 4753);
-    EXPECT_EQ(inst.directories[0].entries[1].created.iso, "2021-03-07T14:05:09");
-    EXPECT_EQ(inst.directories[0].entries[1].written.iso, "2021-03-08T09:00:00");
+    EXPECT_EQ(inst.directories[0].entries[1].created.Iso(), "2021-03-07T14:05:09");
+    EXPECT_EQ(inst.directories[0].entries[1].written.Iso(), "2021-03-08T09:00:00");
     EXPECT_EQ(inst.directories[2].kind, DirectoryKind::Registry);
     EXPECT_EQ(inst.directories[2].path, "D:\\Suite");
     const DirectoryEntry& big = inst.directories[2].entries[0];
@@ -186,6 +186,62 @@ TEST(ReportModel, JsonWriterWritesWhatDumpJsonWrites) {
     tree.push_back(nlohmann::ordered_json::array());
     json.Close(']');
     EXPECT_EQ(text, DumpJson(tree));
+}
+
+TEST(ReportModel, AnEntrysTimeIsKeptAsItsNumbersAndPrintedAlike) {
+    const auto stamp = CalendarStamp::FromPrinted("07/03/2021  14:05:09");
+    ASSERT_TRUE(stamp);
+    EXPECT_EQ(stamp->Printed(), "07/03/2021  14:05:09");
+    EXPECT_EQ(stamp->Iso(), "2021-03-07T14:05:09");
+    const auto last = CalendarStamp::FromPrinted("31/12/1999  23:59:58");
+    ASSERT_TRUE(last);
+    EXPECT_EQ(last->Printed(), "31/12/1999  23:59:58");
+    EXPECT_EQ(last->Iso(), "1999-12-31T23:59:58");
+    EXPECT_FALSE(*stamp == *last);
+    EXPECT_FALSE(CalendarStamp::FromPrinted("7/03/2021  14:05:09"));
+    EXPECT_FALSE(CalendarStamp::FromPrinted("07/03/2021 14:05:09"));
+    EXPECT_FALSE(CalendarStamp::FromPrinted("07/03/2021  14:05:0x"));
+}
+
+TEST(ReportModel, UtfEightFromBytesInPiecesAsFromTheWholeText) {
+    // Lone surrogates at both ends, and a pair on the edge of the first
+    // piece (32,768 units): its two halves are units 32,767 and 32,768.
+    std::u16string text = u"\xDC00";
+    text += std::u16string(32 * 1024 - 2, u'a');
+    text += u"\xD83D\xDE00\u00E9\xD800";
+    std::string bytes;
+    for (char16_t unit : text) {
+        bytes += static_cast<char>(unit & 0xFF);
+        bytes += static_cast<char>(unit >> 8);
+    }
+    const std::string utf8 = Utf8FromUtf16LE(bytes);
+    EXPECT_EQ(utf8, Utf8FromUtf16(text));
+    EXPECT_EQ(utf8.substr(utf8.size() - 9), "\xF0\x9F\x98\x80\xC3\xA9\xED\xA0\x80");
+    EXPECT_EQ(Utf8FromUtf16LE(bytes + "x"), utf8);  // an odd last byte left out
+    const Report fromBytes = ParseReportUtf8(Utf8FromUtf16(Utf16FromUtf8(kSampleReportBody)));
+    EXPECT_EQ(RenderReportBody(fromBytes), U16(kSampleReportBody));
+}
+
+// A name that comes twice (only an edited report has one) is told apart by
+// its rank, and a thing the new report lost stands where it stood.
+TEST(ReportDiff, MatchesNamesThatComeTwiceByRankAndTellsALossInPlace) {
+    std::string changed = kSampleReportBody;
+    changed.erase(changed.find("\t00000010          0"),
+                  std::string("\t00000010          0\t22/11/2026  14:33:45\t22/11/2026  14:33:45\t.\t\n").size());
+    changed.replace(changed.find("\ttool.dll\t9.3.1.0\n"), 18,
+                    "\ttool.dll\t9.3.1.1\n\t00000020         12\t22/11/2026  15:00:00\t22/11/2026  15:00:00\ttool.dll\t9.4.0.0\n");
+    const Report before = ParseReportBody(U16(kSampleReportBody));
+    const Report after = ParseReportBody(U16(changed));
+    EXPECT_EQ(DiffText(before, after),
+              "Orvane Software installation:\n"
+              "\tCurrent directory: .: removed (size 0)\n"
+              "\tCurrent directory: tool.dll: version: 9.3.1.0 \u2192 9.3.1.1\n"
+              "\tCurrent directory: tool.dll (2): added (version 9.4.0.0, size 12)\n");
+    EXPECT_EQ(DiffText(after, before),
+              "Orvane Software installation:\n"
+              "\tCurrent directory: .: added (size 0)\n"
+              "\tCurrent directory: tool.dll: version: 9.3.1.1 \u2192 9.3.1.0\n"
+              "\tCurrent directory: tool.dll (2): removed (version 9.4.0.0, size 12)\n");
 }
 
 TEST(ReportDiff, NamesEachChangeOnceAndIgnoresTheHeaderTime) {

@@ -130,8 +130,8 @@ TEST(ReportRedact, TheRedactedReportReadsAsTheOriginalWithItsMarker) {
     const DirectoryEntry& before = original.installation.directories[0].entries[0];
     EXPECT_EQ(entry.size, before.size);
     EXPECT_EQ(entry.attributes, before.attributes);
-    EXPECT_EQ(entry.created.iso, before.created.iso);
-    EXPECT_EQ(entry.written.iso, before.written.iso);
+    EXPECT_EQ(entry.created.Iso(), before.created.Iso());
+    EXPECT_EQ(entry.written.Iso(), before.written.Iso());
 }
 
 TEST(ReportRedact, ShowJsonSaysWhatWasReplaced) {

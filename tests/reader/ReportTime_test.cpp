@@ -31,8 +31,8 @@ Report WithHeader(const std::string& dateAndTime) {
 Report WithEntry(const std::string& dateAndTime, const std::string& created, const std::string& written) {
     Report report = WithHeader(dateAndTime);
     DirectoryEntry entry;
-    entry.created.printed = created;
-    entry.written.printed = written;
+    entry.created = CalendarStamp::FromPrinted(created).value();
+    entry.written = CalendarStamp::FromPrinted(written).value();
     report.installation.directories.push_back({DirectoryKind::Standard, "C:\\Suite", {entry}, 40});
     return report;
 }
@@ -225,9 +225,9 @@ TEST(ReportTime, AnEntryWhoseTimeCannotBeIsStillAnEntryWithNoIso) {
     const Report report = ParseReportBody(Utf16FromUtf8(body));
     EXPECT_TRUE(report.unrecognised.empty());
     const DirectoryEntry& entry = report.installation.directories[0].entries[1];
-    EXPECT_EQ(entry.created.printed, "31/02/2026  25:61:61");
-    EXPECT_EQ(entry.created.iso, "");
-    EXPECT_EQ(entry.written.iso, "2021-03-08T09:00:00");
+    EXPECT_EQ(entry.created.Printed(), "31/02/2026  25:61:61");
+    EXPECT_EQ(entry.created.Iso(), std::nullopt);
+    EXPECT_EQ(entry.written.Iso(), "2021-03-08T09:00:00");
     EXPECT_EQ(Utf8FromUtf16(RenderReportBody(report)), body);
     const auto json = ReportToJson(report, Intact())["installation"]["directories"][0]["entries"][1];
     EXPECT_EQ(json["created"], "31/02/2026  25:61:61");

@@ -196,8 +196,8 @@ inline void CompareNetwork(Comparison& c, const report_model::NetworkSection& n,
 inline void CompareEntry(Comparison& c, const report_model::DirectoryEntry& e, const DirectoryEntryRecord& w) {
     c.Expect("attributes", e.attributes, w.attributes);
     c.Expect("size", e.size, static_cast<std::int32_t>(w.sizeLow));
-    c.Expect("created", e.created.printed, Utf8Of(FormatCalendarTime(w.created)));
-    c.Expect("written", e.written.printed, Utf8Of(FormatCalendarTime(w.written)));
+    c.Expect("created", e.created.Printed(), Utf8Of(FormatCalendarTime(w.created)));
+    c.Expect("written", e.written.Printed(), Utf8Of(FormatCalendarTime(w.written)));
     c.Expect("entry name", e.name, Utf8Of(w.name));
     c.Expect("entry version", e.version, Utf8Of(w.productVersion));
     if (w.accessList) {

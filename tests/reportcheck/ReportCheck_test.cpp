@@ -1565,14 +1565,15 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
     Write("sample.txt", SavedReport(kSampleReportBody));
     Write("later.txt", BuildReportFileBytes(Utf16(LaterSample())));
     Write("tiny.txt", SavedReport(kTinyBody));
+    Write("lf.txt", transit_fixtures::WithLfLineBreaks(SavedReport(kTinyBody)));  // altered, its damage told
     const std::string schema = std::string(REPORTCHECK_SOURCE_DIR) + "/docs/report-model.schema.json";
     for (const char* name : {"before", "after"})
         fs::copy_file(fs::path(REPORTCHECK_SOURCE_DIR) / "tests/reportcheck/data" / ("wine-" + std::string(name) + ".txt"),
                       root_ / "files" / (std::string(name) + ".txt"));
-    for (const char* name : {"wine", "sample", "later", "tiny", "before", "after"}) {
-        const Outcome shown = Check({"show", "--json", std::string(name) + ".txt"});
-        ASSERT_EQ(shown.status, 0) << name << shown.err;
-        Write(std::string(name) + ".json", shown.out);
+    for (const std::string name : {"wine", "sample", "later", "tiny", "before", "after", "lf"}) {
+        const Outcome shown = Check({"show", "--json", name + ".txt"});
+        ASSERT_EQ(shown.status, name == "lf" ? 1 : 0) << name << shown.err;
+        Write(name + ".json", shown.out);
     }
     const std::string script =
         "import json, jsonschema, sys\n"
@@ -1586,7 +1587,7 @@ TEST_F(ReportCheck, ShowOutputFollowsTheSchema) {
     Write("validate.py", script);
     const std::string command = "cd '" + (root_ / "files").string() +
                                 "' && /usr/bin/python3 validate.py '" + schema +
-                                "' wine.json sample.json later.json tiny.json before.json after.json >validated.txt 2>&1";
+                                "' wine.json sample.json later.json tiny.json before.json after.json lf.json >validated.txt 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(root_ / "files" / "validated.txt");
     EXPECT_EQ(ReadFile(root_ / "files" / "validated.txt"), "[] 9.3.1.1042 4096 4 current\n");
 }
@@ -2186,6 +2187,60 @@ TEST_F(ReportCheck, RepairUndoesEachTransitDamageByteForByte) {
         EXPECT_EQ(refused.status, damaged.status);
         EXPECT_FALSE(fs::exists(root_ / "files" / out)) << damaged.file;
     }
+}
+
+// show --json tells what a transfer did to an altered file where that is
+// known, and whether repair restores it; an edited file gets no such words.
+TEST_F(ReportCheck, ShowSaysWhatATransferDidToAnAlteredReport) {
+    const std::string original = SavedReport(kTinyBody);
+    Write("lf.txt", transit_fixtures::WithLfLineBreaks(original));
+    std::string replaced = original;
+    for (const char* c : {"A", "X"})  // each made U+FFFD
+        replaced.replace(replaced.find(std::string(c) + '\0'), 2, "\xFD\xFF");
+    Write("replaced.txt", replaced);
+    std::string edited = original;
+    edited[edited.find('1')] = '2';
+    Write("edited.txt", edited);
+    const auto integrity = [&](const char* name) {
+        const std::string out = Check({"show", "--json", name}).out;
+        const std::size_t start = out.find("  \"integrity\"");
+        return out.substr(start, out.find("  },\n", start) + 5 - start);
+    };
+    EXPECT_EQ(integrity("lf.txt"),
+              "  \"integrity\": {\n"
+              "    \"verdict\": \"altered\",\n"
+              "    \"storedChecksum\": \"14244c76\",\n"
+              "    \"bodyChecksum\": \"6f090968\",\n"
+              "    \"lineBreaks\": \"LF\",\n"
+              "    \"lineBreakExceptions\": [],\n"
+              "    \"finalLineBreak\": true,\n"
+              "    \"transitDamage\": {\n"
+              "      \"damage\": \"line breaks converted from CR LF to LF\",\n"
+              "      \"repairable\": true\n"
+              "    }\n"
+              "  },\n");
+    EXPECT_EQ(integrity("replaced.txt"),
+              "  \"integrity\": {\n"
+              "    \"verdict\": \"altered\",\n"
+              "    \"storedChecksum\": \"14244c76\",\n"
+              "    \"bodyChecksum\": \"b1244cca\",\n"
+              "    \"lineBreaks\": \"CR LF\",\n"
+              "    \"lineBreakExceptions\": [],\n"
+              "    \"finalLineBreak\": true,\n"
+              "    \"transitDamage\": {\n"
+              "      \"damage\": \"2 characters replaced by U+FFFD\",\n"
+              "      \"repairable\": false\n"
+              "    }\n"
+              "  },\n");
+    EXPECT_EQ(integrity("edited.txt"),
+              "  \"integrity\": {\n"
+              "    \"verdict\": \"altered\",\n"
+              "    \"storedChecksum\": \"14244c76\",\n"
+              "    \"bodyChecksum\": \"14274c76\",\n"
+              "    \"lineBreaks\": \"CR LF\",\n"
+              "    \"lineBreakExceptions\": [],\n"
+              "    \"finalLineBreak\": true\n"
+              "  },\n");
 }
 
 // --- redact -------------------------------------------------------------------
