@@ -165,7 +165,9 @@ std::string DescribeUnrestorable(std::string_view bytes, const Decoded& decoded)
     std::vector<std::string> parts;
     if (!decoded.encoding.empty()) parts.push_back("re-encoded as " + decoded.encoding);
     const auto replaced = std::count(decoded.text.begin(), decoded.text.end(), u'\uFFFD');
-    if (replaced > 0) parts.push_back(std::to_string(replaced) + " characters replaced by U+FFFD");
+    if (replaced > 0)
+        parts.push_back(std::to_string(replaced) + (replaced == 1 ? " character" : " characters") +
+                        " replaced by U+FFFD");
     if (const std::string truncation = Truncation(bytes, decoded); !truncation.empty()) parts.push_back(truncation);
     std::string damage;
     for (const std::string& part : parts) damage += (damage.empty() ? "" : ", ") + part;

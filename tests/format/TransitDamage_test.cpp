@@ -64,6 +64,13 @@ TEST(TransitDamage, TruncatedOrReplacedIsNamedButNeverRestored) {
     EXPECT_EQ(replaced.damage, "re-encoded as UTF-8, 2 characters replaced by U+FFFD");
 }
 
+TEST(TransitDamage, OneReplacedCharacterIsSaidInTheSingular) {
+    std::string once = AsUtf8WithReplacedCharacters(BuildReportFileBytes(kBody));
+    const std::size_t extra = once.rfind("\xEF\xBF\xBD");  // the one before the trailer
+    once.erase(extra, 3);
+    EXPECT_EQ(DiagnoseTransitDamage(once).damage, "re-encoded as UTF-8, 1 character replaced by U+FFFD");
+}
+
 TEST(TransitDamage, AnEditIsNeverRepairedByAChecksum) {
     std::string edited = BuildReportFileBytes(kBody);
     edited[10] = 'X';
