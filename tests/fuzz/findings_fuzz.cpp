@@ -56,9 +56,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const report_model::Report report = report_model::ParseReportBody(body);
         ReportVerdict verdict;
         verdict.state = ReportState::Intact;
-        writer.Add({"fuzz.txt", 1, 2}, report_tables::FileVerdict::Intact, "", &verdict, &report,
+        writer.Add({"fuzz.txt", 1, 2, std::nullopt}, report_tables::FileVerdict::Intact, "", &verdict, &report,
                    report_model::Utf8FromUtf16(body));
-        writer.Add({"notes.txt", 3, 4}, report_tables::FileVerdict::NotAReport, "not a report (empty file)", nullptr,
+        writer.Add({"notes.txt", 3, 4, std::nullopt}, report_tables::FileVerdict::NotAReport, "not a report (empty file)", nullptr,
                    nullptr, {});
     }
     const std::string before = Digest(db);

@@ -20,14 +20,6 @@
 
 namespace {
 
-std::u16string DecodeUtf16LE(std::string_view bytes) {
-    std::u16string text;
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
-        text.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
-                                             static_cast<unsigned char>(bytes[i + 1]) << 8));
-    return text;
-}
-
 std::string Hex8(std::uint32_t value) {
     char digits[9];
     std::snprintf(digits, sizeof digits, "%08x", value);
