@@ -54,6 +54,9 @@ mkdir "$work/alone" "$work/empty"
 cp "${zips[0]}" "$work/alone/"
 rm -rf "$work/dist"
 
+# A display of its own: the fresh prefix's first start puts up windows that
+# would take the focus from the GUI tests running beside it on ctest's display.
+unset DISPLAY
 display_start
 wine_prefix_create "$work/prefix"
 # Z: is where Wine shows the host's root: an empty folder instead.
