@@ -343,6 +343,11 @@ void WriteHeaderTime(JsonWriter& json, const std::optional<HeaderTime>& time) {
 
 void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
                      std::optional<std::int64_t> fileModified, const std::optional<TransitDamage>& transit) {
+    WriteReportJson(json, report, verdict, ReadHeaderTime(report, fileModified), transit);
+}
+
+void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
+                     const std::optional<HeaderTime>& headerTime, const std::optional<TransitDamage>& transit) {
     json.Open('{');
     Member(json, "schemaVersion", kReportSchemaVersion);
     json.Key("integrity");
@@ -370,7 +375,7 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
         Member(json, "text", report.header.text);
         Member(json, "blankLineAfter", report.header.blankLineAfter);
         json.Key("time");
-        WriteHeaderTime(json, ReadHeaderTime(report, fileModified));
+        WriteHeaderTime(json, headerTime);
         json.Close('}');
     } else {
         json.Null();

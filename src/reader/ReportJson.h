@@ -63,6 +63,11 @@ void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict
                      std::optional<std::int64_t> fileModified = std::nullopt,
                      const std::optional<TransitDamage>& transit = std::nullopt);
 
+// The same, with the header's time as the caller already read it
+// (ReadHeaderTime), so that it is not read twice.
+void WriteReportJson(JsonWriter& json, const Report& report, const ReportVerdict& verdict,
+                     const std::optional<HeaderTime>& headerTime, const std::optional<TransitDamage>& transit);
+
 // The header's time: {"iso", "certain", "settledBy", "readings"}, or null.
 void WriteHeaderTime(JsonWriter& json, const std::optional<HeaderTime>& time);
 

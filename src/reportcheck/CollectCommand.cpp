@@ -63,7 +63,7 @@ const std::string& CollectLine(const fs::path& path, const LineFacts& facts, std
     json.Bool(false);
     json.Key("report");
     if (facts.loaded)
-        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict, facts.loaded->modified,
+        report_model::WriteReportJson(json, facts.loaded->report, facts.loaded->verdict, *facts.time,
                                       facts.loaded->transit);
     else
         json.Null();
