@@ -476,6 +476,17 @@ char32_t FoldTwoByte(char32_t c) {
     return FoldLatinExtendedA(c);
 }
 
+// Every value of the report, each followed by a break: what a value with a
+// letter is searched in (FirstHeld).
+std::string ValuesText(const Report& reread) {
+    std::string values;
+    const auto add = [&](const std::string& text) { (values += text) += kValueBreak; };
+    VisitTexts(reread, add);
+    VisitKeptTexts(reread, add);
+    add(reread.header.text.substr(HeaderValueStart(reread)));
+    return values;
+}
+
 // The kind of the first replaced value or keyword that the redacted body
 // still holds, each text of it made ready by `prepare` (folded, and maybe
 // more). A value with a letter is searched in every value of the body, each
@@ -488,12 +499,7 @@ char32_t FoldTwoByte(char32_t c) {
 template <typename Prepare>
 std::optional<Kind> FirstHeld(std::u16string_view body, const Report& reread, const std::vector<Replacement>& replaced,
                               const Prepare& prepare) {
-    std::string values;
-    const auto add = [&](const std::string& text) { (values += text) += kValueBreak; };
-    VisitTexts(reread, add);
-    VisitKeptTexts(reread, add);
-    add(reread.header.text.substr(HeaderValueStart(reread)));
-    const std::string inValues = prepare(std::move(values));
+    const std::string inValues = prepare(ValuesText(reread));
     std::optional<std::string> inBody;  // made when a value without a letter asks for it
     for (const Replacement& r : replaced) {
         if (!HoldsALetter(r.original) && !inBody) inBody = prepare(Utf8FromUtf16(body));
@@ -634,6 +640,38 @@ Redacted RedactReport(Report report, const std::vector<std::string>& keywords, P
     return result;
 }
 
+// Whether `text` holds one of `words` over the whole of [at, at + length).
+bool InsideOneOf(std::string_view text, std::size_t at, std::size_t length, const std::vector<std::string>& words) {
+    for (const std::string& word : words) {
+        if (word.size() < length) continue;
+        const std::size_t from = at + length > word.size() ? at + length - word.size() : 0;
+        if (text.substr(from, at - from + word.size()).find(word) != std::string_view::npos) return true;
+    }
+    return false;
+}
+
+// A keyword's hit wholly inside one of the tool's own words (a keyword
+// "host" in "HOST-0001") is no survivor, and setting those words apart takes
+// it away. A hit that runs past such a word is one, which setting apart
+// would hide: a keyword that holds a pseudonym's text can be made whole by
+// the replacing itself ("id: " before "XXXXX-XXX-XXXXXXX-00001").
+bool KeywordRunsPastOwnWords(std::u16string_view body, const Report& reread, const std::vector<Replacement>& replaced) {
+    std::vector<std::string> ownWords;
+    for (const Replacement& r : replaced) ownWords.push_back(FoldCase(r.pseudonym));
+    if (reread.redaction) ownWords.push_back(FoldCase(RedactionLine(reread.redaction->kinds)));
+    const std::string inValues = FoldedInPlace(ValuesText(reread));
+    std::optional<std::string> inBody;  // as FirstHeld searches a keyword without a letter
+    for (const Replacement& r : replaced) {
+        if (r.kind != Kind::Keyword || r.original.empty()) continue;
+        if (!HoldsALetter(r.original) && !inBody) inBody = FoldedInPlace(Utf8FromUtf16(body));
+        const std::string& text = HoldsALetter(r.original) ? inValues : *inBody;
+        const std::string keyword = FoldCase(r.original);
+        for (std::size_t at = text.find(keyword); at != std::string::npos; at = text.find(keyword, at + 1))
+            if (!InsideOneOf(text, at, keyword.size(), ownWords)) return true;
+    }
+    return false;
+}
+
 std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced) {
     return FindSurvivor(body, ParseReportBody(body), replaced);
 }
@@ -655,10 +693,13 @@ std::optional<Kind> FindSurvivor(std::u16string_view body, const Report& reread,
     for (const Replacement& r : replaced) apart.Add(r.pseudonym, mark);
     if (reread.redaction) apart.Add(RedactionLine(reread.redaction->kinds), mark);
     apart.Index();
-    return FirstHeld(body, reread, replaced, [&](std::string text) {
+    const auto held = FirstHeld(body, reread, replaced, [&](std::string text) {
         apart.Apply(text);
         return FoldedInPlace(std::move(text));
     });
+    if (held) return held;
+    if (KeywordRunsPastOwnWords(body, reread, replaced)) return Kind::Keyword;
+    return std::nullopt;
 }
 
 }  // namespace report_redact

@@ -192,6 +192,20 @@ TEST(ReportRedact, AKeywordWithinAPseudonymOrTheMarkerIsNoSurvivor) {
     EXPECT_FALSE(survivor) << KindName(*survivor);
 }
 
+TEST(ReportRedact, AKeywordThatThePseudonymsMakeWholeIsASurvivor) {
+    // The product id's pseudonym completes, inside another value, a keyword
+    // that the original never held: the result would hold the keyword, so
+    // nothing is written.
+    PseudonymMap map;
+    const Redacted redacted =
+        RedactReport(Parse("\nWindows:\n\treal version: 10.0 id: 12345-oem-0000001-54321\n"
+                           "\tid: 12345-oem-0000001-54321\n"),
+                     {"id: xxxxx-xxx-xxxxxxx-00001"}, map);
+    EXPECT_NE(Rendered(redacted.report).find("\treal version: 10.0 id: XXXXX-XXX-XXXXXXX-00001\n"), std::string::npos)
+        << Rendered(redacted.report);
+    EXPECT_EQ(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced), Kind::Keyword);
+}
+
 TEST(ReportRedact, AValueInAFieldKeptAsItIsIsFound) {
     // A user named like a time's digits cannot be hidden in the times: the
     // check says so instead of writing.
