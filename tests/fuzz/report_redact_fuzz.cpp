@@ -50,6 +50,17 @@ bool HasDisplacedHeading(const Report& report) {
     return false;
 }
 
+// A keyword that spells a piece of a pseudonym ("user-0001" of
+// "USER-0001") finds, when the redacted report is redacted again, the
+// pseudonyms the first run wrote: twice is then not the same as once. The
+// self-check rightly lets such hits be (they are the tool's own words).
+bool KeywordWithinAPseudonym(const std::vector<std::string>& keywords, const std::vector<Replacement>& replaced) {
+    for (const std::string& keyword : keywords)
+        for (const Replacement& r : replaced)
+            if (!keyword.empty() && FoldCase(r.pseudonym).find(FoldCase(keyword)) != std::string::npos) return true;
+    return false;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -80,6 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const Replacement& r : redacted.replaced)
             FUZZ_CHECK(r.kind == Kind::Keyword || field.empty() || FoldCase(field) != FoldCase(r.original));
     const Redacted again = RedactReport(reread, keywords, map);
-    if (stableStructure) FUZZ_CHECK(RenderReportBody(again.report) == written);
+    if (stableStructure && !KeywordWithinAPseudonym(keywords, redacted.replaced))
+        FUZZ_CHECK(RenderReportBody(again.report) == written);
     return 0;
 }
