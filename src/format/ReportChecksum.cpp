@@ -24,10 +24,7 @@ std::uint32_t ComputeReportChecksum(std::u16string_view text) {
 }
 
 void ReportChecksumFold::Add(std::u16string_view units) {
-    for (char16_t unit : units) {
-        const std::uint32_t lowByte = unit & 0xFFu;
-        value_ ^= lowByte << (8 * (position_++ % 4));
-    }
+    for (char16_t unit : units) AddUnit(unit);
 }
 
 // Four units at a time, one to each lane.

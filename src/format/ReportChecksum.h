@@ -17,6 +17,8 @@ std::uint32_t ComputeReportChecksum(std::u16string_view text);
 class ReportChecksumFold {
 public:
     void Add(std::u16string_view units);
+    // One unit, for a text made a unit at a time (format/TransitDamage.cpp).
+    void AddUnit(char16_t unit) { value_ ^= (unit & 0xFFu) << (8 * (position_++ % 4)); }
     std::uint32_t Value() const { return value_; }
 
 private:

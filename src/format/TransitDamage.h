@@ -14,9 +14,17 @@ struct TransitDiagnosis {
     // "3 characters replaced by U+FFFD"...; empty when nothing is recognised,
     // for an intact report, and for a file that does not look like a report.
     std::string damage;
-    // The report's bytes with the damage undone, only when they are intact.
+    // Whether undoing the damage gives an intact report.
+    bool restorable = false;
+    // The report's bytes with the damage undone, only when they are intact
+    // and were asked for (Restore::Yes).
     std::optional<std::string> restored;
     std::string undone;  // what was undone to restore it: "the UTF-8 re-encoding, ..."
 };
 
-TransitDiagnosis DiagnoseTransitDamage(std::string_view bytes);
+// Whether the restored report is made: only repair, which writes it, needs
+// it. Without it the search holds nothing the size of the file, whatever
+// the file's size (check and show of a 100 MB report stay near its size).
+enum class Restore { No, Yes };
+
+TransitDiagnosis DiagnoseTransitDamage(std::string_view bytes, Restore restore = Restore::Yes);

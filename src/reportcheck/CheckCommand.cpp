@@ -20,9 +20,9 @@ int CheckFile(const NativeString& path) {
     const ReportVerdict verdict = CheckReportBytes(bytes);
     std::string line = name + ": " + DescribeReportVerdict(verdict);
     if (verdict.state != ReportState::Intact) {
-        const TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
+        const TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes, Restore::No);
         if (!diagnosis.damage.empty()) line += "; " + diagnosis.damage;
-        if (diagnosis.restored) line += " (reportcheck repair restores it)";
+        if (diagnosis.restorable) line += " (reportcheck repair restores it)";
     }
     Print(stdout, line + "\n");
     switch (verdict.state) {

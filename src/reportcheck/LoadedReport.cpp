@@ -18,9 +18,9 @@ std::optional<std::int64_t> ModifiedSeconds(const NativeChar* path) {
 }
 
 std::optional<report_model::TransitDamage> TransitDamageOf(std::string_view bytes) {
-    TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
+    TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes, Restore::No);
     if (diagnosis.damage.empty()) return std::nullopt;
-    return report_model::TransitDamage{std::move(diagnosis.damage), diagnosis.restored.has_value()};
+    return report_model::TransitDamage{std::move(diagnosis.damage), diagnosis.restorable};
 }
 
 }  // namespace
