@@ -1,17 +1,31 @@
 #!/usr/bin/env python3
-"""make-large-report.py SOURCE OUT MEGABYTES [LATER]: a real report (SOURCE,
-made by the program under Wine) grown to about MEGABYTES MB by entries added
-to its current directory, written whole with its checksum. With LATER, the
-same report a week later: every 1000th entry with another version and size,
-for diff to find."""
+"""make-large-report.py SOURCE OUT MEGABYTES [later|lf-breaks|one-character]:
+a real report (SOURCE, made by the program under Wine) grown to about
+MEGABYTES MB by entries added to its current directory, written whole with its
+checksum. With later, the same report a week later: every 1000th entry with
+another version and size, for diff to find. With lf-breaks, the report as a
+transfer in text mode leaves it: every CR LF made LF, its checksum no longer
+the body's. With one-character, one character in its middle changed."""
 import sys
 
 from reportfile import read_body, write_report
 
 
+def altered(path, how):
+    """The report saved at PATH damaged as HOW says, in place."""
+    data = bytearray(open(path, 'rb').read())
+    if how == 'lf-breaks':
+        data = data.replace(b'\r\x00\n\x00', b'\n\x00')
+    else:
+        middle = len(data) // 4 * 2
+        data[middle] = ord('Y') if data[middle] == ord('X') else ord('X')
+    open(path, 'wb').write(bytes(data))
+
+
 def main():
     source, out, megabytes = sys.argv[1], sys.argv[2], int(sys.argv[3])
-    later = len(sys.argv) > 4
+    how = sys.argv[4] if len(sys.argv) > 4 else ''
+    later = how == 'later'
     body = read_body(source)
     anchor = '* Standard installation directory'
     at = body.index(anchor)
@@ -22,6 +36,8 @@ def main():
         changed = later and n % 1000 == 0
         added.append(entry % (4753 + (7 if changed else 0), n, '9.4.0.0' if changed else '9.3.1.1042'))
     write_report(out, body[:at] + ''.join(added) + body[at:])
+    if how in ('lf-breaks', 'one-character'):
+        altered(out, how)
 
 
 if __name__ == '__main__':

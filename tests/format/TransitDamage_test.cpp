@@ -78,3 +78,43 @@ TEST(TransitDamage, AnEditIsNeverRepairedByAChecksum) {
     EXPECT_FALSE(d.restored);
     EXPECT_EQ(d.damage, "");
 }
+
+TEST(TransitDamage, WithoutTheRestoredCopyTheDiagnosisIsTheSame) {
+    const std::string original = BuildReportFileBytes(kBody);
+    for (const std::string& damaged : {Utf8Of(TextOf(original)), AsLatin1(original), AsBigEndianUtf16(original),
+                                       WithLfLineBreaks(original), AsUtf8WithCrLfLineBreaks(original)}) {
+        const TransitDiagnosis told = DiagnoseTransitDamage(damaged, Restore::No);
+        const TransitDiagnosis restored = DiagnoseTransitDamage(damaged);
+        EXPECT_EQ(told.damage, restored.damage);
+        EXPECT_EQ(told.undone, restored.damage);
+        EXPECT_TRUE(told.restorable);
+        EXPECT_TRUE(restored.restorable);
+        EXPECT_FALSE(told.restored);
+    }
+    const TransitDiagnosis replaced = DiagnoseTransitDamage(AsUtf8WithReplacedCharacters(original), Restore::No);
+    EXPECT_EQ(replaced.damage, "re-encoded as UTF-8, 2 characters replaced by U+FFFD");
+    EXPECT_FALSE(replaced.restorable);
+}
+
+// A conversion that put a CR before every LF, even one that had its CR: the
+// CR CR LF it made is undone left to right, giving the CR LF back.
+TEST(TransitDamage, ACarriageReturnAddedBeforeACrLfIsUndone) {
+    const std::u16string lfTrailerBody = u"Orvane Software system report on 23/11/2026 19:50:05\r\nx\ny\r\n";
+    const std::string original = BuildReportFileBytes(lfTrailerBody);
+    std::u16string converted;
+    for (char16_t c : TextOf(original)) converted += c == u'\n' ? std::u16string(u"\r\n") : std::u16string(1, c);
+    ASSERT_NE(converted.find(u"\r\r\n"), std::u16string::npos);
+    const TransitDiagnosis d = DiagnoseTransitDamage(Utf16LittleEndian(converted));
+    EXPECT_EQ(d.damage, "line breaks converted from LF to CR LF");
+    ASSERT_TRUE(d.restored);
+    EXPECT_EQ(*d.restored, original);
+}
+
+// The end a truncated trailer had is counted from the last trailer's start,
+// also when the body's own last line looks like one.
+TEST(TransitDamage, TruncationCountsFromTheLastTrailerStart) {
+    const std::string original = BuildReportFileBytes(kBody + u"\n--- \n");
+    const std::string cut = original.substr(0, original.size() - 4);
+    EXPECT_EQ(DiagnoseTransitDamage(cut).damage, "truncated after " + std::to_string(cut.size()) + " of " +
+                                                     std::to_string(original.size()) + " bytes");
+}

@@ -3,6 +3,7 @@
 //  - a file is only ever declared restored with bytes that check intact
 //    (their body gives the checksum their trailer states), and an intact
 //    file is never "restored";
+//  - the diagnosis told without the restored copy is the same;
 //  - a report whose CR LF breaks were made LF is always restored (unless
 //    the change left the checksum as it was).
 //
@@ -21,6 +22,10 @@ namespace {
 void CheckDiagnosis(const std::string& bytes) {
     const TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
     if (CheckReportBytes(bytes).state == ReportState::Intact) FUZZ_CHECK(!diagnosis.restored);
+    // Told without the restored copy (check, show), the same.
+    const TransitDiagnosis told = DiagnoseTransitDamage(bytes, Restore::No);
+    FUZZ_CHECK(told.damage == diagnosis.damage && told.undone == diagnosis.undone && !told.restored);
+    FUZZ_CHECK(told.restorable == diagnosis.restored.has_value() && diagnosis.restorable == told.restorable);
     if (diagnosis.restored) {
         FUZZ_CHECK(CheckReportBytes(*diagnosis.restored).state == ReportState::Intact);
         FUZZ_CHECK(!diagnosis.undone.empty());
