@@ -44,7 +44,7 @@ enum class KeepBody { No, Yes };
 
 // Whether an altered file's damage in transit is looked for (format/
 // TransitDamage.h): show and collect tell it; the others do not, and the
-// search holds the file several times over while it runs.
+// search reads the file's text again, up to three times.
 enum class Diagnose { No, Yes };
 
 LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody = KeepBody::Yes, Diagnose diagnose = Diagnose::No);
