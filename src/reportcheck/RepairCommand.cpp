@@ -22,7 +22,6 @@ int RunRepair(const Arguments& arguments) {
         return kAllIntact;
     }
     const TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
-    std::string().swap(bytes);  // the restored copy is what is written; IN's bytes are done with
     if (!diagnosis.restored) {
         Complain(ToUtf8(in), DescribeReportVerdict(verdict) + (diagnosis.damage.empty() ? "" : "; " + diagnosis.damage) +
                                  ": cannot be restored, " + ToUtf8(out) + " not written");
