@@ -1,6 +1,8 @@
 #include "reader/ReportDiff.h"
 
 #include <algorithm>
+#include <deque>
+#include <functional>
 #include <numeric>
 #include <span>
 #include <type_traits>
@@ -436,37 +438,62 @@ private:
 // so that an added or removed entry stands among its directory's other changes.
 using Place = std::pair<std::size_t, std::size_t>;
 
-struct PlacedChange {
-    Place place;
-    Change change;
+// A change as the comparison keeps it until its section is ordered: where it
+// is told, and what to read its texts from again then. A comparison in which
+// every entry of a large report changed keeps millions: 48 bytes each, where
+// the change made (its texts) takes some 1 kB.
+struct PendingChange {
+    std::uint32_t place[2];    // Place, each item's number fits (a report is at most 512 MB)
+    std::uint32_t made;        // the order it was found in, for changes told at one place
+    std::uint32_t index, entry;  // its subject's (Subject::index, Subject::entry)
+    std::uint32_t field;       // which of the subject's fields changed (ChangeKind::Changed)
+    std::uint32_t matchIndex, matchEntry, matchField;  // the new report's subject and field, for one from the old
+    SubjectKind kind;
+    std::uint8_t section;
+    ChangeKind change;
+    bool fromOld;
+    bool matched;  // whether the old subject's field has a counterpart in the new report
+
+    Place At() const { return {place[0], place[1]}; }
+    bool operator<(const PendingChange& other) const {
+        return std::pair(At(), made) < std::pair(other.At(), other.made);
+    }
 };
+
+Subject SubjectOf(const PendingChange& p) {
+    return {p.kind, p.section, p.index, p.entry, 0};
+}
+Subject MatchOf(const PendingChange& p) {
+    return {p.kind, p.section, p.matchIndex, p.matchEntry, 0};
+}
 
 // One comparison, section by section: what the old report has (removed or
 // changed), then what only the new one has (added), in the order of places.
+// Each section's changes are kept in brief, ordered, then made and handed on
+// one at a time.
 class Comparison {
 public:
     Comparison(const Report& oldReport, const Report& newReport) : old_(oldReport), new_(newReport) {}
 
-    std::vector<Change> Run() {
-        std::vector<Change> changes;
+    void Run(const std::function<void(const Change&)>& visit) {
         for (std::size_t section = kProgram; section <= kUnrecognised; ++section) {
-            placed_.clear();
+            pending_.clear();
             old_.ForEachSubject(section, [&](const Subject& s) { FromOld(s); });
             new_.ForEachSubject(section, [&](const Subject& s) { FromNew(s); });
-            std::stable_sort(placed_.begin(), placed_.end(),
-                             [](const PlacedChange& a, const PlacedChange& b) { return a.place < b.place; });
-            for (PlacedChange& p : placed_) changes.push_back(std::move(p.change));
+            std::sort(pending_.begin(), pending_.end());
+            for (const PendingChange& p : pending_) visit(Made(p));
         }
-        return changes;
+        pending_.clear();
     }
 
 private:
     void FromOld(const Subject& o) {
         const std::optional<Subject> n = new_.Find(old_, o);
         if (StandsAsAWhole(o.kind)) {
-            if (!n)
-                return Emit(old_, o, {anchor_, o.firstItem + 1}, "", ChangeKind::Removed, old_.Summary(o),
-                            std::nullopt);
+            if (!n) {
+                Keep(true, o, {anchor_, o.firstItem + 1}, 0, ChangeKind::Removed);
+                return;
+            }
             anchor_ = n->firstItem + 1;
         }
         for (std::size_t k = 0; k < old_.FieldCount(o); ++k) {
@@ -477,48 +504,81 @@ private:
                 anchor_ = new_.FieldsFirst(*n) + *m + 1;
                 place = {anchor_, 0};
             }
-            Value oldValue = old_.FieldValue(o, k);
-            Value newValue = m ? new_.FieldValue(*n, *m) : std::nullopt;
-            if (oldValue != newValue)
-                Emit(old_, o, place, field, ChangeKind::Changed, std::move(oldValue), std::move(newValue));
+            const Value oldValue = old_.FieldValue(o, k);
+            const Value newValue = m ? new_.FieldValue(*n, *m) : std::nullopt;
+            if (oldValue == newValue) continue;
+            PendingChange& kept = Keep(true, o, place, k, ChangeKind::Changed);
+            if (!m) continue;
+            kept.matched = true;
+            kept.matchIndex = static_cast<std::uint32_t>(n->index);
+            kept.matchEntry = static_cast<std::uint32_t>(n->entry);
+            kept.matchField = static_cast<std::uint32_t>(*m);
         }
     }
 
     void FromNew(const Subject& n) {
         const std::optional<Subject> o = old_.Find(new_, n);
-        if (StandsAsAWhole(n.kind) && !o)
-            return Emit(new_, n, {n.firstItem + 1, 0}, "", ChangeKind::Added, std::nullopt, new_.Summary(n));
+        if (StandsAsAWhole(n.kind) && !o) {
+            Keep(false, n, {n.firstItem + 1, 0}, 0, ChangeKind::Added);
+            return;
+        }
         for (std::size_t k = 0; k < new_.FieldCount(n); ++k) {
             const std::string_view field = new_.FieldName(n, k);
             if (o && old_.FieldNamed(*o, field, k)) continue;  // told from the old report's side
-            if (Value value = new_.FieldValue(n, k))
-                Emit(new_, n, {new_.FieldsFirst(n) + k + 1, 0}, field, ChangeKind::Changed, std::nullopt,
-                     std::move(value));
+            if (new_.FieldValue(n, k)) Keep(false, n, {new_.FieldsFirst(n) + k + 1, 0}, k, ChangeKind::Changed);
         }
     }
 
-    void Emit(const Side& side, const Subject& s, Place place, std::string_view field, ChangeKind kind, Value oldValue,
-              Value newValue) {
+    PendingChange& Keep(bool fromOld, const Subject& s, Place place, std::size_t field, ChangeKind change) {
+        const auto narrow = [](std::size_t n) { return static_cast<std::uint32_t>(n); };
+        PendingChange kept{};
+        kept.place[0] = narrow(place.first);
+        kept.place[1] = narrow(place.second);
+        kept.made = narrow(pending_.size());
+        kept.index = narrow(s.index);
+        kept.entry = narrow(s.entry);
+        kept.field = narrow(field);
+        kept.kind = s.kind;
+        kept.section = static_cast<std::uint8_t>(s.section);
+        kept.change = change;
+        kept.fromOld = fromOld;
+        pending_.push_back(kept);
+        return pending_.back();
+    }
+
+    // The change with its texts, read from the models again.
+    Change Made(const PendingChange& p) const {
+        const Side& side = p.fromOld ? old_ : new_;
+        const Subject s = SubjectOf(p);
+        const bool changed = p.change == ChangeKind::Changed;
+        Value oldValue, newValue;
+        if (p.change == ChangeKind::Removed) oldValue = side.Summary(s);
+        if (p.change == ChangeKind::Added) newValue = side.Summary(s);
+        if (changed && p.fromOld) {
+            oldValue = old_.FieldValue(s, p.field);
+            if (p.matched) newValue = new_.FieldValue(MatchOf(p), p.matchField);
+        }
+        if (changed && !p.fromOld) newValue = side.FieldValue(s, p.field);
         Change change{std::string(kSectionOrder[s.section]),
                       side.SubjectText(s),
-                      std::string(field),
-                      kind,
+                      changed ? std::string(side.FieldName(s, p.field)) : std::string(),
+                      p.change,
                       std::move(oldValue),
                       std::move(newValue),
                       side.DirectoryNameOf(s),
                       side.EntryNameOf(s),
                       {},
                       {}};
-        if (kind == ChangeKind::Removed) change.oldEntry = side.FactsOf(s);
-        if (kind == ChangeKind::Added) change.newEntry = side.FactsOf(s);
-        placed_.push_back({place, std::move(change)});
+        if (p.change == ChangeKind::Removed) change.oldEntry = side.FactsOf(s);
+        if (p.change == ChangeKind::Added) change.newEntry = side.FactsOf(s);
+        return change;
     }
 
     const Side old_, new_;
     std::size_t anchor_ = 0;  // one past the new report's item that the last old item kept stands at
-    std::vector<PlacedChange> placed_;
+    // std::deque: no copy of them all as they grow, and sorted in place.
+    std::deque<PendingChange> pending_;
 };
-
 }  // namespace
 
 std::string DirectoryName(DirectoryKind kind) {
@@ -526,8 +586,14 @@ std::string DirectoryName(DirectoryKind kind) {
     return ListHeadingTitle(kRegistryDirectoryHeading.Narrow());
 }
 
+void ForEachChange(const Report& oldReport, const Report& newReport, const std::function<void(const Change&)>& visit) {
+    Comparison(oldReport, newReport).Run(visit);
+}
+
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport) {
-    return Comparison(oldReport, newReport).Run();
+    std::vector<Change> changes;
+    ForEachChange(oldReport, newReport, [&](const Change& c) { changes.push_back(c); });
+    return changes;
 }
 
 namespace {
@@ -554,15 +620,16 @@ std::optional<IgnoredKinds> ParseIgnoredKinds(std::string_view words, std::strin
     return ignored;
 }
 
+bool IsIgnored(const Change& c, const IgnoredKinds& ignored) {
+    if (c.kind != ChangeKind::Changed) return false;
+    const bool time = !c.entry.empty() && (c.field == "created" || c.field == "written");
+    const bool freeSpace =
+        c.section == kHardwareHeading.Name() && (c.field == "C volume free" || c.field == "C volume user");
+    return (ignored.times && time) || (ignored.freeSpace && freeSpace);
+}
+
 std::vector<Change> LeaveOut(std::vector<Change> changes, const IgnoredKinds& ignored) {
-    const auto isIgnored = [&](const Change& c) {
-        if (c.kind != ChangeKind::Changed) return false;
-        const bool time = !c.entry.empty() && (c.field == "created" || c.field == "written");
-        const bool freeSpace = c.section == kHardwareHeading.Name() &&
-                               (c.field == "C volume free" || c.field == "C volume user");
-        return (ignored.times && time) || (ignored.freeSpace && freeSpace);
-    };
-    std::erase_if(changes, isIgnored);
+    std::erase_if(changes, [&](const Change& c) { return IsIgnored(c, ignored); });
     return changes;
 }
 
@@ -610,44 +677,39 @@ const char* KindName(ChangeKind kind) {
 }
 }  // namespace
 
-std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide, const std::vector<Change>& changes) {
-    std::string text;
-    if (VerdictsMatter(oldSide, newSide)) {
-        text += oldSide.verdict.state == newSide.verdict.state ? "Both reports are altered:\n"
-                                                               : "The checksum verdict changed:\n";
-        for (const auto& [which, side] : {std::pair{"old", &oldSide}, std::pair{"new", &newSide}}) {
-            text += '\t';
-            text += VerdictLine(which, *side);
-        }
-    }
-    if (!changes.empty() || !text.empty()) text += UnrecognisedLines(oldSide, newSide);
-    std::string section;
-    for (const Change& c : changes) {
-        if (c.section != section) {
-            section = c.section;
-            text += section + ":\n";
-        }
-        // Names and values come from the reports: shown, never obeyed (TerminalText.h).
-        text += "\t";
-        if (!c.subject.empty()) text += Shown(c.subject) + ": ";
-        switch (c.kind) {
-            case ChangeKind::Added:
-            case ChangeKind::Removed:
-                text += KindName(c.kind);
-                if (const auto& v = c.kind == ChangeKind::Added ? c.newValue : c.oldValue; v && !v->empty())
-                    text += " (" + Shown(*v) + ")";
-                break;
-            case ChangeKind::Changed:
-                text += Shown(c.field) + ": " + Shown(c.oldValue.value_or("(none)")) + " \u2192 " +
-                        Shown(c.newValue.value_or("(none)"));
-                break;
-        }
-        text += "\n";
+namespace {
+// The verdicts when either report is altered; "" when both are intact.
+std::string VerdictLines(const ReportSide& oldSide, const ReportSide& newSide) {
+    if (!VerdictsMatter(oldSide, newSide)) return {};
+    std::string text = oldSide.verdict.state == newSide.verdict.state ? "Both reports are altered:\n"
+                                                                      : "The checksum verdict changed:\n";
+    for (const auto& [which, side] : {std::pair{"old", &oldSide}, std::pair{"new", &newSide}}) {
+        text += '\t';
+        text += VerdictLine(which, *side);
     }
     return text;
 }
 
-namespace {
+// A change's line, under its section's name.
+void AppendChangeLine(const Change& c, std::string& text) {
+    // Names and values come from the reports: shown, never obeyed (TerminalText.h).
+    text += "\t";
+    if (!c.subject.empty()) text += Shown(c.subject) + ": ";
+    switch (c.kind) {
+        case ChangeKind::Added:
+        case ChangeKind::Removed:
+            text += KindName(c.kind);
+            if (const auto& v = c.kind == ChangeKind::Added ? c.newValue : c.oldValue; v && !v->empty())
+                text += " (" + Shown(*v) + ")";
+            break;
+        case ChangeKind::Changed:
+            text += Shown(c.field) + ": " + Shown(c.oldValue.value_or("(none)")) + " \u2192 " +
+                    Shown(c.newValue.value_or("(none)"));
+            break;
+    }
+    text += "\n";
+}
+
 nlohmann::ordered_json IsoOrNull(const CalendarStamp& stamp) {
     const std::optional<std::string> iso = stamp.Iso();
     if (!iso) return nullptr;
@@ -665,7 +727,71 @@ nlohmann::ordered_json EntryFactsJson(const std::optional<EntryFacts>& facts) {
     json["writtenIso"] = IsoOrNull(facts->written);
     return json;
 }
+
+nlohmann::ordered_json ChangeJson(const Change& c) {
+    using Json = nlohmann::ordered_json;
+    Json j;
+    j["section"] = c.section;
+    j["subject"] = c.subject;
+    j["field"] = c.field;
+    j["change"] = KindName(c.kind);
+    j["old"] = c.oldValue ? Json(*c.oldValue) : Json(nullptr);
+    j["new"] = c.newValue ? Json(*c.newValue) : Json(nullptr);
+    j["directory"] = c.directory.empty() ? Json(nullptr) : Json(c.directory);
+    j["entry"] = c.entry.empty() ? Json(nullptr) : Json(c.entry);
+    j["oldEntry"] = EntryFactsJson(c.oldEntry);
+    j["newEntry"] = EntryFactsJson(c.newEntry);
+    return j;
+}
+
+// Pieces of output this large are handed on: a diff of millions of changes
+// is never held whole.
+constexpr std::size_t kDiffOutputPiece = 64 * 1024;
 }  // namespace
+
+DiffOutput::DiffOutput(Write write) : write_(std::move(write)) {}
+
+void DiffOutput::Append(std::string_view text) {
+    buffer_ += text;
+    if (buffer_.size() >= kDiffOutputPiece) Flush();
+}
+
+void DiffOutput::Flush() {
+    if (!buffer_.empty()) write_(buffer_);
+    buffer_.clear();
+}
+
+DiffTextWriter::DiffTextWriter(const ReportSide& oldSide, const ReportSide& newSide, DiffOutput::Write write)
+    : DiffWriter(std::move(write)), oldSide_(oldSide), newSide_(newSide), verdicts_(VerdictLines(oldSide, newSide)) {}
+
+void DiffTextWriter::Add(const Change& c) {
+    if (!begun_) Begin();
+    std::string text;
+    if (c.section != section_) {
+        section_ = c.section;
+        text += section_ + ":\n";
+    }
+    AppendChangeLine(c, text);
+    output_.Append(text);
+}
+
+void DiffTextWriter::Finish() {
+    if (!begun_ && !verdicts_.empty()) Begin();
+    output_.Flush();
+}
+
+void DiffTextWriter::Begin() {
+    begun_ = true;
+    output_.Append(verdicts_ + UnrecognisedLines(oldSide_, newSide_));
+}
+
+std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide, const std::vector<Change>& changes) {
+    std::string text;
+    DiffTextWriter writer(oldSide, newSide, [&](std::string_view piece) { text += piece; });
+    for (const Change& c : changes) writer.Add(c);
+    writer.Finish();
+    return text;
+}
 
 nlohmann::ordered_json DiffToJson(const ReportSide& oldSide, const ReportSide& newSide,
                                   const std::vector<Change>& changes) {
@@ -683,21 +809,44 @@ nlohmann::ordered_json DiffToJson(const ReportSide& oldSide, const ReportSide& n
     json["new"] = verdict(newSide);
     json["verdictChanged"] = oldSide.verdict.state != newSide.verdict.state;
     json["changes"] = Json::array();
-    for (const Change& c : changes) {
-        Json j;
-        j["section"] = c.section;
-        j["subject"] = c.subject;
-        j["field"] = c.field;
-        j["change"] = KindName(c.kind);
-        j["old"] = c.oldValue ? Json(*c.oldValue) : Json(nullptr);
-        j["new"] = c.newValue ? Json(*c.newValue) : Json(nullptr);
-        j["directory"] = c.directory.empty() ? Json(nullptr) : Json(c.directory);
-        j["entry"] = c.entry.empty() ? Json(nullptr) : Json(c.entry);
-        j["oldEntry"] = EntryFactsJson(c.oldEntry);
-        j["newEntry"] = EntryFactsJson(c.newEntry);
-        json["changes"].push_back(std::move(j));
-    }
+    for (const Change& c : changes) json["changes"].push_back(ChangeJson(c));
     return json;
+}
+
+namespace {
+// The document DiffToJson gives with no changes, laid out with an indent of
+// 2: "changes" is its last member, so what follows its "[]" is the end.
+constexpr std::string_view kNoChanges = "[]";
+constexpr std::string_view kChangeIndent = "    ";  // an element of "changes", two levels in
+
+std::string Indented(std::string_view text) {
+    std::string out(kChangeIndent);
+    for (char c : text) {
+        out += c;
+        if (c == '\n') out += kChangeIndent;  // JSON strings hold no raw line feed
+    }
+    return out;
+}
+}  // namespace
+
+DiffJsonWriter::DiffJsonWriter(const ReportSide& oldSide, const ReportSide& newSide, DiffOutput::Write write)
+    : DiffWriter(std::move(write)) {
+    const std::string empty = DumpJson(DiffToJson(oldSide, newSide, {}), 2);
+    const std::size_t changes = empty.rfind(kNoChanges);
+    output_.Append(std::string_view(empty).substr(0, changes));
+    end_ = empty.substr(changes + kNoChanges.size()) + "\n";
+}
+
+void DiffJsonWriter::Add(const Change& c) {
+    output_.Append(any_ ? ",\n" : "[\n");
+    any_ = true;
+    output_.Append(Indented(DumpJson(ChangeJson(c), 2)));
+}
+
+void DiffJsonWriter::Finish() {
+    output_.Append(any_ ? "\n  ]" : kNoChanges);
+    output_.Append(end_);
+    output_.Flush();
 }
 
 }  // namespace report_model

@@ -11,9 +11,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "format/ReportVerdict.h"
@@ -64,7 +66,16 @@ struct ReportSide {
 // How a change names a directory: "Current directory", "Standard installation directory"...
 std::string DirectoryName(DirectoryKind kind);
 
+// Each change, in the order they are told, to `visit`, made one at a time:
+// beside the two models a comparison holds 48 bytes a change of the section
+// being compared, where the changes made would take some 1 kB each.
+void ForEachChange(const Report& oldReport, const Report& newReport, const std::function<void(const Change&)>& visit);
+
+// The same, all of them (a report's page, tests).
 std::vector<Change> DiffReports(const Report& oldReport, const Report& newReport);
+
+// Whether a change is of a kind left out.
+bool IsIgnored(const Change& change, const IgnoredKinds& ignored);
 
 // The human form: the verdicts first when either report is altered, then
 // the lines either report has that the reader did not recognise (a value
@@ -75,5 +86,59 @@ std::string FormatDiffText(const ReportSide& oldSide, const ReportSide& newSide,
 // The same for programs.
 nlohmann::ordered_json DiffToJson(const ReportSide& oldSide, const ReportSide& newSide,
                                   const std::vector<Change>& changes);
+
+// Text handed on in pieces of 64 kB, the last when flushed.
+class DiffOutput {
+public:
+    using Write = std::function<void(std::string_view)>;
+    explicit DiffOutput(Write write);
+    void Append(std::string_view text);
+    void Flush();
+
+private:
+    Write write_;
+    std::string buffer_;
+};
+
+// A diff written as the changes come (ForEachChange), so that neither the
+// changes nor the output are ever held whole: Add each change, then Finish.
+class DiffWriter {
+public:
+    virtual ~DiffWriter() = default;
+    virtual void Add(const Change& change) = 0;
+    virtual void Finish() = 0;
+
+protected:
+    explicit DiffWriter(DiffOutput::Write write) : output_(std::move(write)) {}
+    DiffOutput output_;
+};
+
+// FormatDiffText's text.
+class DiffTextWriter final : public DiffWriter {
+public:
+    DiffTextWriter(const ReportSide& oldSide, const ReportSide& newSide, DiffOutput::Write write);
+    void Add(const Change& change) override;
+    void Finish() override;
+
+private:
+    void Begin();  // the verdicts and the unrecognised lines, before the first change
+    const ReportSide& oldSide_;
+    const ReportSide& newSide_;
+    std::string verdicts_;
+    std::string section_;  // of the last change written
+    bool begun_ = false;
+};
+
+// DumpJson(DiffToJson(...), 2) followed by a line break.
+class DiffJsonWriter final : public DiffWriter {
+public:
+    DiffJsonWriter(const ReportSide& oldSide, const ReportSide& newSide, DiffOutput::Write write);
+    void Add(const Change& change) override;
+    void Finish() override;
+
+private:
+    std::string end_;  // what follows the changes
+    bool any_ = false;
+};
 
 }  // namespace report_model

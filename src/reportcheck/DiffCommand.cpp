@@ -1,4 +1,6 @@
 // reportcheck diff [--json] OLD NEW: what changed from one report to another.
+#include <memory>
+
 #include "reader/ReportDiff.h"
 #include "reader/ReportJson.h"
 #include "reportcheck/Commands.h"
@@ -30,15 +32,24 @@ int RunDiff(const Arguments& arguments) {
     if (trouble) return kSomeNotAReport;
     const report_model::ReportSide oldSide{&before.report, before.verdict};
     const report_model::ReportSide newSide{&after.report, after.verdict};
-    const auto changes = report_model::LeaveOut(report_model::DiffReports(before.report, after.report), ignored);
-    const bool differ = !changes.empty() || before.verdict.state != after.verdict.state;
-    std::string text;
-    if (arguments.Has(kJsonOption))
-        text = report_model::DumpJson(report_model::DiffToJson(oldSide, newSide, changes), 2) + "\n";
-    else if (differ || before.verdict.state != ReportState::Intact)
-        text = report_model::FormatDiffText(oldSide, newSide, changes);
+    // The changes written as they are found: a comparison in which every
+    // entry of a large report changed would otherwise hold them all, and
+    // all its output.
     BinaryOutput();
-    Print(stdout, text);
+    const auto write = [](std::string_view text) { Print(stdout, text); };
+    std::unique_ptr<report_model::DiffWriter> writer;
+    if (arguments.Has(kJsonOption))
+        writer = std::make_unique<report_model::DiffJsonWriter>(oldSide, newSide, write);
+    else
+        writer = std::make_unique<report_model::DiffTextWriter>(oldSide, newSide, write);
+    std::size_t told = 0;
+    report_model::ForEachChange(before.report, after.report, [&](const report_model::Change& c) {
+        if (report_model::IsIgnored(c, ignored)) return;
+        ++told;
+        writer->Add(c);
+    });
+    writer->Finish();
+    const bool differ = told > 0 || before.verdict.state != after.verdict.state;
     return differ ? kSomeAltered : kAllIntact;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "SampleReport.h"
 #include "reader/ReportDiff.h"
@@ -371,12 +372,19 @@ TEST(ReportDiff, LeavesOutTheKindsOfChangeAskedFor) {
     EXPECT_EQ(problem, "unknown kind of change \"sizes\" (known: times, free-space)");
 }
 
-TEST(ReportDiff, JsonGivesAnEntrysDirectoryNameAndValuesApart) {
+namespace {
+// The sample report with its current directory's tool.dll gone.
+std::string WithoutToolDll() {
     std::string changed = kSampleReportBody;
     changed.erase(changed.find("\t00000020       4753"),
                   std::string("\t00000020       4753\t07/03/2021  14:05:09\t08/03/2021  09:00:00\ttool.dll\t9.3.1.0\n").size());
+    return changed;
+}
+}  // namespace
+
+TEST(ReportDiff, JsonGivesAnEntrysDirectoryNameAndValuesApart) {
     const Report before = ParseReportBody(U16(kSampleReportBody));
-    const Report after = ParseReportBody(U16(changed));
+    const Report after = ParseReportBody(U16(WithoutToolDll()));
     ReportSide side{&after, {}};
     const auto json = DiffToJson(side, side, DiffReports(before, after));
     ASSERT_EQ(json["changes"].size(), 1u);
@@ -386,4 +394,91 @@ TEST(ReportDiff, JsonGivesAnEntrysDirectoryNameAndValuesApart) {
               R"("entry":"tool.dll","oldEntry":{"version":"9.3.1.0","size":4753,"created":"07/03/2021  14:05:09",)"
               R"("createdIso":"2021-03-07T14:05:09","written":"08/03/2021  09:00:00","writtenIso":"2021-03-08T09:00:00"},)"
               R"("newEntry":null})");
+}
+
+TEST(ReportDiff, JsonWrittenAsTheChangesComeIsTheWholeDocument) {
+    const Report before = ParseReportBody(U16(kSampleReportBody));
+    const Report after = ParseReportBody(U16(WithoutToolDll()));
+    ReportSide side{&after, {}};
+    side.verdict.state = ReportState::Intact;
+    const std::string head = "{\n  \"schemaVersion\": " + std::to_string(kReportSchemaVersion) +
+                             ",\n"
+                             "  \"old\": {\n"
+                             "    \"verdict\": \"intact\",\n"
+                             "    \"storedChecksum\": \"00000000\",\n"
+                             "    \"bodyChecksum\": \"00000000\"\n"
+                             "  },\n"
+                             "  \"new\": {\n"
+                             "    \"verdict\": \"intact\",\n"
+                             "    \"storedChecksum\": \"00000000\",\n"
+                             "    \"bodyChecksum\": \"00000000\"\n"
+                             "  },\n"
+                             "  \"verdictChanged\": false,\n"
+                             "  \"changes\": ";
+    std::string written;
+    const auto write = [&](std::string_view piece) { written += piece; };
+    {
+        DiffJsonWriter writer(side, side, write);
+        ForEachChange(before, after, [&](const Change& c) { writer.Add(c); });
+        writer.Finish();
+    }
+    EXPECT_EQ(written, head +
+                           "[\n"
+                           "    {\n"
+                           "      \"section\": \"Orvane Software installation\",\n"
+                           "      \"subject\": \"Current directory: tool.dll\",\n"
+                           "      \"field\": \"\",\n"
+                           "      \"change\": \"removed\",\n"
+                           "      \"old\": \"version 9.3.1.0, size 4753\",\n"
+                           "      \"new\": null,\n"
+                           "      \"directory\": \"Current directory\",\n"
+                           "      \"entry\": \"tool.dll\",\n"
+                           "      \"oldEntry\": {\n"
+                           "        \"version\": \"9.3.1.0\",\n"
+                           "        \"size\": 4753,\n"
+                           "        \"created\": \"07/03/2021  14:05:09\",\n"
+                           "        \"createdIso\": \"2021-03-07T14:05:09\",\n"
+                           "        \"written\": \"08/03/2021  09:00:00\",\n"
+                           "        \"writtenIso\": \"2021-03-08T09:00:00\"\n"
+                           "      },\n"
+                           "      \"newEntry\": null\n"
+                           "    }\n"
+                           "  ]\n"
+                           "}\n");
+    EXPECT_EQ(written, DumpJson(DiffToJson(side, side, DiffReports(before, after)), 2) + "\n");
+    written.clear();
+    {
+        DiffJsonWriter writer(side, side, write);
+        writer.Finish();
+    }
+    EXPECT_EQ(written, head + "[]\n}\n");
+}
+
+TEST(ReportDiff, TextWrittenAsTheChangesComeStartsWithTheVerdictsEvenWithoutAChange) {
+    const Report report = ParseReportBody(U16(kSampleReportBody));
+    ReportSide intact{&report, {}};
+    intact.verdict.state = ReportState::Intact;
+    ReportSide altered{&report, {}};
+    altered.verdict = {ReportState::Altered, NotAReportReason::None, 0x01024145, 0x01024045};
+    std::string written;
+    const auto write = [&](std::string_view piece) { written += piece; };
+    DiffTextWriter(intact, intact, write).Finish();
+    EXPECT_EQ(written, "");
+    DiffTextWriter(intact, altered, write).Finish();
+    EXPECT_EQ(written,
+              "The checksum verdict changed:\n"
+              "\told: intact (checksum 00000000)\n"
+              "\tnew: altered (trailer says 01024145, body gives 01024045)\n");
+}
+
+TEST(ReportDiff, OutputIsHandedOnInPiecesOf64KiB) {
+    std::vector<std::size_t> pieces;
+    DiffOutput output([&](std::string_view piece) { pieces.push_back(piece.size()); });
+    output.Append(std::string(65535, 'x'));
+    EXPECT_TRUE(pieces.empty());
+    output.Append("yz");
+    output.Append("more");
+    output.Flush();
+    output.Flush();
+    EXPECT_EQ(pieces, (std::vector<std::size_t>{65537, 4}));
 }
