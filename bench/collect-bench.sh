@@ -48,6 +48,7 @@ awk -v r="$ratio" 'BEGIN { exit !(r > 1.2) }' && verdict="OVER"
 large_mb=${DIAG_LARGE_REPORT_MB:-100}
 /usr/bin/python3 bench/make-large-report.py "$bench_source" "$work/large.txt" "$large_mb"
 /usr/bin/python3 bench/make-large-report.py "$bench_source" "$work/large-later.txt" "$large_mb" later
+/usr/bin/python3 bench/make-large-report.py "$bench_source" "$work/large-every.txt" "$large_mb" every-entry
 /usr/bin/python3 bench/make-large-report.py "$bench_source" "$work/large-lf.txt" "$large_mb" lf-breaks
 /usr/bin/python3 bench/make-large-report.py "$bench_source" "$work/large-edited.txt" "$large_mb" one-character
 large_bytes=$(stat -c %s "$work/large.txt")
@@ -70,6 +71,8 @@ memory_row() {
 memory_row '`show --json`' show --json "$work/large.txt"
 memory_row '`diff`' diff "$work/large.txt" "$work/large-later.txt"
 memory_row '`diff --json`' diff --json "$work/large.txt" "$work/large-later.txt"
+memory_row '`diff`, every entry changed' diff "$work/large.txt" "$work/large-every.txt"
+memory_row '`diff --json`, every entry changed' diff --json "$work/large.txt" "$work/large-every.txt"
 memory_row '`show --json`, CR LF made LF' show --json "$work/large-lf.txt"
 memory_row '`show --json`, one character changed' show --json "$work/large-edited.txt"
 memory_row '`check`, CR LF made LF' check "$work/large-lf.txt"
@@ -97,7 +100,8 @@ notes=$(sed -n '/^## /,$p' "$results" 2>/dev/null || true)
   echo "| Peak memory, $files reports | ${collect_peak} kB |"
   echo
   echo "A report of $large_bytes bytes (one file; diff against the same a week later,"
-  echo "every 1000th entry changed), and two altered copies: its CR LF line breaks"
+  echo "every 1000th entry changed, and against a copy in which every entry changed:"
+  echo "version, size and both times), and two altered copies: its CR LF line breaks"
   echo "made LF by a transfer, and one character changed. Peak memory against the"
   echo "size of the largest file read, target at most 4 x ($memory_verdict the target)."
   echo

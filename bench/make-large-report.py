@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""make-large-report.py SOURCE OUT MEGABYTES [later|lf-breaks|one-character]:
+"""make-large-report.py SOURCE OUT MEGABYTES [later|every-entry|lf-breaks|one-character]:
 a real report (SOURCE, made by the program under Wine) grown to about
 MEGABYTES MB by entries added to its current directory, written whole with its
 checksum. With later, the same report a week later: every 1000th entry with
-another version and size, for diff to find. With lf-breaks, the report as a
+another version and size, for diff to find; with every-entry, every one of
+them (and its times too), the most a diff can find. With lf-breaks, the report as a
 transfer in text mode leaves it: every CR LF made LF, its checksum no longer
 the body's. With one-character, one character in its middle changed."""
 import sys
@@ -25,7 +26,7 @@ def altered(path, how):
 def main():
     source, out, megabytes = sys.argv[1], sys.argv[2], int(sys.argv[3])
     how = sys.argv[4] if len(sys.argv) > 4 else ''
-    later = how == 'later'
+    every = {'later': 1000, 'every-entry': 1}.get(how)
     body = read_body(source)
     anchor = '* Standard installation directory'
     at = body.index(anchor)
@@ -33,8 +34,9 @@ def main():
     count = megabytes * 1024 * 1024 // (2 * len(entry % (0, 0, '9.3.1.1042')))
     added = []
     for n in range(count):
-        changed = later and n % 1000 == 0
-        added.append(entry % (4753 + (7 if changed else 0), n, '9.4.0.0' if changed else '9.3.1.1042'))
+        changed = every is not None and n % every == 0
+        line = entry % (4753 + (7 if changed else 0), n, '9.4.0.0' if changed else '9.3.1.1042')
+        added.append(line.replace('14:33:22', '14:34:05') if changed and every == 1 else line)
     write_report(out, body[:at] + ''.join(added) + body[at:])
     if how in ('lf-breaks', 'one-character'):
         altered(out, how)
