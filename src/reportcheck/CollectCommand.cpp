@@ -29,7 +29,7 @@ struct LineFacts {
     const std::optional<report_model::HeaderTime>* time = nullptr;  // its header's, with the report
 };
 
-constexpr std::string_view kNotLatest = "false";
+constexpr std::string_view kNotLatest = "false", kLatest = "true";
 
 // One line of collect's output: {"path", "pathBytes", "verdict", "reason",
 // "copyOf", "machine", "time", "latest", "report"}, written straight as
@@ -77,8 +77,7 @@ const std::string& CollectLine(const fs::path& path, const LineFacts& facts, std
 class CopyFinder {
 public:
     const std::string* EarlierCopy(const LoadedReport& loaded, const fs::path& path) {
-        const Key key{loaded.verdict.stored, loaded.verdict.computed, loaded.body.size(),
-                      std::hash<std::u16string_view>()(loaded.body)};
+        const Key key{loaded.verdict.stored, loaded.verdict.computed, loaded.fileSize, loaded.bodyDigest};
         const auto [at, added] = first_.try_emplace(key, PathText(path));
         return added ? nullptr : &at->second;
     }
@@ -133,18 +132,27 @@ public:
     bool WriteOut(const std::vector<bool>& latest) {
         if (std::fflush(file_.get()) != 0 || std::fseek(file_.get(), 0, SEEK_SET) != 0) return false;
         // Whole lines gathered up to the buffer's size, then printed at once.
-        std::string lines;
+        std::vector<char> lines(kBufferBytes);
+        std::size_t used = 0;
         for (std::size_t i = 0; i < lines_.size(); ++i) {
-            const std::size_t at = lines.size();
-            lines.resize(at + lines_[i].length);
-            if (std::fread(lines.data() + at, 1, lines_[i].length, file_.get()) != lines_[i].length) return false;
-            if (latest[i]) lines.replace(at + lines_[i].latestAt, kNotLatest.size(), "true");
-            if (lines.size() >= kBufferBytes) {
-                Print(stdout, lines);
-                lines.clear();
+            const Spooled& spooled = lines_[i];
+            if (used + spooled.length > lines.size()) {
+                Print(stdout, {lines.data(), used});
+                used = 0;
+                if (spooled.length > lines.size()) lines.resize(spooled.length);
             }
+            char* const line = lines.data() + used;
+            if (std::fread(line, 1, spooled.length, file_.get()) != spooled.length) return false;
+            used += spooled.length;
+            if (!latest[i]) continue;
+            // "false" becomes "true", and the rest of the line moves up by one.
+            char* const mark = line + spooled.latestAt;
+            std::memcpy(mark, kLatest.data(), kLatest.size());
+            std::memmove(mark + kLatest.size(), mark + kNotLatest.size(),
+                         spooled.length - spooled.latestAt - kNotLatest.size());
+            used -= kNotLatest.size() - kLatest.size();
         }
-        Print(stdout, lines);
+        Print(stdout, {lines.data(), used});
         return true;
     }
 
@@ -163,7 +171,7 @@ public:
     explicit Collector(OwnedFile spool) : spool_(std::move(spool)) {}
 
     int File(const fs::path& path) {
-        const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Yes, Diagnose::Yes);
+        const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Digest, Diagnose::Yes);
         switch (loaded.state) {
             case LoadState::Report: {
                 const auto time = report_model::ReadHeaderTime(loaded.report, loaded.modified);
