@@ -222,17 +222,30 @@ std::optional<std::string> CalendarStamp::Iso() const {
 
 // The form with its numbers written in, each ending where `ends` says (day,
 // month, year, hour, minute, second), the year in four digits, the others
-// in two: no text per number, as a large report prints hundreds of
-// thousands of these.
+// in two, two digits at a time: no text per number, as a large report
+// prints hundreds of thousands of these.
 CalendarStamp::Text CalendarStamp::Filled(std::string_view form, const std::array<std::size_t, 6>& ends) const {
+    static constexpr std::array<char, 200> kPairs = [] {
+        std::array<char, 200> pairs{};
+        for (std::size_t n = 0; n < 100; ++n) {
+            pairs[2 * n] = static_cast<char>('0' + n / 10);
+            pairs[2 * n + 1] = static_cast<char>('0' + n % 10);
+        }
+        return pairs;
+    }();
     Text text;
     text.size_ = form.copy(text.chars_.data(), text.chars_.size());
-    const unsigned numbers[] = {day_, month_, year_, hour_, minute_, second_};
-    for (std::size_t i = 0; i < ends.size(); ++i) {
-        unsigned number = numbers[i];
-        for (std::size_t at = ends[i], digits = i == 2 ? 4 : 2; digits > 0; --digits, number /= 10)
-            text.chars_[--at] = static_cast<char>('0' + number % 10);
-    }
+    const auto put = [&](std::size_t end, unsigned number) {
+        text.chars_[end - 2] = kPairs[2 * (number % 100)];
+        text.chars_[end - 1] = kPairs[2 * (number % 100) + 1];
+    };
+    put(ends[0], day_);
+    put(ends[1], month_);
+    put(ends[2], year_);
+    put(ends[2] - 2, year_ / 100);
+    put(ends[3], hour_);
+    put(ends[4], minute_);
+    put(ends[5], second_);
     return text;
 }
 

@@ -213,6 +213,13 @@ TEST(ReportModel, AnEntrysTimeIsKeptAsItsNumbersAndPrintedAlike) {
     EXPECT_EQ(last->Printed(), "31/12/1999  23:59:58");
     EXPECT_EQ(last->Iso(), "1999-12-31T23:59:58");
     EXPECT_FALSE(*stamp == *last);
+    const auto early = CalendarStamp::FromPrinted("01/01/0999  00:00:00");
+    ASSERT_TRUE(early);
+    EXPECT_EQ(early->Printed(), "01/01/0999  00:00:00");
+    EXPECT_EQ(early->Iso(), "0999-01-01T00:00:00");
+    EXPECT_EQ(std::string_view(early->PrintedText()), "01/01/0999  00:00:00");
+    EXPECT_EQ(CalendarStamp::FromPrinted("29/02/2024  23:59:59")->Iso(), "2024-02-29T23:59:59");
+    EXPECT_FALSE(CalendarStamp::FromPrinted("29/02/2023  23:59:59")->IsoText());
     EXPECT_FALSE(CalendarStamp::FromPrinted("7/03/2021  14:05:09"));
     EXPECT_FALSE(CalendarStamp::FromPrinted("07/03/2021 14:05:09"));
     EXPECT_FALSE(CalendarStamp::FromPrinted("07/03/2021  14:05:0x"));
