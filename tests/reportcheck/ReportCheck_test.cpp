@@ -396,7 +396,7 @@ TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
     const Outcome outcome = Check({"show", "--json", "tiny.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 3,\n"
+              "  \"schemaVersion\": 4,\n"
               "  \"integrity\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"6f090968\",\n"
@@ -526,7 +526,7 @@ TEST_F(ReportCheck, DiffAsJson) {
     const Outcome outcome = Check({"diff", "--json", "before.txt", "after.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 3,\n"
+              "  \"schemaVersion\": 4,\n"
               "  \"old\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"14244c76\",\n"
@@ -588,7 +588,7 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     Write("fleet/notes.txt", "notes");
     const std::string sep = kJsonPathSeparator;
     const std::string model =
-        "{\"schemaVersion\":3,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
+        "{\"schemaVersion\":4,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
         "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
         "\"lineCount\":5,\"header\":null,\"program\":{\"name\":\"A\",\"version\":\"%N\",\"directory\":\"C:\\\\X\","
         "\"elevated\":false,\"blankLineBefore\":true},\"host\":null,\"windows\":null,\"hardware\":null,"
@@ -1458,7 +1458,7 @@ TEST_F(ReportCheck, AFileNamedLikeAnOptionFollowsTheEndOfOptions) {
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 1);
     const Outcome shown = Check({"show", "--json", "--", "-x"});
-    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 3,\n", 0), 0u) << shown.out;
+    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 4,\n", 0), 0u) << shown.out;
     EXPECT_EQ(shown.status, 0);
 }
 
