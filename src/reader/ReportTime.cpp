@@ -165,13 +165,25 @@ std::optional<ClockTime> ReadClock(std::string_view token, const std::string& be
     return clock;
 }
 
-// The words of a text cut at spaces, no-break spaces included (the
-// locales' "p. m." has one).
+// The no-break spaces locales put inside their markers ("p.\u00A0m.").
+constexpr std::array<std::string_view, 2> kNoBreakSpaces{"\xC2\xA0", "\xE2\x80\xAF"};
+
+// The text with each no-break space made a plain one.
+std::string WithPlainSpaces(std::string_view text) {
+    std::string plain;
+    while (!text.empty()) {
+        const auto noBreak = std::find_if(kNoBreakSpaces.begin(), kNoBreakSpaces.end(),
+                                          [&](std::string_view space) { return text.starts_with(space); });
+        const bool found = noBreak != kNoBreakSpaces.end();
+        plain += found ? ' ' : text.front();
+        text.remove_prefix(found ? noBreak->size() : 1);
+    }
+    return plain;
+}
+
+// The words of a text cut at spaces, no-break spaces included.
 std::vector<std::string> Words(std::string_view text) {
-    std::string spaced(text);
-    for (std::string_view noBreak : {std::string_view("\xC2\xA0"), std::string_view("\xE2\x80\xAF")})
-        for (std::size_t at = spaced.find(noBreak); at != std::string::npos; at = spaced.find(noBreak, at))
-            spaced.replace(at, noBreak.size(), " ");
+    const std::string spaced = WithPlainSpaces(text);
     std::vector<std::string> words;
     std::string_view rest = spaced;
     while (!rest.empty()) {
