@@ -188,6 +188,21 @@ TEST(ReportModel, JsonWriterWritesWhatDumpJsonWrites) {
     EXPECT_EQ(text, DumpJson(tree));
 }
 
+TEST(ReportModel, JsonWriterFindsEveryByteToEscapeWhereverItStands) {
+    // A text is looked at eight bytes at a time: each kind of byte that asks
+    // for something, at every place in and around two such groups, and the
+    // plain bytes next to them in value.
+    const std::string bytes[] = {"\"", "\\", std::string(1, '\0'), "\x1F", "\n", "\xC3\xA9", " ", "!", "#", "[", "]", "\x7F"};
+    for (const std::string& byte : bytes)
+        for (std::size_t at = 0; at <= 17; ++at) {
+            const std::string text = std::string(at, 'a') + byte + std::string(17 - at, 'b');
+            std::string written;
+            JsonWriter json(written);
+            json.String(text);
+            EXPECT_EQ(written, DumpJson(nlohmann::ordered_json(text))) << at;
+        }
+}
+
 TEST(ReportModel, AnEntrysTimeIsKeptAsItsNumbersAndPrintedAlike) {
     const auto stamp = CalendarStamp::FromPrinted("07/03/2021  14:05:09");
     ASSERT_TRUE(stamp);
@@ -203,9 +218,8 @@ TEST(ReportModel, AnEntrysTimeIsKeptAsItsNumbersAndPrintedAlike) {
     EXPECT_FALSE(CalendarStamp::FromPrinted("07/03/2021  14:05:0x"));
 }
 
-TEST(ReportModel, UtfEightFromBytesInPiecesAsFromTheWholeText) {
-    // Lone surrogates at both ends, and a pair on the edge of the first
-    // piece (32,768 units): its two halves are units 32,767 and 32,768.
+TEST(ReportModel, UtfEightFromBytesAsFromTheText) {
+    // Lone surrogates at both ends, and a pair far into the text.
     std::u16string text = u"\xDC00";
     text += std::u16string(32 * 1024 - 2, u'a');
     text += u"\xD83D\xDE00\u00E9\xD800";
