@@ -12,15 +12,20 @@ const out = path.join(s.ROOT, 'docs/screenshots');
 const dir = s.tempDir('screenshots');
 if (process.argv[2]) process.env.DIAG_REPORTCHECK = process.argv[2];
 
-// A small fleet: eight machines, one with an older tool.dll, one report altered.
+// A small fleet: eight machines in several locales (one date ambiguous),
+// one with an older tool.dll, one report altered; the files saved on one day.
 const fleet = path.join(dir, 'reports');
 fs.mkdirSync(fleet);
+const whens = ['11/11/2026 9:11:00 AM', '2026. 11. 12. 14:12:05', '13.11.2026 09:13', '05/11/2026 10:00:00',
+  '11/15/2026 9:15:00 AM', '16/11/2026 09:16:00', '17/11/2026 3:17:00 μμ', '18/11/2026 09:18 p. m.'];
+const saved = new Date('2026-12-01T00:00:00Z');
 for (let i = 1; i <= 8; i++) {
   const machine = 'PC' + String(i).padStart(3, '0');
-  const body = s.makeBody({ machine, user: 'user' + i, when: '11/' + (10 + i) + '/2026 9:' + (10 + i) + ':00 AM',
+  const body = s.makeBody({ machine, user: 'user' + i, when: whens[i - 1],
     entries: [{ name: 'Base.dll', version: '9.3.1.1042' }, { name: 'tool.dll', version: i === 3 ? '9.2.0.7' : '9.3.1.1042' },
       { name: 'Runner.exe', version: '9.3.1.1042' }] });
-  s.writeReport(path.join(fleet, machine + '.txt'), body, i === 6 ? '0badf00d' : undefined);
+  const file = s.writeReport(path.join(fleet, machine + '.txt'), body, i === 6 ? '0badf00d' : undefined);
+  fs.utimesSync(file, saved, saved);
 }
 
 (async () => {

@@ -7,6 +7,7 @@
 #include "format/LineForms.h"
 #include "reader/ReportJson.h"
 #include "reader/ReportModelText.h"
+#include "reader/ReportTime.h"
 
 namespace report_page {
 
@@ -393,10 +394,19 @@ std::string ComparisonPageJson(const PageReport& oldPage, const PageReport& newP
 namespace {
 constexpr std::string_view kHeaderLead = lineform::kHeaderLead.Narrow();
 
+// The readings of a header whose time the tables hold as not certain:
+// both of an ambiguous date, none of an impossible one or of no time.
+std::vector<std::string> UncertainReadings(const std::string& header) {
+    std::vector<std::string> readings;
+    if (const auto read = report_model::ReadingsOfHeader(header))
+        for (const auto& reading : read->readings) readings.push_back(report_model::HeaderIso(reading, read->seconds));
+    return readings;
+}
+
 void AddRows(const sqlite::Connection& db, FleetSummary& fleet, std::map<std::int64_t, std::size_t>& index) {
     sqlite::Statement rows(db,
                            "SELECT report, path, verdict, coalesce(reason, ''), coalesce(host_name, ''), "
-                           "coalesce(host_user, ''), coalesce(header, '') FROM main.reports ORDER BY report");
+                           "coalesce(host_user, ''), coalesce(header, ''), time FROM main.reports ORDER BY report");
     while (rows.Step()) {
         FleetSummary::Row row;
         row.path = rows.Text(1);
@@ -406,6 +416,8 @@ void AddRows(const sqlite::Connection& db, FleetSummary& fleet, std::map<std::in
         row.user = rows.Text(5);
         const std::string header = rows.Text(6);
         if (header.rfind(kHeaderLead, 0) == 0) row.when = header.substr(kHeaderLead.size());
+        if (!rows.IsNull(7)) row.time = rows.Text(7);
+        else row.readings = UncertainReadings(header);
         index[rows.Integer(0)] = fleet.rows.size();
         fleet.rows.push_back(std::move(row));
     }
@@ -477,6 +489,11 @@ void WriteFleet(JsonWriter& json, const FleetSummary& fleet) {
         Member(json, "machine", row.machine);
         Member(json, "user", row.user);
         Member(json, "when", row.when);
+        MemberOrNull(json, "time", row.time);
+        json.Key("readings");
+        json.Open('[');
+        for (const std::string& reading : row.readings) json.String(reading);
+        json.Close(']');
         Member(json, "verdict", row.verdict);
         Member(json, "reason", row.reason);
         Member(json, "errors", row.counts[static_cast<int>(rules::Severity::Error)]);

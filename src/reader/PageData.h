@@ -11,6 +11,7 @@
 // 10,000 entries does not carry each member's name 10,000 times.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,6 +60,10 @@ struct PageReport {
 struct FleetSummary {
     struct Row {
         std::string path, machine, user, when, verdict, reason;
+        // The header's time in ISO where it is certain (reader/ReportTime.h);
+        // where it is not, every reading of it: two for an ambiguous date.
+        std::optional<std::string> time;
+        std::vector<std::string> readings;
         std::size_t counts[3] = {0, 0, 0};  // by rules::Severity
         std::vector<std::size_t> notChecked;  // indices into FleetSummary::notChecked
     };

@@ -19,7 +19,7 @@
 
 namespace report_model {
 
-inline constexpr int kReportSchemaVersion = 3;
+inline constexpr int kReportSchemaVersion = 4;
 
 // JSON text on one line, appended to a string, character for character what
 // DumpJson writes for the same values: collect writes a line per report, and

@@ -1,8 +1,8 @@
 // When a report was made, as data: the header's date and time read in the
 // forms the machines' locales print them ("11/16/2026 9:12:00 AM",
 // "23/11/2026 19:50:05", "23.11.2026 19:50:06", "11/23/26 19:24:16",
-// "2026-11-23 19:50:05"...), as ISO 8601 local time with no zone, and
-// whether that reading is certain.
+// "2026-11-23 19:50:05", "2026-11-23 오후 7:50:05", "23/11/2026 19:50"...),
+// as ISO 8601 local time with no zone, and whether that reading is certain.
 //
 // The header prints the date in the order of the machine's locale, which
 // the report does not name: 05/11/2026 is the 5th of November or the 11th
@@ -33,7 +33,16 @@ std::string IsoText(const CalendarTime& time);
 // What a header's text allows: nothing when it holds no date and time in a
 // known form (an empty header too); otherwise every real reading of it,
 // day first before month first, none when the date or time cannot be.
-std::optional<std::vector<CalendarTime>> ReadingsOfHeader(std::string_view headerText);
+struct HeaderReadings {
+    std::vector<CalendarTime> readings;
+    bool seconds = true;  // false for a time printed to the minute ("19:50")
+};
+std::optional<HeaderReadings> ReadingsOfHeader(std::string_view headerText);
+
+// A reading in ISO: "2026-11-23T19:50:05", or "2026-11-23T19:50" for a time
+// printed without seconds, which are not made up: as text it still sorts
+// before every time of a later minute and after every earlier one.
+std::string HeaderIso(const CalendarTime& time, bool seconds);
 
 enum class SettledBy {
     Date,       // the date reads one way only (year first, a day over 12, day equal to month)

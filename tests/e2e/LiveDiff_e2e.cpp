@@ -173,7 +173,7 @@ std::string ExpectedJson(const ReportReading& before, const ReportReading& after
         return "  \"" + std::string(name) + "\": {\n    \"verdict\": \"intact\",\n    \"storedChecksum\": \"" +
                reading.checksum + "\",\n    \"bodyChecksum\": \"" + reading.checksum + "\"\n  },\n";
     };
-    std::string json = "{\n  \"schemaVersion\": 3,\n" + side("old", before) + side("new", after) +
+    std::string json = "{\n  \"schemaVersion\": 4,\n" + side("old", before) + side("new", after) +
                        "  \"verdictChanged\": false,\n  \"changes\": [";
     for (std::size_t i = 0; i < changes.size(); ++i) {
         const Change& c = changes[i];

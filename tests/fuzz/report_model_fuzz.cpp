@@ -38,6 +38,9 @@ void CheckHeaderTime(const Report& report, std::int64_t fileModified) {
         if (time->iso)
             FUZZ_CHECK(std::find(time->readings.begin(), time->readings.end(), *time->iso) != time->readings.end());
         FUZZ_CHECK((time->settledBy == SettledBy::Date) == (time->readings.size() == 1));
+        // To the second, or to the minute when the header prints no seconds.
+        for (const std::string& reading : time->readings)
+            FUZZ_CHECK(reading.size() == time->readings.front().size() && (reading.size() == 19 || reading.size() == 16));
     }
     FUZZ_CHECK(alone->readings == withFile->readings);
     if (alone->settledBy == SettledBy::Date) FUZZ_CHECK(withFile->iso == alone->iso);

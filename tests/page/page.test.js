@@ -406,9 +406,66 @@ test.describe('fleet page', () => {
     const found = page.locator('.table-block', { has: page.locator('caption', { hasText: 'Findings across the fleet' }) });
     await expect(found.locator('tbody tr')).toHaveText(['\u26A0 Warningsuite.mixed-versionsThe suite\'s files carry more than one product version2PC04000, PC08000']);
     await table.getByLabel('Filter').fill('PC04000');
-    await expect(table.locator('tbody tr td')).toHaveText(['PC04000', 'user4000', '11/22/2026 2:36:06 PM', 'intact', '0', '1', '0', '8 rules',
+    await expect(table.locator('tbody tr td')).toHaveText(['PC04000', 'user4000', '2026-11-22T14:36:06\n11/22/2026 2:36:06 PM', 'intact', '0', '1', '0', '8 rules',
       path.join(reports, 'PC04000.txt')], { useInnerText: true });
     expectQuiet(seen);
+  });
+});
+
+test.describe('fleet page: when each report was made', () => {
+  // Reports of five locales' forms; the report files saved on 1 January
+  // 2027, so that neither reading of 05/11/2026 is ruled out.
+  function fleetOfLocales() {
+    const dir = s.tempDir('fleet-times');
+    const reports = path.join(dir, 'reports');
+    fs.mkdirSync(reports);
+    const saved = new Date('2027-01-01T00:00:00Z');
+    for (const [machine, when] of [['US', '11/22/2026 2:36:06 PM'], ['KR', '2026-11-23 오후 7:50:05'],
+      ['DE', '21.11.2026 19:50'], ['GB', '05/11/2026 10:00:00'], ['XX', 'Monday']]) {
+      const file = s.writeReport(path.join(reports, machine + '.txt'), s.makeBody({ machine, when }));
+      fs.utimesSync(file, saved, saved);
+    }
+    return { dir, reports };
+  }
+  const whenCells = (table) => table.locator('tbody tr td:nth-child(3)');
+
+  test('the ISO time over the header\'s text, sorted truly across locales, an ambiguous date marked', async ({ page }) => {
+    const { dir, reports } = fleetOfLocales();
+    const made = s.makePage(dir, 'fleet.html', ['--lang', 'en', reports]);
+    const seen = await s.openPage(page, made.url);
+    const table = page.locator('.table-block').first();
+    await table.getByRole('button', { name: 'Machine' }).click();
+    await expect(table.locator('tbody tr td:first-child')).toHaveText(['DE', 'GB', 'KR', 'US', 'XX']);
+    await expect(whenCells(table)).toHaveText(['2026-11-21T19:50\n21.11.2026 19:50',
+      '\u26A0 ambiguous date\n05/11/2026 10:00:00', '2026-11-23T19:50:05\n2026-11-23 오후 7:50:05',
+      '2026-11-22T14:36:06\n11/22/2026 2:36:06 PM', 'Monday'], { useInnerText: true });
+    expect(await whenCells(table).locator('time').evaluateAll((times) => times.map((t) => t.getAttribute('datetime'))))
+      .toEqual(['2026-11-21T19:50', '2026-11-23T19:50:05', '2026-11-22T14:36:06']);
+    expect(await whenCells(table).evaluateAll((cells) => cells.map((c) => c.title))).toEqual([
+      '21.11.2026 19:50', 'Day and month read both ways: 2026-11-05T10:00:00 or 2026-05-11T10:00:00',
+      '2026-11-23 오후 7:50:05', '11/22/2026 2:36:06 PM', 'Monday']);
+    // In time order; the header's text would put 05/11 first and 21.11 last.
+    await table.getByRole('button', { name: 'Report of' }).click();
+    await expect(table.locator('tbody tr td:first-child')).toHaveText(['GB', 'XX', 'DE', 'US', 'KR']);
+    await table.getByRole('button', { name: 'Report of' }).click();
+    await expect(table.locator('tbody tr td:first-child')).toHaveText(['KR', 'US', 'DE', 'GB', 'XX']);
+    await table.getByLabel('Filter').fill('ambiguous');
+    await expect(table.locator('tbody tr td:first-child')).toHaveText(['GB']);
+    await table.getByLabel('Filter').fill('2026-11-23');
+    await expect(table.locator('tbody tr td:first-child')).toHaveText(['KR']);
+    expectQuiet(seen);
+  });
+
+  test('in French', async ({ page }) => {
+    const { dir, reports } = fleetOfLocales();
+    const made = s.makePage(dir, 'fleet.html', ['--lang', 'fr', reports]);
+    await s.openPage(page, made.url);
+    const table = page.locator('.table-block').first();
+    await table.getByRole('button', { name: 'Rapport du' }).click();
+    await expect(table.locator('tbody tr td:first-child')).toHaveText(['GB', 'XX', 'DE', 'US', 'KR']);
+    await expect(whenCells(table).first()).toHaveText('\u26A0 date ambiguë\n05/11/2026 10:00:00', { useInnerText: true });
+    await expect(whenCells(table).first()).toHaveAttribute('title',
+      'Le jour et le mois se lisent dans les deux sens\u00A0: 2026-11-05T10:00:00 ou 2026-05-11T10:00:00');
   });
 });
 

@@ -100,6 +100,84 @@ TEST(HeaderTime, ReadsTheTwelveHourClock) {
     });
 }
 
+// What Windows prints for the locales that put their word for morning or
+// afternoon before the time (Korean, Chinese, Japanese).
+TEST(HeaderTime, ReadsAMarkerBeforeTheTime) {
+    ExpectReadings({
+        {"2026-11-23 오후 7:50:05", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},
+        {"2026-11-23 오전 7:50:05", "2026-11-23T07:50:05|date|2026-11-23T07:50:05;"},
+        {"2026/11/23 下午 7:50:05", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},
+        {"2026/11/23 上午 12:05:00", "2026-11-23T00:05:00|date|2026-11-23T00:05:00;"},
+        {"2026/11/23 下午 07:50:05", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},
+        {"2026/11/23 午後 7:50:05", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},
+        {"2026/11/23 午前 11:59:59", "2026-11-23T11:59:59|date|2026-11-23T11:59:59;"},
+        {"11/16/2026 PM 9:12:00", "2026-11-16T21:12:00|date|2026-11-16T21:12:00;"},
+    });
+}
+
+// The other languages' words after the time, in their Windows spellings.
+TEST(HeaderTime, ReadsTheMarkersOfOtherLanguagesAfterTheTime) {
+    ExpectReadings({
+        {"23/11/2026 07:50:05 p. m.", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},      // Spanish
+        {"23/11/2026 07:50:05 a.\u00A0m.", "2026-11-23T07:50:05|date|2026-11-23T07:50:05;"},  // no-break space
+        {"23/11/2026 07:50:05\u202Fp.\u202Fm.", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},
+        {"23/11/2026 7:50:05 μμ", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},  // Greek
+        {"23/11/2026 7:50:05 π.μ.", "2026-11-23T07:50:05|date|2026-11-23T07:50:05;"},
+        {"23/11/2026 7:50:05 ΜΜ", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},
+        {"23/11/2026 07:50:05 م", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},  // Arabic
+        {"23/11/2026 07:50:05 ص", "2026-11-23T07:50:05|date|2026-11-23T07:50:05;"},
+        {"11/23/2026 07:50:05 ب.ظ", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},  // Persian
+        {"11/23/2026 07:50:05 ق.ظ", "2026-11-23T07:50:05|date|2026-11-23T07:50:05;"},
+        {"23.11.2026 7:50:05 ÖS", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},  // Turkish
+        {"23.11.2026 7:50:05 öö", "2026-11-23T07:50:05|date|2026-11-23T07:50:05;"},
+        {"23/11/2026 7:50:05 CH", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},  // Vietnamese
+        {"23/11/2026 7:50:05 SA", "2026-11-23T07:50:05|date|2026-11-23T07:50:05;"},
+        {"2026-11-23 7:50:05.MD", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},  // Albanian, written on
+        {"2026-11-23 7:50:05.PD", "2026-11-23T07:50:05|date|2026-11-23T07:50:05;"},
+    });
+}
+
+TEST(HeaderTime, ReadsDatesWithASpaceAfterEachFullStopAndBulgariansWords) {
+    ExpectReadings({
+        {"2026. 11. 23. 19:50:05", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},  // Hungarian
+        {"23. 11. 2026 19:50:05", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},   // Slovak
+        {"23.11.2026 г. 19:50:05 ч.", "2026-11-23T19:50:05|date|2026-11-23T19:50:05;"},
+        {"5. 11. 2026 10:00:00", "-|-|2026-11-05T10:00:00;2026-05-11T10:00:00;"},
+    });
+}
+
+// No seconds are made up: the ISO time stops at the minute.
+TEST(HeaderTime, ReadsATimeWithoutSecondsToTheMinute) {
+    ExpectReadings({
+        {"23/11/2026 19:50", "2026-11-23T19:50|date|2026-11-23T19:50;"},
+        {"23.11.2026 19.50", "2026-11-23T19:50|date|2026-11-23T19:50;"},
+        {"11/16/2026 9:12 PM", "2026-11-16T21:12|date|2026-11-16T21:12;"},
+        {"2026-11-23 오후 7:50", "2026-11-23T19:50|date|2026-11-23T19:50;"},
+        {"05/11/2026 10:00", "-|-|2026-11-05T10:00;2026-05-11T10:00;"},
+        {"31/02/2026 10:00", "-|-|"},
+        {"23/11/2026 24:00", "-|-|"},
+        {"11/16/2026 13:00 PM", "-|-|"},
+    });
+    EXPECT_EQ(Read(WithHeader("05/11/2026 10:00"), kJune1st2026),
+              "2026-05-11T10:00|file times|2026-11-05T10:00;2026-05-11T10:00;");
+}
+
+TEST(HeaderTime, AMarkerThatIsNoneOfTheKnownOnesOrOneTooManyGivesNoTime) {
+    ExpectReadings({
+        {"2026-11-23 오후 7:50:05 PM", "no time"},
+        {"2026-11-23 tomorrow 7:50:05", "no time"},
+        {"23/11/2026 7:50:05 p. m. x", "no time"},
+        {"23/11/2026 7:50:05 p", "no time"},
+        {"2026-11-23 7:50:05.MD PM", "no time"},
+        {"2026-11-23 7:50:05.", "no time"},
+        {"23/11/2026 PM", "no time"},
+        {"23.11.2026 г. 19:50:05 ч. PM", "no time"},
+        {"2026. 11. 19:50:05", "no time"},
+    });
+    // A 12-hour clock has no hour 19, whichever side its marker is on.
+    EXPECT_EQ(Read("2026-11-23 오후 19:50:05"), "-|-|");
+}
+
 TEST(HeaderTime, DayAndMonthThatReadBothWaysAreAmbiguousWithoutFileTimes) {
     ExpectReadings({
         {"05/11/2026 10:00:00", "-|-|2026-11-05T10:00:00;2026-05-11T10:00:00;"},
@@ -175,7 +253,7 @@ TEST(HeaderTime, AHeaderWithNoTimeInAKnownFormHasNone) {
         {"", "no time"},
         {"Monday", "no time"},
         {"23/11/2026", "no time"},
-        {"23/11/2026 19:50", "no time"},
+        {"23/11/2026 19", "no time"},
         {"23/11/2026 19:50:05 tomorrow", "no time"},
         {"23/11-2026 19:50:05", "no time"},
         {"123/11/2026 19:50:05", "no time"},
@@ -267,6 +345,15 @@ TEST(ReportTime, JsonGivesBothReadingsOfAnAmbiguousDateAndWhatSettlesIt) {
     EXPECT_EQ(ReportToJson(february, Intact(), kJune1st2026)["header"]["time"].dump(),
               R"({"iso":"2026-05-11T10:00:00","certain":true,"settledBy":"file times",)"
               R"("readings":["2026-11-05T10:00:00","2026-05-11T10:00:00"]})");
+}
+
+TEST(ReportTime, JsonGivesATimeWithoutSecondsToTheMinuteAndOneWithAMarkerBefore) {
+    EXPECT_EQ(ReportToJson(Sample("23/11/2026 19:50", "22/11/2026  14:33:45"), Intact())["header"]["time"].dump(),
+              R"({"iso":"2026-11-23T19:50","certain":true,"settledBy":"date","readings":["2026-11-23T19:50"]})");
+    EXPECT_EQ(ReportToJson(Sample("2026-11-23 오후 7:50:05", "22/11/2026  14:33:45"), Intact())["header"].dump(),
+              R"({"text":"Orvane Software system report on 2026-11-23 오후 7:50:05","blankLineAfter":true,)"
+              R"("time":{"iso":"2026-11-23T19:50:05","certain":true,"settledBy":"date",)"
+              R"("readings":["2026-11-23T19:50:05"]}})");
 }
 
 TEST(ReportTime, JsonGivesNoTimeWithoutAHeaderAndNoIsoForAnImpossibleOne) {

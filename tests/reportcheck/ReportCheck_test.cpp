@@ -396,7 +396,7 @@ TEST_F(ReportCheck, ShowPrintsTheWholeReportAsJson) {
     const Outcome outcome = Check({"show", "--json", "tiny.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 3,\n"
+              "  \"schemaVersion\": 4,\n"
               "  \"integrity\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"6f090968\",\n"
@@ -526,7 +526,7 @@ TEST_F(ReportCheck, DiffAsJson) {
     const Outcome outcome = Check({"diff", "--json", "before.txt", "after.txt"});
     EXPECT_EQ(outcome.out,
               "{\n"
-              "  \"schemaVersion\": 3,\n"
+              "  \"schemaVersion\": 4,\n"
               "  \"old\": {\n"
               "    \"verdict\": \"intact\",\n"
               "    \"storedChecksum\": \"14244c76\",\n"
@@ -588,7 +588,7 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
     Write("fleet/notes.txt", "notes");
     const std::string sep = kJsonPathSeparator;
     const std::string model =
-        "{\"schemaVersion\":3,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
+        "{\"schemaVersion\":4,\"integrity\":{\"verdict\":\"%V\",\"storedChecksum\":\"14244c76\","
         "\"bodyChecksum\":\"%B\",\"lineBreaks\":\"CR LF\",\"lineBreakExceptions\":[],\"finalLineBreak\":true},"
         "\"lineCount\":5,\"header\":null,\"program\":{\"name\":\"A\",\"version\":\"%N\",\"directory\":\"C:\\\\X\","
         "\"elevated\":false,\"blankLineBefore\":true},\"host\":null,\"windows\":null,\"hardware\":null,"
@@ -618,13 +618,14 @@ TEST_F(ReportCheck, CollectWalksFoldersAndGivesBadFilesTheirLine) {
 namespace {
 
 // The sample made by `machine` on `made` (the header's date and time), its
-// folder's own entries written at `listed` ("dd/mm/yyyy  hh:mm:ss").
+// folder's own entries written at `listed` ("dd/mm/yyyy  hh:mm:ss"); `made`
+// in UTF-8, as the locales' words for morning and afternoon need.
 std::string MadeOn(const std::string& machine, const std::string& made, const std::string& listed) {
     std::string body = Replaced(kSampleReportBody, "\tname: PC1 (WORKGROUP\\PC1)",
                                 "\tname: " + machine + " (WORKGROUP\\" + machine + ")");
     body = Replaced(body, "11/22/26 14:36:06", made);
     body = Replaced(body, "22/11/2026  14:33:45\t22/11/2026  14:33:45", listed + "\t" + listed);
-    return SavedReport(body);
+    return BuildReportFileBytes(report_model::Utf16FromUtf8(WithCrLf(body)));
 }
 
 // Sets a file's last write, given in seconds since 1970 UTC.
@@ -765,6 +766,34 @@ TEST_F(ReportCheck, CollectGivesEachReportsTimeAndMarksEachMachinesLatest) {
     const std::string after = rows();
     EXPECT_NE(after.find("f.txt|2026-11-05T10:00:00|file times|0\n"), std::string::npos) << after;
     EXPECT_NE(after.find("i.txt|2026-12-24T08:00:00|date|1\n"), std::string::npos) << after;
+}
+
+TEST_F(ReportCheck, CollectMarksTheLatestOfAMachinesReportsMadeInDifferentLocales) {
+    // As printed, "2026-..." comes before "23..."; in time the 24-hour one
+    // to the minute is the latest.
+    fs::create_directories(root_ / "files" / "locales");
+    Write("locales/a.txt", MadeOn("PC1", "2026-11-23 오후 7:12:05", "22/11/2026  14:33:45"));
+    Write("locales/b.txt", MadeOn("PC1", "23/11/2026 19:50", "22/11/2026  14:33:45"));
+    Write("locales/c.txt", MadeOn("PC1", "23/11/2026 07:55:00 p. m.", "22/11/2026  14:33:45"));
+    Write("locales/d.txt", MadeOn("PC1", "2026/11/23 上午 11:59:59", "22/11/2026  14:33:45"));
+    const std::string sep = kJsonPathSeparator;
+    const auto line = [&](const std::string& name, const std::string& iso, bool latest) {
+        return "{\"path\":\"locales" + sep + name + "\",\"pathBytes\":null,\"verdict\":\"intact\",\"reason\":null,"
+               "\"copyOf\":null,\"machine\":\"PC1\",\"time\":{\"iso\":\"" + iso + "\",\"certain\":true,"
+               "\"settledBy\":\"date\",\"readings\":[\"" + iso + "\"]},\"latest\":" + (latest ? "true" : "false") +
+               ",\"report\":{";
+    };
+    const Outcome outcome = Check({"collect", "locales"});
+    std::istringstream lines(outcome.out);
+    std::string text;
+    for (const std::string& start : {line("a.txt", "2026-11-23T19:12:05", false), line("b.txt", "2026-11-23T19:50", false),
+                                     line("c.txt", "2026-11-23T19:55:00", true),
+                                     line("d.txt", "2026-11-23T11:59:59", false)}) {
+        ASSERT_TRUE(std::getline(lines, text));
+        EXPECT_EQ(text.substr(0, start.size()), start);
+    }
+    EXPECT_FALSE(std::getline(lines, text));
+    EXPECT_EQ(outcome.status, 0);
 }
 
 TEST_F(ReportCheck, ShowReadsA50MegabyteReport) {
@@ -1458,7 +1487,7 @@ TEST_F(ReportCheck, AFileNamedLikeAnOptionFollowsTheEndOfOptions) {
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 1);
     const Outcome shown = Check({"show", "--json", "--", "-x"});
-    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 3,\n", 0), 0u) << shown.out;
+    EXPECT_EQ(shown.out.rfind("{\n  \"schemaVersion\": 4,\n", 0), 0u) << shown.out;
     EXPECT_EQ(shown.status, 0);
 }
 

@@ -46,7 +46,9 @@
       navigation: 'Contents', jumpFinding: 'Go to the evidence',
       notChecked: (n) => n === 1 ? '1 rule could not check this report' : n + ' rules could not check this report',
       rulesCount: (n) => n === 1 ? '1 rule' : n + ' rules',
-      missing: (what) => 'no ' + what + ' in the report'
+      missing: (what) => 'no ' + what + ' in the report',
+      ambiguousDate: 'ambiguous date',
+      ambiguousTitle: (a, b) => 'Day and month read both ways: ' + a + ' or ' + b
     },
     fr: {
       reportTitle: 'Rapport', comparisonTitle: 'Comparaison', fleetTitle: 'Parc',
@@ -90,7 +92,9 @@
       navigation: 'Sommaire', jumpFinding: 'Aller à la preuve',
       notChecked: (n) => n === 1 ? '1 règle n’a pas pu vérifier ce rapport' : n + ' règles n’ont pas pu vérifier ce rapport',
       rulesCount: (n) => n === 1 ? '1 règle' : n + ' règles',
-      missing: (what) => 'pas de « ' + what + ' » dans le rapport'
+      missing: (what) => 'pas de « ' + what + ' » dans le rapport',
+      ambiguousDate: 'date ambiguë',
+      ambiguousTitle: (a, b) => 'Le jour et le mois se lisent dans les deux sens\u00A0: ' + a + ' ou ' + b
     }
   };
 
@@ -586,6 +590,23 @@
     return cell;
   }
 
+  // The header's time in ISO, which orders reports truly whatever their
+  // locales, over the header's text as printed; an ambiguous date says so,
+  // with both its readings in the title, and sorts with the times unknown.
+  const isAmbiguous = (r) => !r.time && r.readings.length === 2;
+  function whenCell(r) {
+    const cell = el('td', { class: 'when', title: isAmbiguous(r) ? T.ambiguousTitle(r.readings[0], r.readings[1]) : r.when || null });
+    if (r.time) cell.append(el('time', { datetime: r.time, text: r.time }));
+    else if (isAmbiguous(r)) {
+      cell.append(el('span', { class: 'ambiguous' }, [el('span', { 'aria-hidden': 'true', text: '\u26A0 ' }), T.ambiguousDate]));
+    }
+    cell.append(el('span', { class: r.time || isAmbiguous(r) ? 'printed' : null }, [textOf(r.when)]));
+    return cell;
+  }
+  function whenText(r) {
+    return [r.time, isAmbiguous(r) ? T.ambiguousDate + ' ' + r.readings.join(' ') : null, r.when].filter(Boolean).join(' ');
+  }
+
   function drawFleet(main) {
     const fleet = data.fleet;
     const reports = fleet.reports;
@@ -606,7 +627,7 @@
     main.append(dataTable(T.reports, [
       { key: 'machine', label: T.cols.machine, cell: (r) => textCell(r.machine) },
       { key: 'user', label: T.cols.user, cell: (r) => textCell(r.user) },
-      { key: 'when', label: T.cols.when, cell: (r) => textCell(r.when) },
+      { key: 'when', label: T.cols.when, sort: (r) => r.time || '', text: whenText, cell: whenCell },
       { key: 'verdict', label: T.cols.verdict, text: (r) => T.verdictNames[r.verdict] || r.verdict, cell: verdictCell },
       countCol('errors'), countCol('warnings'), countCol('infos'),
       { key: 'notChecked', label: T.cols.notChecked, number: true, sort: (r) => r.notChecked.length,
