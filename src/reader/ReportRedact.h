@@ -14,6 +14,9 @@
 //
 // The same value always gets the same pseudonym: within a report through
 // the map, and across reports when the map is kept in a file (PseudonymMap).
+// A pseudonym of an earlier run that the text holds is left whole, whatever
+// the keywords spell: redacting a redacted report again with the same map
+// changes nothing.
 #pragma once
 
 #include <array>
