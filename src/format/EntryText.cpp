@@ -23,10 +23,8 @@ std::wstring_view AceKindText(AceKind kind) {
 }  // namespace
 
 std::wstring FormatEntryHead(std::uint32_t attributes, std::uint32_t sizeLow) {
-    std::wstring text = numtext::Hex<wchar_t>(attributes, 8, false);
-    text += L' ';
-    text += numtext::PadLeft(numtext::Signed<wchar_t>(static_cast<std::int32_t>(sizeLow)), 10);
-    text += L'\t';
+    std::wstring text;
+    AppendEntryHead(text, attributes, sizeLow);
     return text;
 }
 

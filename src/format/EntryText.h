@@ -10,10 +10,20 @@
 #include <string_view>
 
 #include "format/LineForms.h"
+#include "format/NumberText.h"
 
 // "%08x %10d\t": the attribute bits, then the low 32 bits of the size read as
 // a signed number (sizes from 2 GiB show negative, from 4 GiB wrap).
 std::wstring FormatEntryHead(std::uint32_t attributes, std::uint32_t sizeLow);
+// The same appended to `out`, wide for the tool's writer, narrow for the
+// reader that checks each line it reads against it.
+template <typename Ch>
+void AppendEntryHead(std::basic_string<Ch>& out, std::uint32_t attributes, std::uint32_t sizeLow) {
+    numtext::AppendPadded<Ch>(out, attributes, 8, static_cast<Ch>('0'), 16);
+    out += static_cast<Ch>(' ');
+    numtext::AppendPadded<Ch>(out, static_cast<std::int32_t>(sizeLow), 10);
+    out += static_cast<Ch>('\t');
+}
 
 // A local date and time as the fields of a calendar.
 struct CalendarTime {

@@ -44,6 +44,28 @@ std::basic_string<Ch> PadLeft(std::basic_string<Ch> text, std::size_t width, Ch 
     return text;
 }
 
+// `value` right-aligned in `width` places filled with `fill`, appended to
+// `out`: "%10d", or "%08x" with base 16 and '0' (for values that are not
+// negative), without a text of their own, as a large listing asks for
+// hundreds of thousands.
+template <typename Ch>
+void AppendPadded(std::basic_string<Ch>& out, std::int64_t value, std::size_t width, Ch fill = static_cast<Ch>(' '),
+                  unsigned base = 10) {
+    const std::uint64_t bits = static_cast<std::uint64_t>(value);
+    std::uint64_t magnitude = value < 0 ? 0 - bits : bits;
+    Ch buffer[72];
+    Ch* const end = buffer + 72;
+    Ch* first = end;
+    do {
+        *--first = static_cast<Ch>("0123456789abcdef"[magnitude % base]);
+        magnitude /= base;
+    } while (magnitude != 0);
+    if (value < 0) *--first = static_cast<Ch>('-');
+    const std::size_t length = static_cast<std::size_t>(end - first);
+    if (length < width) out.append(width - length, fill);
+    out.append(first, end);
+}
+
 template <typename Ch>
 std::basic_string<Ch> Hex(std::uint64_t value, std::size_t minDigits, bool upper) {
     return Unsigned<Ch>(value, 16, upper, minDigits);

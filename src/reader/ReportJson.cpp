@@ -1,7 +1,9 @@
 #include "reader/ReportJson.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 #include <optional>
 #include <type_traits>
 #include <vector>
@@ -189,10 +191,10 @@ void PutEntry(JsonWriter& json, const DirectoryEntry& e) {
     Member(json, "version", e.version);
     Member(json, "attributes", ChecksumText(e.attributes));
     Member(json, "size", e.size);
-    Member(json, "created", e.created.Printed());
-    Member(json, "createdIso", e.created.Iso());
-    Member(json, "written", e.written.Printed());
-    Member(json, "writtenIso", e.written.Iso());
+    Member(json, "created", e.created.PrintedText());
+    Member(json, "createdIso", e.created.IsoText());
+    Member(json, "written", e.written.PrintedText());
+    Member(json, "writtenIso", e.written.IsoText());
     Member(json, "accessList", e.accessList);
     Member(json, "content", e.content);
     json.Close('}');
@@ -238,6 +240,25 @@ constexpr std::array<ByteKind, 256> kByteKinds = [] {
     for (std::size_t c = 0x80; c < 0x100; ++c) kinds[c] = ByteKind::BeyondAscii;
     return kinds;
 }();
+
+// Where the first byte at or after `from` stands that is not plain, the
+// text's size when there is none. Eight bytes are looked at together while
+// none of them can be one: a byte below 0x20, '"', '\\' or from 0x80 sets
+// its high bit in `maybe` (now and then a plain byte after one that does
+// too), and the byte-by-byte look that follows decides.
+std::size_t NextNotPlain(std::string_view text, std::size_t from) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101u, kHighs = 0x8080808080808080u;
+    const auto zeroByte = [](std::uint64_t v) { return (v - kOnes) & ~v; };
+    for (; from + 8 <= text.size(); from += 8) {
+        std::uint64_t bytes;
+        std::memcpy(&bytes, text.data() + from, sizeof bytes);
+        const std::uint64_t maybe = ((bytes - kOnes * 0x20) & ~bytes) | zeroByte(bytes ^ (kOnes * '"')) |
+                                    zeroByte(bytes ^ (kOnes * '\\')) | bytes;
+        if ((maybe & kHighs) != 0) break;
+    }
+    while (from < text.size() && kByteKinds[static_cast<unsigned char>(text[from])] == ByteKind::Plain) ++from;
+    return from;
+}
 }  // namespace
 
 void JsonWriter::Separate() {
@@ -261,10 +282,24 @@ void JsonWriter::Close(char bracket) {
 }
 
 void JsonWriter::Key(std::string_view key) {
-    Separate();
-    out_ += '"';
-    out_ += key;
-    out_ += "\":";
+    // Appended in one piece where it is short, as nearly every key is: a
+    // report's document has a thousand of them.
+    char piece[64];
+    if (key.size() + 4 > sizeof piece) {
+        Separate();
+        out_ += '"';
+        out_ += key;
+        out_ += "\":";
+        return;
+    }
+    char* end = piece;
+    if (comma_) *end++ = ',';
+    comma_ = false;
+    *end++ = '"';
+    end = std::copy(key.begin(), key.end(), end);
+    *end++ = '"';
+    *end++ = ':';
+    out_.append(piece, end);
 }
 
 void JsonWriter::String(std::string_view text) {
@@ -273,11 +308,9 @@ void JsonWriter::String(std::string_view text) {
     const std::size_t start = out_.size();
     out_ += '"';
     std::size_t plain = 0;  // start of the characters not yet copied
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = NextNotPlain(text, 0); i < text.size(); i = NextNotPlain(text, i + 1)) {
         const char c = text[i];
-        const ByteKind kind = kByteKinds[static_cast<unsigned char>(c)];
-        if (kind == ByteKind::Plain) continue;
-        if (kind == ByteKind::BeyondAscii) {
+        if (kByteKinds[static_cast<unsigned char>(c)] == ByteKind::BeyondAscii) {
             // What an ill-formed sequence becomes is nlohmann's to say (file
             // names are any bytes); texts beyond ASCII are rare.
             out_.resize(start);

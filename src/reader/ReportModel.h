@@ -159,17 +159,31 @@ std::string_view DirectoryKindName(DirectoryKind kind);  // "current", "standard
 // texts took 128) and written out again when asked for.
 class CalendarStamp {
 public:
+    // A stamp's text held in place, so that writing one out costs no
+    // allocation; valid as a view while it lives.
+    class Text {
+    public:
+        operator std::string_view() const { return {chars_.data(), size_}; }
+
+    private:
+        friend class CalendarStamp;
+        std::array<char, 20> chars_{};
+        std::size_t size_ = 0;
+    };
+
     // Nothing when the text is not a time in the report's form.
     static std::optional<CalendarStamp> FromPrinted(std::string_view printed);
-    std::string Printed() const;  // "07/03/2021  14:05:09", exactly as read
+    Text PrintedText() const;  // "07/03/2021  14:05:09", exactly as read
+    std::string Printed() const { return std::string(PrintedText()); }
     // "2021-03-07T14:05:09", local time as printed; nothing when the numbers
     // name no real time ("31/02/2026  25:61:61").
+    std::optional<Text> IsoText() const;
     std::optional<std::string> Iso() const;
     CalendarTime Time() const;    // its numbers
     bool operator==(const CalendarStamp&) const = default;
 
 private:
-    std::string Filled(std::string form, const std::array<std::size_t, 6>& ends) const;
+    Text Filled(std::string_view form, const std::array<std::size_t, 6>& ends) const;
     std::uint16_t year_ = 0;
     std::uint8_t day_ = 0, month_ = 0, hour_ = 0, minute_ = 0, second_ = 0;
 };
@@ -260,7 +274,7 @@ std::u16string RenderReportBody(const Report& report);
 std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromUtf8(std::string_view text);
 // Utf8FromUtf16 of UTF-16LE bytes (format/ReportVerdict.h's ReportBodyBytesOf),
-// decoded in pieces: a large body is never held as UTF-16 too.
+// decoded as it goes: a large body is never held as UTF-16 too.
 std::string Utf8FromUtf16LE(std::string_view bytes);
 
 // The text with each lone surrogate (as Utf8FromUtf16 keeps it) as one

@@ -12,33 +12,37 @@
 
 namespace report_model {
 
+namespace {
 // A whole report goes through here. Reports are ASCII but for a name here
 // and there, so that case comes first, in loops without branches that the
 // compiler makes vector code of; the others are sized for the worst case
 // and written in place (appending byte by byte took most of the reading).
-std::string Utf8FromUtf16(std::u16string_view text) {
+// The code units are `unitAt(i)` for i below `count`: from text, or straight
+// from a file's little-endian bytes.
+template <typename UnitAt>
+std::string Utf8FromUnits(std::size_t count, UnitAt unitAt) {
     char16_t allBits = 0;
-    for (char16_t unit : text) allBits |= unit;
+    for (std::size_t i = 0; i < count; ++i) allBits |= unitAt(i);
     if (allBits < 0x80) {
-        std::string ascii(text.size(), '\0');
+        std::string ascii(count, '\0');
         // Through a pointer: written as ascii[i], each char could change the
         // string itself for all the compiler knows, and no vector code comes.
         char* out = ascii.data();
-        for (std::size_t i = 0; i < text.size(); ++i) out[i] = static_cast<char>(text[i]);
+        for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<char>(unitAt(i));
         return ascii;
     }
-    std::size_t bound = text.size();
-    for (char16_t unit : text) bound += (unit >= 0x80) + (unit >= 0x800);
+    std::size_t bound = count;
+    for (std::size_t i = 0; i < count; ++i) bound += (unitAt(i) >= 0x80) + (unitAt(i) >= 0x800);
     std::string out(bound, '\0');
     char* p = out.data();
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        std::uint32_t c = text[i];
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t c = unitAt(i);
         if (c < 0x80) {
             *p++ = static_cast<char>(c);
             continue;
         }
-        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
-            c = 0x10000 + ((c - 0xD800) << 10) + (text[i + 1] - 0xDC00);
+        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < count && unitAt(i + 1) >= 0xDC00 && unitAt(i + 1) <= 0xDFFF) {
+            c = 0x10000 + ((c - 0xD800) << 10) + (unitAt(i + 1) - 0xDC00);
             ++i;
         }
         if (c < 0x800) {
@@ -58,6 +62,17 @@ std::string Utf8FromUtf16(std::u16string_view text) {
     out.resize(static_cast<std::size_t>(p - out.data()));
     return out;
 }
+}  // namespace
+
+std::string Utf8FromUtf16(std::u16string_view text) {
+    return Utf8FromUnits(text.size(), [text](std::size_t i) { return text[i]; });
+}
+
+std::string Utf8FromUtf16LE(std::string_view bytes) {
+    const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+    return Utf8FromUnits(bytes.size() / 2,
+                         [data](std::size_t i) { return static_cast<char16_t>(data[2 * i] | data[2 * i + 1] << 8); });
+}
 
 // A surrogate is ED A0..BF xx in that form; well-formed UTF-8 never has
 // ED followed by A0..BF.
@@ -76,21 +91,6 @@ std::string WithoutLoneSurrogates(std::string_view text) {
         i += 2;
     }
     return out;
-}
-
-std::string Utf8FromUtf16LE(std::string_view bytes) {
-    constexpr std::size_t kPieceBytes = 64 * 1024;
-    std::string text;
-    text.reserve(bytes.size() / 2);  // room enough at once for the usual ASCII body
-    for (std::size_t at = 0; at + 1 < bytes.size();) {
-        std::u16string piece = DecodeUtf16LE(bytes.substr(at, kPieceBytes));
-        // A surrogate pair cut between two pieces is joined in the next one.
-        const bool more = at + 2 * piece.size() + 1 < bytes.size();
-        if (more && piece.size() > 1 && piece.back() >= 0xD800 && piece.back() <= 0xDBFF) piece.pop_back();
-        text += Utf8FromUtf16(piece);
-        at += 2 * piece.size();
-    }
-    return text;
 }
 
 // Only ever given what Utf8FromUtf16 made (or ASCII), so the forms are
@@ -201,7 +201,7 @@ std::optional<CalendarStamp> CalendarStamp::FromPrinted(std::string_view printed
     return stamp;
 }
 
-std::string CalendarStamp::Printed() const {
+CalendarStamp::Text CalendarStamp::PrintedText() const {
     return Filled("dd/mm/yyyy  hh:mm:ss", {2, 5, 10, 14, 17, 20});
 }
 
@@ -209,23 +209,44 @@ CalendarTime CalendarStamp::Time() const {
     return {day_, month_, year_, hour_, minute_, second_};
 }
 
-std::optional<std::string> CalendarStamp::Iso() const {
+std::optional<CalendarStamp::Text> CalendarStamp::IsoText() const {
     if (!IsRealCalendarTime(Time())) return std::nullopt;
     return Filled("yyyy-mm-ddThh:mm:ss", {10, 7, 4, 13, 16, 19});
 }
 
+std::optional<std::string> CalendarStamp::Iso() const {
+    const auto text = IsoText();
+    if (!text) return std::nullopt;
+    return std::string(*text);
+}
+
 // The form with its numbers written in, each ending where `ends` says (day,
 // month, year, hour, minute, second), the year in four digits, the others
-// in two: no text per number, as a large report prints hundreds of
-// thousands of these.
-std::string CalendarStamp::Filled(std::string form, const std::array<std::size_t, 6>& ends) const {
-    const unsigned numbers[] = {day_, month_, year_, hour_, minute_, second_};
-    for (std::size_t i = 0; i < ends.size(); ++i) {
-        unsigned number = numbers[i];
-        for (std::size_t at = ends[i], digits = i == 2 ? 4 : 2; digits > 0; --digits, number /= 10)
-            form[--at] = static_cast<char>('0' + number % 10);
-    }
-    return form;
+// in two, two digits at a time: no text per number, as a large report
+// prints hundreds of thousands of these.
+CalendarStamp::Text CalendarStamp::Filled(std::string_view form, const std::array<std::size_t, 6>& ends) const {
+    static constexpr std::array<char, 200> kPairs = [] {
+        std::array<char, 200> pairs{};
+        for (std::size_t n = 0; n < 100; ++n) {
+            pairs[2 * n] = static_cast<char>('0' + n / 10);
+            pairs[2 * n + 1] = static_cast<char>('0' + n % 10);
+        }
+        return pairs;
+    }();
+    Text text;
+    text.size_ = form.copy(text.chars_.data(), text.chars_.size());
+    const auto put = [&](std::size_t end, unsigned number) {
+        text.chars_[end - 2] = kPairs[2 * (number % 100)];
+        text.chars_[end - 1] = kPairs[2 * (number % 100) + 1];
+    };
+    put(ends[0], day_);
+    put(ends[1], month_);
+    put(ends[2], year_);
+    put(ends[2] - 2, year_ / 100);
+    put(ends[3], hour_);
+    put(ends[4], minute_);
+    put(ends[5], second_);
+    return text;
 }
 
 std::string IsoFromReportTime(std::string_view printed) {

@@ -404,7 +404,13 @@ private:
         return true;
     }
 
+    // An adapter's lines come in their order, so a line is first held
+    // against the forms that may still follow: the ones before can no longer
+    // take it (AdapterField), and a large report has thousands of adapters.
+    bool Passed(int stage) const { return stage <= adapterStage_; }
+
     bool TakeCount(std::string_view line, int stage, std::string_view what, std::optional<std::uint64_t>& slot) {
+        if (Passed(stage)) return false;
         std::optional<std::uint64_t> count;
         // "\tNo <what>" or "\tNumber of <what>: <n>", taken apart in place.
         const std::string_view separator = kCountSeparator.Narrow();
@@ -419,6 +425,7 @@ private:
 
     template <typename Number>
     bool TakeNumber(std::string_view line, std::string_view label, int stage, std::optional<Number>& slot) {
+        if (Passed(stage)) return false;
         auto v = After(line, label);
         if (!v) return false;
         std::optional<Number> value;
@@ -431,6 +438,7 @@ private:
     }
 
     bool TakeText(std::string_view line, std::string_view label, int stage, std::optional<std::string>& slot) {
+        if (Passed(stage)) return false;
         auto v = After(line, label);
         return v && AdapterField(stage, true, [&] { slot = *v; });
     }
@@ -589,7 +597,9 @@ private:
         }
         e.version = rest;
         e.line = lineNumber_;
-        if (EntryLine(e) != line) return false;
+        rendered_.clear();
+        AppendEntryLine(rendered_, e);
+        if (rendered_ != line) return false;
         dir.entries.push_back(std::move(e));
         lastWasEntry_ = true;
         return true;
@@ -604,6 +614,7 @@ private:
     int adapterStage_ = 0;
     bool openDirectory_ = false;
     bool lastWasEntry_ = false;
+    std::string rendered_;  // the entry line read, as the writer puts it
 };
 
 // Splits the body at its line feeds; a CR before a line feed belongs to the
@@ -612,21 +623,25 @@ private:
 // never part of a longer sequence, and a surrogate pair never spans a line.
 std::vector<std::string_view> SplitLines(std::string_view body, LineBreaks& breaks) {
     std::vector<std::string_view> lines;
-    std::vector<bool> crlf;
+    std::size_t crlfCount = 0;
     std::size_t start = 0;
     for (std::size_t i = body.find('\n'); i != std::string_view::npos; i = body.find('\n', i + 1)) {
         const bool cr = i > start && body[i - 1] == '\r';
         lines.push_back(body.substr(start, i - start - (cr ? 1 : 0)));
-        crlf.push_back(cr);
+        crlfCount += cr;
         start = i + 1;
     }
+    const std::size_t breakCount = lines.size();
     breaks.finalLineBreak = start == body.size();
     if (!breaks.finalLineBreak) lines.push_back(body.substr(start));
-    const std::size_t crlfCount = static_cast<std::size_t>(std::count(crlf.begin(), crlf.end(), true));
-    breaks.crlf = crlfCount * 2 >= crlf.size() && !(crlf.empty() && body.empty());
-    if (crlf.empty()) breaks.crlf = true;
-    for (std::size_t i = 0; i < crlf.size(); ++i)
-        if (crlf[i] != breaks.crlf) breaks.exceptions.push_back(i + 1);
+    breaks.crlf = breakCount == 0 || crlfCount * 2 >= breakCount;
+    // A line had a CR LF when a CR stands right after it, within the body.
+    const auto hadCr = [&](const std::string_view& line) {
+        return line.data() + line.size() < body.data() + body.size() && line.data()[line.size()] == '\r';
+    };
+    if (crlfCount != (breaks.crlf ? breakCount : 0))
+        for (std::size_t i = 0; i < breakCount; ++i)
+            if (hadCr(lines[i]) != breaks.crlf) breaks.exceptions.push_back(i + 1);
     return lines;
 }
 

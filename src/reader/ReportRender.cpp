@@ -94,11 +94,23 @@ std::string EnumerationErrorLine(std::int64_t code) {
 }
 
 std::string EntryLine(const DirectoryEntry& e) {
-    std::string line(1, '\t');
-    line += Narrow(FormatEntryHead(e.attributes, static_cast<std::uint32_t>(e.size)));
-    line += e.created.Printed() + "\t" + e.written.Printed() + "\t" + e.name + "\t" + e.version;
-    if (e.accessList) line += std::string(kAccessList.Narrow()) + *e.accessList;
+    std::string line;
+    AppendEntryLine(line, e);
     return line;
+}
+void AppendEntryLine(std::string& line, const DirectoryEntry& e) {
+    line += '\t';
+    AppendEntryHead(line, e.attributes, static_cast<std::uint32_t>(e.size));
+    line += e.created.PrintedText();
+    line += '\t';
+    line += e.written.PrintedText();
+    line += '\t';
+    line += e.name;
+    line += '\t';
+    line += e.version;
+    if (!e.accessList) return;
+    line += kAccessList.Narrow();
+    line += *e.accessList;
 }
 std::string ContentLine(const std::string& content) {
     return std::string(kContentLead.Narrow()) + content + kContentEnd.narrow;

@@ -28,6 +28,9 @@ std::string ZoneIndicesLine(const std::vector<std::uint32_t>& zones);
 std::string PrefixLine(std::uint64_t count);
 std::string EnumerationErrorLine(std::int64_t code);
 std::string EntryLine(const DirectoryEntry& entry);
+// The same appended to `line`: the reader checks every entry it reads this
+// way, into one buffer.
+void AppendEntryLine(std::string& line, const DirectoryEntry& entry);
 std::string ContentLine(const std::string& content);
 std::string_view DirectoryTitle(DirectoryKind kind);  // "Current directory"; nothing for the registry's
 std::string DirectoryHeadingLine(const Directory& directory);

@@ -29,17 +29,16 @@ struct LineFacts {
     const std::optional<report_model::HeaderTime>* time = nullptr;  // its header's, with the report
 };
 
-constexpr std::string_view kNotLatest = "false";
+constexpr std::string_view kNotLatest = "false", kLatest = "true";
 
 // One line of collect's output: {"path", "pathBytes", "verdict", "reason",
-// "copyOf", "machine", "time", "latest", "report"}, written straight as
-// text, in a buffer kept from line to line (a report's line is some 20 kB);
-// a tree of the JSON first took most of collect's time. "latest" is written
-// false, at `latestAt`, and made true when the line goes out.
-const std::string& CollectLine(const fs::path& path, const LineFacts& facts, std::size_t& latestAt) {
-    static std::string line;
-    line.clear();
-    report_model::JsonWriter json(line);
+// "copyOf", "machine", "time", "latest", "report"}, written straight as text
+// at the end of `out` (a tree of the JSON first took most of collect's time).
+// "latest" is written false; where it stands, from the line's start, is
+// returned, for it to be made true when the line goes out.
+std::size_t AppendCollectLine(std::string& out, const fs::path& path, const LineFacts& facts) {
+    const std::size_t start = out.size();
+    report_model::JsonWriter json(out);
     const auto stringOrNull = [&](const std::string* text) { text ? json.String(*text) : json.Null(); };
     const report_model::HostSection* host = facts.loaded ? &facts.loaded->report.host : nullptr;
     json.Open('{');
@@ -59,7 +58,7 @@ const std::string& CollectLine(const fs::path& path, const LineFacts& facts, std
     json.Key("time");
     report_model::WriteHeaderTime(json, facts.time ? *facts.time : std::nullopt);
     json.Key("latest");
-    latestAt = line.size();
+    const std::size_t latestAt = out.size() - start;
     json.Bool(false);
     json.Key("report");
     if (facts.loaded)
@@ -68,8 +67,8 @@ const std::string& CollectLine(const fs::path& path, const LineFacts& facts, std
     else
         json.Null();
     json.Close('}');
-    line += '\n';
-    return line;
+    out += '\n';
+    return latestAt;
 }
 
 // Copies of one report (the same checksum and the same body, whatever the
@@ -77,8 +76,7 @@ const std::string& CollectLine(const fs::path& path, const LineFacts& facts, std
 class CopyFinder {
 public:
     const std::string* EarlierCopy(const LoadedReport& loaded, const fs::path& path) {
-        const Key key{loaded.verdict.stored, loaded.verdict.computed, loaded.body.size(),
-                      std::hash<std::u16string_view>()(loaded.body)};
+        const Key key{loaded.verdict.stored, loaded.verdict.computed, loaded.fileSize, loaded.bodyDigest};
         const auto [at, added] = first_.try_emplace(key, PathText(path));
         return added ? nullptr : &at->second;
     }
@@ -113,38 +111,43 @@ private:
 
 // The lines wait in a temporary file until every report is read, since the
 // last one read may be a machine's latest; only where each line's "latest"
-// stands is kept in memory.
+// stands is kept in memory. The lines go to the file and come back in blocks
+// of some megabyte, each line written once into the block that holds it:
+// the file is unbuffered, so that no block is copied on the way.
 class LineSpool {
 public:
-    // A large buffer: lines of some kilobytes each would otherwise cost a
-    // system call apiece, going in and coming back.
-    explicit LineSpool(OwnedFile file) : buffer_(kBufferBytes), file_(std::move(file)) {
-        std::setvbuf(file_.get(), buffer_.data(), _IOFBF, buffer_.size());
+    explicit LineSpool(OwnedFile file) : file_(std::move(file)) {
+        std::setvbuf(file_.get(), nullptr, _IONBF, 0);
+        block_.reserve(kBlockBytes + kBlockBytes / 8);
     }
 
     std::size_t Count() const { return lines_.size(); }
 
-    // False when the file could not take it (errno says why).
-    bool Add(const std::string& line, std::size_t latestAt) {
-        lines_.push_back({line.size(), latestAt});
-        return std::fwrite(line.data(), 1, line.size(), file_.get()) == line.size();
+    // Writes a line with `append(block)`, which appends it and returns where
+    // its "latest" stands. False when the file could not take it (errno says
+    // why).
+    template <typename Append>
+    bool Add(Append append) {
+        const std::size_t start = block_.size();
+        const std::size_t latestAt = append(block_);
+        lines_.push_back({block_.size() - start, latestAt});
+        return block_.size() < kBlockBytes || WriteBlock();
     }
 
     bool WriteOut(const std::vector<bool>& latest) {
-        if (std::fflush(file_.get()) != 0 || std::fseek(file_.get(), 0, SEEK_SET) != 0) return false;
-        // Whole lines gathered up to the buffer's size, then printed at once.
-        std::string lines;
-        for (std::size_t i = 0; i < lines_.size(); ++i) {
-            const std::size_t at = lines.size();
-            lines.resize(at + lines_[i].length);
-            if (std::fread(lines.data() + at, 1, lines_[i].length, file_.get()) != lines_[i].length) return false;
-            if (latest[i]) lines.replace(at + lines_[i].latestAt, kNotLatest.size(), "true");
-            if (lines.size() >= kBufferBytes) {
-                Print(stdout, lines);
-                lines.clear();
-            }
+        if (!WriteBlock() || std::fseek(file_.get(), 0, SEEK_SET) != 0) return false;
+        std::vector<char> block(kBlockBytes);
+        for (std::size_t first = 0; first < lines_.size();) {
+            // As many whole lines as the block holds (at least one), read at once.
+            std::size_t end = first, bytes = 0;
+            while (end < lines_.size() && (end == first || bytes + lines_[end].length <= block.size()))
+                bytes += lines_[end++].length;
+            if (bytes > block.size()) block.resize(bytes);
+            if (std::fread(block.data(), 1, bytes, file_.get()) != bytes) return false;
+            const std::size_t kept = MarkLatest(block.data(), first, end, latest);
+            Print(stdout, {block.data(), kept});
+            first = end;
         }
-        Print(stdout, lines);
         return true;
     }
 
@@ -152,9 +155,37 @@ private:
     struct Spooled {
         std::size_t length, latestAt;
     };
-    static constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
-    std::vector<char> buffer_;  // the file's: declared first, so that it outlives the file's closing
+    static constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
+
+    bool WriteBlock() {
+        const bool written = std::fwrite(block_.data(), 1, block_.size(), file_.get()) == block_.size();
+        block_.clear();
+        return written;
+    }
+
+    // Lines `first` to `end`, side by side at `text`, with "false" made
+    // "true" where they are the latest, each line moving up by the letter
+    // saved before it; their length after.
+    std::size_t MarkLatest(char* text, std::size_t first, std::size_t end, const std::vector<bool>& latest) const {
+        std::size_t from = 0, to = 0;
+        for (std::size_t i = first; i < end; ++i) {
+            const Spooled& line = lines_[i];
+            if (to != from) std::memmove(text + to, text + from, line.length);
+            if (latest[i]) {
+                char* const mark = text + to + line.latestAt;
+                std::memcpy(mark, kLatest.data(), kLatest.size());
+                std::memmove(mark + kLatest.size(), mark + kNotLatest.size(),
+                             line.length - line.latestAt - kNotLatest.size());
+                to -= kNotLatest.size() - kLatest.size();
+            }
+            from += line.length;
+            to += line.length;
+        }
+        return to;
+    }
+
     OwnedFile file_;
+    std::string block_;  // lines not yet in the file
     std::vector<Spooled> lines_;
 };
 
@@ -163,7 +194,7 @@ public:
     explicit Collector(OwnedFile spool) : spool_(std::move(spool)) {}
 
     int File(const fs::path& path) {
-        const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Yes, Diagnose::Yes);
+        const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Digest, Diagnose::Yes);
         switch (loaded.state) {
             case LoadState::Report: {
                 const auto time = report_model::ReadHeaderTime(loaded.report, loaded.modified);
@@ -200,10 +231,9 @@ public:
 
 private:
     void Add(const fs::path& path, const LineFacts& facts) {
-        std::size_t latestAt = 0;
-        const std::string& line = CollectLine(path, facts, latestAt);
         errno = 0;
-        if (spoolError_ == 0 && !spool_.Add(line, latestAt)) spoolError_ = errno ? errno : EIO;
+        const auto append = [&](std::string& out) { return AppendCollectLine(out, path, facts); };
+        if (spoolError_ == 0 && !spool_.Add(append)) spoolError_ = errno ? errno : EIO;
     }
 
     LineSpool spool_;

@@ -77,6 +77,16 @@ bool ReadKnownSize(std::uint64_t size, std::string& bytes, std::string& problem,
 }  // namespace
 
 #if defined(_WIN32)
+namespace {
+// A FILETIME (100 ns since 1601) in whole seconds since 1970, rounded down.
+std::int64_t SecondsSince1970(const FILETIME& time) {
+    constexpr std::int64_t kTicksPerSecond = 10'000'000;
+    constexpr std::int64_t kSeconds1601To1970 = 11'644'473'600;
+    const std::uint64_t ticks = (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+    return static_cast<std::int64_t>(ticks / kTicksPerSecond) - kSeconds1601To1970;
+}
+}  // namespace
+
 std::string ToUtf8(std::wstring_view text) {
     if (text.empty()) return {};
     const int size = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0,
@@ -142,7 +152,8 @@ void BinaryOutput() {
     _setmode(_fileno(stdout), _O_BINARY);
 }
 
-bool ReadReportFile(const wchar_t* path, std::string& bytes, std::string& problem) {
+bool ReadReportFile(const wchar_t* path, std::string& bytes, std::string& problem,
+                    std::optional<std::int64_t>* modified) {
     // A folder would fail to open as "access denied": named as on Linux instead.
     const DWORD attributes = ::GetFileAttributesW(path);
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY)) {
@@ -171,6 +182,7 @@ bool ReadReportFile(const wchar_t* path, std::string& bytes, std::string& proble
         problem = TooLarge();
         return false;
     }
+    if (modified) *modified = SecondsSince1970(information.ftLastWriteTime);
     return ReadKnownSize(size, bytes, problem, [&](char* into, std::size_t room) -> long long {
         DWORD got = 0;
         const DWORD ask = static_cast<DWORD>(room < (1u << 30) ? room : (1u << 30));
@@ -192,7 +204,7 @@ void Print(std::FILE* stream, std::string_view text) {
 
 void BinaryOutput() {}
 
-bool ReadReportFile(const char* path, std::string& bytes, std::string& problem) {
+bool ReadReportFile(const char* path, std::string& bytes, std::string& problem, std::optional<std::int64_t>* modified) {
     // O_NONBLOCK: opening a pipe with no writer would wait for one. It does
     // nothing to a regular file, the only kind read.
     const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
@@ -217,6 +229,7 @@ bool ReadReportFile(const char* path, std::string& bytes, std::string& problem) 
         problem = TooLarge();
         return false;
     }
+    if (modified) *modified = static_cast<std::int64_t>(information.st_mtime);
     return ReadKnownSize(static_cast<std::uint64_t>(information.st_size), bytes, problem,
                          [&](char* into, std::size_t room) -> long long {
                              ssize_t got;

@@ -67,8 +67,11 @@ inline constexpr std::uint64_t kMaxReportFileBytes = 512ull * 1024 * 1024;
 
 // The whole of a regular file of at most kMaxReportFileBytes, or false and
 // why not, as "cannot be read (REASON)". A pipe, a device or a folder is
-// refused at once, before any read that could wait or never end.
-bool ReadReportFile(const NativeChar* path, std::string& bytes, std::string& problem);
+// refused at once, before any read that could wait or never end. With
+// `modified`, also the file's last write in seconds since 1970 UTC, from the
+// same look at the open file (nothing where the system gives none).
+bool ReadReportFile(const NativeChar* path, std::string& bytes, std::string& problem,
+                    std::optional<std::int64_t>* modified = nullptr);
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }

@@ -1,21 +1,12 @@
 #include "reportcheck/LoadedReport.h"
 
-#include <chrono>
 #include <cstring>
-#include <filesystem>
+#include <functional>
 
 #include "format/TransitDamage.h"
 #include "reader/TerminalText.h"
 
 namespace {
-
-std::optional<std::int64_t> ModifiedSeconds(const NativeChar* path) {
-    std::error_code error;
-    const auto time = std::filesystem::last_write_time(path, error);
-    if (error) return std::nullopt;
-    const auto since1970 = std::chrono::file_clock::to_sys(time).time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::seconds>(since1970).count();
-}
 
 std::optional<report_model::TransitDamage> TransitDamageOf(std::string_view bytes) {
     TransitDiagnosis diagnosis = DiagnoseTransitDamage(bytes);
@@ -28,7 +19,7 @@ std::optional<report_model::TransitDamage> TransitDamageOf(std::string_view byte
 LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody, Diagnose diagnose) {
     LoadedReport loaded;
     std::string bytes;
-    if (!ReadReportFile(path, bytes, loaded.problem)) return loaded;
+    if (!ReadReportFile(path, bytes, loaded.problem, &loaded.modified)) return loaded;
     loaded.fileSize = bytes.size();
     loaded.verdict = CheckReportBytes(bytes);
     if (loaded.verdict.state == ReportState::NotAReport) {
@@ -42,7 +33,8 @@ LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody, Diagnose diag
     // The file's bytes are freed before the reader starts: a large report is
     // held as bytes and then as text (UTF-8 without a copy of the body, or
     // UTF-16 when the body is kept), never both with the model.
-    if (keepBody == KeepBody::No) {
+    if (keepBody == KeepBody::Digest) loaded.bodyDigest = std::hash<std::string_view>()(ReportBodyBytesOf(bytes));
+    if (keepBody != KeepBody::Yes) {
         std::string text = report_model::Utf8FromUtf16LE(ReportBodyBytesOf(bytes));
         std::string().swap(bytes);
         loaded.report = report_model::ParseReportUtf8(std::move(text));
@@ -51,7 +43,6 @@ LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody, Diagnose diag
         std::string().swap(bytes);
         loaded.report = report_model::ParseReportBody(loaded.body);
     }
-    loaded.modified = ModifiedSeconds(path);
     return loaded;
 }
 

@@ -16,6 +16,13 @@ TEST(EntryHead, ThreeBillionBytesShowNegativeAndOverflowTheField) {
     EXPECT_EQ(FormatEntryHead(0x20, 0xFFFFFFFFu), L"00000020         -1\t");
 }
 
+TEST(EntryHead, NarrowTextAppendedIsTheSame) {
+    std::string line = "\t";
+    AppendEntryHead(line, 0xA00C2F, 0x80000000u);
+    AppendEntryHead(line, 0, 0);
+    EXPECT_EQ(line, "\t00a00c2f -2147483648\t00000000          0\t");
+}
+
 TEST(EntryHead, FourGibPlusOneShowsOneRightAligned) {
     // 4,294,967,297 bytes: only the low 32 bits (1) are passed and shown.
     EXPECT_EQ(FormatEntryHead(0x20, static_cast<std::uint32_t>(4294967297ull)), L"00000020          1\t");

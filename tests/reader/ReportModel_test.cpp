@@ -188,6 +188,21 @@ TEST(ReportModel, JsonWriterWritesWhatDumpJsonWrites) {
     EXPECT_EQ(text, DumpJson(tree));
 }
 
+TEST(ReportModel, JsonWriterFindsEveryByteToEscapeWhereverItStands) {
+    // A text is looked at eight bytes at a time: each kind of byte that asks
+    // for something, at every place in and around two such groups, and the
+    // plain bytes next to them in value.
+    const std::string bytes[] = {"\"", "\\", std::string(1, '\0'), "\x1F", "\n", "\xC3\xA9", " ", "!", "#", "[", "]", "\x7F"};
+    for (const std::string& byte : bytes)
+        for (std::size_t at = 0; at <= 17; ++at) {
+            const std::string text = std::string(at, 'a') + byte + std::string(17 - at, 'b');
+            std::string written;
+            JsonWriter json(written);
+            json.String(text);
+            EXPECT_EQ(written, DumpJson(nlohmann::ordered_json(text))) << at;
+        }
+}
+
 TEST(ReportModel, AnEntrysTimeIsKeptAsItsNumbersAndPrintedAlike) {
     const auto stamp = CalendarStamp::FromPrinted("07/03/2021  14:05:09");
     ASSERT_TRUE(stamp);
@@ -198,14 +213,20 @@ TEST(ReportModel, AnEntrysTimeIsKeptAsItsNumbersAndPrintedAlike) {
     EXPECT_EQ(last->Printed(), "31/12/1999  23:59:58");
     EXPECT_EQ(last->Iso(), "1999-12-31T23:59:58");
     EXPECT_FALSE(*stamp == *last);
+    const auto early = CalendarStamp::FromPrinted("01/01/0999  00:00:00");
+    ASSERT_TRUE(early);
+    EXPECT_EQ(early->Printed(), "01/01/0999  00:00:00");
+    EXPECT_EQ(early->Iso(), "0999-01-01T00:00:00");
+    EXPECT_EQ(std::string_view(early->PrintedText()), "01/01/0999  00:00:00");
+    EXPECT_EQ(CalendarStamp::FromPrinted("29/02/2024  23:59:59")->Iso(), "2024-02-29T23:59:59");
+    EXPECT_FALSE(CalendarStamp::FromPrinted("29/02/2023  23:59:59")->IsoText());
     EXPECT_FALSE(CalendarStamp::FromPrinted("7/03/2021  14:05:09"));
     EXPECT_FALSE(CalendarStamp::FromPrinted("07/03/2021 14:05:09"));
     EXPECT_FALSE(CalendarStamp::FromPrinted("07/03/2021  14:05:0x"));
 }
 
-TEST(ReportModel, UtfEightFromBytesInPiecesAsFromTheWholeText) {
-    // Lone surrogates at both ends, and a pair on the edge of the first
-    // piece (32,768 units): its two halves are units 32,767 and 32,768.
+TEST(ReportModel, UtfEightFromBytesAsFromTheText) {
+    // Lone surrogates at both ends, and a pair far into the text.
     std::u16string text = u"\xDC00";
     text += std::u16string(32 * 1024 - 2, u'a');
     text += u"\xD83D\xDE00\u00E9\xD800";
