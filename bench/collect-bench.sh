@@ -4,7 +4,7 @@
 # Also the peak memory of collect over 1,000 and 10,000 reports, which must
 # stay flat (reports are read one at a time and each line written at once).
 #   DIAG_COLLECT_REPORTS  number of reports (10000)
-#   DIAG_COLLECT_RUNS     timed runs of each tool, the best kept (3)
+#   DIAG_COLLECT_RUNS     timed runs of each tool, the best kept (5)
 #   DIAG_COLLECT_RESULTS  the page to write (bench/COLLECT-RESULTS.md)
 # And show --json and diff on a report of some 100 MB (time and peak memory,
 # against the file's size: at most 4 x), intact and altered: its CR LF breaks
@@ -17,7 +17,7 @@ cd "$(dirname "$0")/.."
 source bench/native-bench.sh
 
 count=${DIAG_COLLECT_REPORTS:-10000}
-runs=${DIAG_COLLECT_RUNS:-3}
+runs=${DIAG_COLLECT_RUNS:-5}
 results=${DIAG_COLLECT_RESULTS:-bench/COLLECT-RESULTS.md}
 
 user_reportcheck

@@ -194,8 +194,11 @@ bool Holds(std::string_view text, std::string_view value, Reach reach) {
 }
 
 // Replaces every original, in any letter case, by its pseudonym; the longest
-// original first where several start at the same place. Index() must come
-// after the last Add() and before Apply().
+// original first where several start at the same place. A word to keep (a
+// pseudonym of an earlier redaction) is left whole wherever it stands: it
+// wins over any original at its place, and no original is replaced across
+// its edge. Index() must come after the last Add() and Keep(), and before
+// Apply().
 //
 // A map kept for a fleet holds many thousands of pseudonyms, each kept
 // whole: so a place is first asked whether any original begins with its
@@ -209,7 +212,11 @@ public:
     Substitution& operator=(const Substitution&) = delete;
 
     void Add(const std::string& original, const std::string& pseudonym, Reach reach = Reach::Anywhere) {
-        if (!original.empty()) pairs_.push_back({FoldCase(original), pseudonym, reach});
+        if (!original.empty()) pairs_.push_back({FoldCase(original), pseudonym, reach, /*keep=*/false});
+    }
+    void Keep(const std::string& word) {
+        if (!word.empty()) pairs_.push_back({FoldCase(word), {}, Reach::Anywhere, /*keep=*/true});
+        keeps_ |= !word.empty();
     }
     void Index() {
         for (std::size_t i = 0; i < pairs_.size(); ++i) {
@@ -225,31 +232,47 @@ public:
             byFolded_[folded].push_back(i);  // in the order added: the first added wins
         }
         for (std::vector<std::size_t>& lengths : lengthsByFirstByte_) std::sort(lengths.rbegin(), lengths.rend());
+        met_.assign(pairs_.size(), false);
     }
     void Apply(std::string& text) const {
         if (!MayHold(text)) return;  // most texts hold none: no copy
         const std::string folded = FoldCase(text);
         std::string out;
         std::size_t kept = 0;  // text[kept, i) is yet to be copied
+        bool replaced = false;
         for (std::size_t i = 0; i < text.size();) {
             const Pair* match = MatchAt(folded, i);
             if (!match) {
                 ++i;
                 continue;
             }
+            met_[static_cast<std::size_t>(match - pairs_.data())] = true;
+            if (match->keep) {  // copied with the text around it
+                i += match->folded.size();
+                continue;
+            }
             if (out.empty()) out.reserve(text.size());
             out.append(text, kept, i - kept).append(match->pseudonym);
             i += match->folded.size();
             kept = i;
+            replaced = true;
         }
-        if (kept == 0) return;  // nothing matched
+        if (!replaced) return;
         text = std::move(out.append(text, kept));
+    }
+    // The words kept that Apply() met, folded.
+    std::vector<std::string> KeptWordsMet() const {
+        std::vector<std::string> words;
+        for (std::size_t i = 0; i < pairs_.size(); ++i)
+            if (pairs_[i].keep && met_[i]) words.push_back(pairs_[i].folded);
+        return words;
     }
 
 private:
     struct Pair {
         std::string folded, pseudonym;
         Reach reach;
+        bool keep;
     };
     bool MayHold(const std::string& text) const {
         for (char c : text) {
@@ -265,22 +288,55 @@ private:
         if (singleBytes_[first]) return true;
         return at + 1 < folded.size() && beginnings_[first << 8 | static_cast<unsigned char>(folded[at + 1])];
     }
-    const Pair* MatchAt(const std::string& folded, std::size_t at) const {
-        if (!MayBeginAt(folded, at)) return nullptr;
+    // Calls `visit` with each pair whose original is the text at `at`, the
+    // longest first, until it says it is done.
+    template <typename Visit>
+    void VisitPairsAt(const std::string& folded, std::size_t at, Visit&& visit) const {
+        if (!MayBeginAt(folded, at)) return;
         for (std::size_t length : lengthsByFirstByte_[static_cast<unsigned char>(folded[at])]) {
             if (at + length > folded.size()) continue;
             const auto found = byFolded_.find(std::string_view(folded).substr(at, length));
             if (found == byFolded_.end()) continue;
             for (std::size_t i : found->second)
-                if (pairs_[i].reach == Reach::Anywhere || StandsAsWord(folded, at, pairs_[i].folded)) return &pairs_[i];
+                if (visit(pairs_[i])) return;
         }
-        return nullptr;
+    }
+    // What stands at `at`: a word to keep, else the longest original that
+    // cuts into no word to keep; nothing when neither does.
+    const Pair* MatchAt(const std::string& folded, std::size_t at) const {
+        const Pair* kept = nullptr;
+        const Pair* longest = nullptr;
+        VisitPairsAt(folded, at, [&](const Pair& pair) {
+            if (pair.keep) {
+                kept = &pair;
+                return true;
+            }
+            if (!longest && (pair.reach == Reach::Anywhere || StandsAsWord(folded, at, pair.folded)) &&
+                !CutsIntoAKeptWord(folded, at, pair.folded.size()))
+                longest = &pair;
+            return longest && !keeps_;  // else a shorter word to keep may still win
+        });
+        return kept ? kept : longest;
+    }
+    // Whether a word to keep begins within (at, at + length).
+    bool CutsIntoAKeptWord(const std::string& folded, std::size_t at, std::size_t length) const {
+        if (!keeps_) return false;
+        for (std::size_t inside = at + 1; inside < at + length; ++inside) {
+            bool kept = false;
+            VisitPairsAt(folded, inside, [&](const Pair& pair) { return kept = pair.keep; });
+            if (kept) return true;
+        }
+        return false;
     }
     std::vector<Pair> pairs_;
+    bool keeps_ = false;
     std::array<bool, 256> firstBytes_{}, singleBytes_{};
     std::vector<char> beginnings_ = std::vector<char>(1 << 16);    // first two bytes of the originals
     std::array<std::vector<std::size_t>, 256> lengthsByFirstByte_;  // longest first
     std::unordered_map<std::string_view, std::vector<std::size_t>> byFolded_;  // into pairs_, fixed by Index()
+    // Which pairs Apply() met, for KeptWordsMet(); the substitution is
+    // otherwise done once Index() is.
+    mutable std::vector<char> met_;
 };
 
 template <typename Optional, typename Visit>
@@ -584,11 +640,7 @@ bool PseudonymMap::HoldsPseudonym(std::string_view text) const {
     return false;
 }
 
-std::vector<std::string> PseudonymMap::Pseudonyms() const {
-    std::vector<std::string> all;
-    for (const Mapping& m : mappings_) all.push_back(m.pseudonym);
-    return all;
-}
+std::vector<std::string> PseudonymMap::Pseudonyms() const { return {pseudonyms_.begin(), pseudonyms_.end()}; }
 
 const std::string& PseudonymMap::PseudonymOf(Kind kind, std::string_view original) {
     const auto found = byOriginal_.find(MapKey(kind, original));
@@ -618,20 +670,24 @@ void PseudonymMap::Add(Mapping mapping) {
 
 Redacted RedactReport(Report report, const std::vector<std::string>& keywords, PseudonymMap& map) {
     std::vector<std::pair<Kind, std::string>> values = ValueFinder(report, map).Find();
-    Redacted result{std::move(report), {}};  // its texts replaced below, its marker last
+    Redacted result{std::move(report), {}, {}};  // its texts replaced below, its marker last
     for (const std::string& keyword : keywords)
         if (!keyword.empty()) values.emplace_back(Kind::Keyword, keyword);
+    // A pseudonym known before this run may stand in the text (a report
+    // redacted before): it stays whole, so that a keyword such as "user" or
+    // "0001" does not eat into "USER-0001" and redacting twice is the same
+    // as once. This run's own are left out: where the text holds one, it
+    // was not made by redact, and a value or keyword in it is replaced.
     Substitution substitution;
+    for (const std::string& pseudonym : map.Pseudonyms()) substitution.Keep(pseudonym);
     for (auto& [kind, original] : values) {
         const std::string& pseudonym = map.PseudonymOf(kind, original);
         substitution.Add(original, pseudonym, ReachOf(kind));
         result.replaced.push_back({kind, std::move(original), pseudonym});
     }
-    // A pseudonym already in the text (a report redacted before) stays
-    // whole: a keyword such as "user" must not eat into "USER-0001".
-    for (const std::string& pseudonym : map.Pseudonyms()) substitution.Add(pseudonym, pseudonym);
     substitution.Index();
     ApplyEverywhere(substitution, result.report);
+    result.keptPseudonyms = substitution.KeptWordsMet();
     Redaction marker;
     marker.kinds = MarkerKinds(result.report, result.replaced);
     marker.line = result.report.lineCount + (result.report.redaction ? 0 : 2);
@@ -650,15 +706,22 @@ bool InsideOneOf(std::string_view text, std::size_t at, std::size_t length, cons
     return false;
 }
 
+// The tool's own words in the redacted report, folded: the pseudonyms it
+// wrote or kept, and the marker.
+std::vector<std::string> OwnWords(const Report& reread, const Redacted& redacted) {
+    std::vector<std::string> words = redacted.keptPseudonyms;
+    for (const Replacement& r : redacted.replaced) words.push_back(FoldCase(r.pseudonym));
+    if (reread.redaction) words.push_back(FoldCase(RedactionLine(reread.redaction->kinds)));
+    return words;
+}
+
 // A keyword's hit wholly inside one of the tool's own words (a keyword
 // "host" in "HOST-0001") is no survivor, and setting those words apart takes
 // it away. A hit that runs past such a word is one, which setting apart
 // would hide: a keyword that holds a pseudonym's text can be made whole by
 // the replacing itself ("id: " before "XXXXX-XXX-XXXXXXX-00001").
-bool KeywordRunsPastOwnWords(std::u16string_view body, const Report& reread, const std::vector<Replacement>& replaced) {
-    std::vector<std::string> ownWords;
-    for (const Replacement& r : replaced) ownWords.push_back(FoldCase(r.pseudonym));
-    if (reread.redaction) ownWords.push_back(FoldCase(RedactionLine(reread.redaction->kinds)));
+bool KeywordRunsPastOwnWords(std::u16string_view body, const Report& reread,
+                             const std::vector<Replacement>& replaced, const std::vector<std::string>& ownWords) {
     const std::string inValues = FoldedInPlace(ValuesText(reread));
     std::optional<std::string> inBody;  // as FirstHeld searches a keyword without a letter
     for (const Replacement& r : replaced) {
@@ -672,12 +735,11 @@ bool KeywordRunsPastOwnWords(std::u16string_view body, const Report& reread, con
     return false;
 }
 
-std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced) {
-    return FindSurvivor(body, ParseReportBody(body), replaced);
+std::optional<Kind> FindSurvivor(std::u16string_view body, const Redacted& redacted) {
+    return FindSurvivor(body, ParseReportBody(body), redacted);
 }
 
-std::optional<Kind> FindSurvivor(std::u16string_view body, const Report& reread,
-                                 const std::vector<Replacement>& replaced) {
+std::optional<Kind> FindSurvivor(std::u16string_view body, const Report& reread, const Redacted& redacted) {
     // The pseudonyms and the marker are the tool's own words: each set apart
     // as one mark, so that a keyword such as "host" is not found in
     // "HOST-0001", so that no two pieces around one join into a value, and
@@ -686,19 +748,20 @@ std::optional<Kind> FindSurvivor(std::u16string_view body, const Report& reread,
     // only ever takes a hit away (the mark stands for letters, as the
     // pseudonyms' edges are): a text that holds none as it is holds none
     // set apart either, and that pass over the whole text is spared.
+    const std::vector<Replacement>& replaced = redacted.replaced;
     const auto folded = [](std::string text) { return FoldedInPlace(std::move(text)); };
     if (!FirstHeld(body, reread, replaced, folded)) return std::nullopt;
+    const std::vector<std::string> ownWords = OwnWords(reread, redacted);
     Substitution apart;
     const std::string mark(1, kPseudonymMark);
-    for (const Replacement& r : replaced) apart.Add(r.pseudonym, mark);
-    if (reread.redaction) apart.Add(RedactionLine(reread.redaction->kinds), mark);
+    for (const std::string& word : ownWords) apart.Add(word, mark);
     apart.Index();
     const auto held = FirstHeld(body, reread, replaced, [&](std::string text) {
         apart.Apply(text);
         return FoldedInPlace(std::move(text));
     });
     if (held) return held;
-    if (KeywordRunsPastOwnWords(body, reread, replaced)) return Kind::Keyword;
+    if (KeywordRunsPastOwnWords(body, reread, replaced, ownWords)) return Kind::Keyword;
     return std::nullopt;
 }
 

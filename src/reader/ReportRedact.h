@@ -14,6 +14,9 @@
 //
 // The same value always gets the same pseudonym: within a report through
 // the map, and across reports when the map is kept in a file (PseudonymMap).
+// A pseudonym of an earlier run that the text holds is left whole, whatever
+// the keywords spell: redacting a redacted report again with the same map
+// changes nothing.
 #pragma once
 
 #include <array>
@@ -59,6 +62,7 @@ public:
     // A text that reads as a pseudonym and stands in the report as it is:
     // no value is given it (it is not a mapping: the map file leaves it out).
     void Reserve(std::string_view pseudonym);
+    // Every pseudonym of the map and every text reserved, folded.
     std::vector<std::string> Pseudonyms() const;
 
 private:
@@ -83,6 +87,9 @@ struct Replacement {
 struct Redacted {
     report_model::Report report;        // with its marker
     std::vector<Replacement> replaced;  // every value found, the keywords included
+    // The pseudonyms of an earlier redaction that the report holds, folded:
+    // left whole, nothing replaced inside them or across their edges.
+    std::vector<std::string> keptPseudonyms;
 };
 
 // Values and keywords must not hold a tab or a line break (a map file's
@@ -95,12 +102,12 @@ Redacted RedactReport(report_model::Report report, const std::vector<std::string
 // back: the kind of the first replaced value or keyword still found in it,
 // in any letter case, where it was replaced: a keyword also as part of a
 // longer text, any other value where it stands as a word; nothing when none
-// survives. The pseudonyms and the marker are set apart, and a value with a
-// letter is searched in the body's values only (the labels are the report's
-// own words, and a keyword may be one of them).
-std::optional<Kind> FindSurvivor(std::u16string_view body, const std::vector<Replacement>& replaced);
+// survives. The pseudonyms (written or kept) and the marker are set apart,
+// and a value with a letter is searched in the body's values only (the
+// labels are the report's own words, and a keyword may be one of them).
+std::optional<Kind> FindSurvivor(std::u16string_view body, const Redacted& redacted);
 // The same, with the body already read back (`reread`, ParseReportBody of it).
 std::optional<Kind> FindSurvivor(std::u16string_view body, const report_model::Report& reread,
-                                 const std::vector<Replacement>& replaced);
+                                 const Redacted& redacted);
 
 }  // namespace report_redact

@@ -100,7 +100,7 @@ int RunRedact(const Arguments& arguments) {
     const report_redact::Redacted redacted = report_redact::RedactReport(std::move(loaded.report), keywords, map);
     const std::u16string body = report_model::RenderReportBody(redacted.report);
     const report_model::Report reread = report_model::ParseReportBody(body);
-    if (const auto survivor = report_redact::FindSurvivor(body, reread, redacted.replaced)) {
+    if (const auto survivor = report_redact::FindSurvivor(body, reread, redacted)) {
         Complain(PathText(in), "a value of the kind \"" + std::string(report_redact::KindName(*survivor)) +
                                    "\" would still stand in the redacted report; nothing written");
         return kRedactionFailed;
@@ -135,7 +135,9 @@ extern const Command kRedactCommand{
             "changed. The same value gets the same pseudonym throughout; with --map the\n"
             "pseudonyms of earlier runs are used again and new ones added to FILE, so\n"
             "that redacted reports of one machine still compare. Keep FILE to yourself:\n"
-            "it undoes the redaction.\n"
+            "it undoes the redaction. Pseudonyms of earlier runs are never cut into,\n"
+            "not even by a WORD that spells a piece of one: redacting OUT again with\n"
+            "the same map and WORDs changes nothing.\n"
             "Before writing, the redacted text is searched for every value replaced and\n"
             "every WORD; if one is found, nothing is written.\n"
             "Exit status: 0 written, 1 IN is altered (not redacted), 2 IN is not a report\n"

@@ -310,6 +310,40 @@ test.describe('comparison page', () => {
     expectQuiet(seen);
   });
 
+  test('prints what it shows: with changes only, the changed lines and rows alone, and says so', async ({ page }) => {
+    const dir = s.tempDir('comparison-print');
+    const made = s.makePage(dir, 'cmp.html', ['--lang', 'en', '--against', path.join(s.DATA, 'wine-before.txt'), path.join(s.DATA, 'wine-after.txt')]);
+    expect(made.status).toBe(0);
+    const seen = await s.openPage(page, made.url);
+    const shown = (selector) => page.$$eval(selector, (nodes) => nodes.filter((n) => n.checkVisibility()).map((n) => Number(n.dataset.line)));
+    const note = page.locator('.changes-only-note');
+    await expect(note).toBeHidden();
+    await page.getByLabel('Show changes only').check();
+    await expect(note).toHaveText('Changes only: the unchanged lines, rows and sections are left out, on screen and in print.');
+    await page.emulateMedia({ media: 'print' });
+    await page.evaluate(() => window.dispatchEvent(new Event('beforeprint')));
+    expect(await shown('.line')).toEqual([16, 31, 108, 109, 110, 111, 114, 119]);
+    expect(await shown('tr[data-line]')).toEqual([109, 110, 111, 114, 119]);
+    await expect(page.locator('details.section', { hasText: 'Host' })).toBeHidden();
+    await expect(note).toBeVisible();
+    await expect(page.locator('.controls').first()).toBeHidden();
+    await page.evaluate(() => window.dispatchEvent(new Event('afterprint')));
+
+    // Without it, the whole report prints, every line once and in order.
+    await page.emulateMedia({ media: 'screen' });
+    await page.getByLabel('Show changes only').uncheck();
+    await page.emulateMedia({ media: 'print' });
+    await page.evaluate(() => window.dispatchEvent(new Event('beforeprint')));
+    const lines = s.bodyLines(s.readBody(path.join(s.DATA, 'wine-after.txt')));
+    expect(await page.$$eval('.line', (nodes) => nodes.filter((n) => n.checkVisibility())
+      .map((n) => [Number(n.dataset.line), n.querySelector('.text').textContent])))
+      .toEqual(lines.map((text, i) => [i + 1, text]));
+    expect(await shown('tr[data-line]')).toEqual([35, 52, 70, 88, 109, 110, 111, 112, 113, 114, 117, 118, 119]);
+    await expect(note).toBeHidden();
+    await page.evaluate(() => window.dispatchEvent(new Event('afterprint')));
+    expectQuiet(seen);
+  });
+
   test('changes only on a directory of 700 entries: its pages are made of the changed rows', async ({ page }) => {
     // The 400 changed entries all stand after the first page of 200 rows:
     // hiding the unchanged rows of a page would leave that page empty.

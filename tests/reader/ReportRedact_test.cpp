@@ -3,7 +3,9 @@
 // value left behind.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "reader/ReportJson.h"
 #include "reader/ReportRedact.h"
@@ -112,7 +114,7 @@ TEST(ReportRedact, ReplacesEveryPrivateValueAndKeepsTheRest) {
     PseudonymMap map;
     const Redacted redacted = RedactPrivate(map);
     EXPECT_EQ(Rendered(redacted.report), kRedactedBody);
-    EXPECT_FALSE(FindSurvivor(Utf16FromUtf8(kRedactedBody), redacted.replaced));
+    EXPECT_FALSE(FindSurvivor(Utf16FromUtf8(kRedactedBody), redacted));
 }
 
 TEST(ReportRedact, TheRedactedReportReadsAsTheOriginalWithItsMarker) {
@@ -164,7 +166,7 @@ TEST(ReportRedact, TheSelfCheckFindsAnyKindLeftBehind) {
     const auto leaveBehind = [&](auto restore) {
         Redacted copy = redacted;
         restore(copy.report);
-        return FindSurvivor(RenderReportBody(copy.report), copy.replaced);
+        return FindSurvivor(RenderReportBody(copy.report), copy);
     };
     EXPECT_EQ(leaveBehind([](Report& r) { r.host.netbiosName = "pc-anne"; }), Kind::ComputerName);
     EXPECT_EQ(leaveBehind([](Report& r) { r.host.domain = "CorpNet"; }), Kind::Domain);
@@ -188,7 +190,7 @@ TEST(ReportRedact, AKeywordWithinAPseudonymOrTheMarkerIsNoSurvivor) {
     EXPECT_NE(text.find("\tname: HOST-0001 (DOMAIN-0001\\HOST-0001)\n"), std::string::npos) << text;
     // "user" stays in the labels, which are the report's own words.
     EXPECT_NE(text.find("\tuser: USER-0001\n"), std::string::npos) << text;
-    const auto survivor = FindSurvivor(RenderReportBody(redacted.report), redacted.replaced);
+    const auto survivor = FindSurvivor(RenderReportBody(redacted.report), redacted);
     EXPECT_FALSE(survivor) << KindName(*survivor);
 }
 
@@ -203,7 +205,7 @@ TEST(ReportRedact, AKeywordThatThePseudonymsMakeWholeIsASurvivor) {
                      {"id: xxxxx-xxx-xxxxxxx-00001"}, map);
     EXPECT_NE(Rendered(redacted.report).find("\treal version: 10.0 id: XXXXX-XXX-XXXXXXX-00001\n"), std::string::npos)
         << Rendered(redacted.report);
-    EXPECT_EQ(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced), Kind::Keyword);
+    EXPECT_EQ(FindSurvivor(RenderReportBody(redacted.report), redacted), Kind::Keyword);
 }
 
 TEST(ReportRedact, AValueInAFieldKeptAsItIsIsFound) {
@@ -215,7 +217,7 @@ TEST(ReportRedact, AValueInAFieldKeptAsItIsIsFound) {
                            "* Current directory (C:\\x):\n"
                            "\t00000020       4753\t07/03/2021  14:05:09\t08/03/2021  09:00:00\ta\tb\n"),
                      {}, map);
-    EXPECT_EQ(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced), Kind::User);
+    EXPECT_EQ(FindSurvivor(RenderReportBody(redacted.report), redacted), Kind::User);
 }
 
 TEST(ReportRedact, TheMapGivesTheSamePseudonymsToTheNextReport) {
@@ -272,6 +274,55 @@ TEST(ReportRedact, RedactingTwiceKeepsOneMarker) {
     EXPECT_EQ(Rendered(twice.report), expected);
 }
 
+// A keyword may spell a pseudonym or a piece of one ("host-0001", "User-0",
+// "-0001"): the first run leaves no such keyword of the customer's behind,
+// and the second, with the same map, keeps the pseudonyms it meets whole.
+TEST(ReportRedact, RedactingTwiceIsTheSameAsOnceWhenAKeywordSpellsAPieceOfAPseudonym) {
+    PseudonymMap map;
+    const std::vector<std::string> keywords{"acme", "host-0001", "User-0", "-0001"};
+    const Redacted once = RedactReport(Parse(kPrivateBody), keywords, map);
+    EXPECT_EQ(Rendered(once.report), kRedactedBody);
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(once.report), once));
+    EXPECT_TRUE(once.keptPseudonyms.empty());
+    const Redacted twice = RedactReport(Parse(kRedactedBody), keywords, map);
+    EXPECT_EQ(Rendered(twice.report), kRedactedBody);
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(twice.report), twice));
+    std::vector<std::string> kept = twice.keptPseudonyms;
+    std::sort(kept.begin(), kept.end());
+    EXPECT_EQ(kept, (std::vector<std::string>{"02-00-00-00-00-01", "account-0001", "adapter-0001", "dns-0001",
+                                              "domain-0001", "host-0001", "keyword-0001", "user-0001",
+                                              "xxxxx-xxx-xxxxxxx-00001"}));
+}
+
+// A keyword given at the second run is replaced where it stands in the
+// customer's text, beside a pseudonym too; the pseudonym stays whole. A
+// keyword that the text holds only across a pseudonym's edge ("0001 tools"
+// in "KEYWORD-0001 tools") is not cut out of it: the check finds it, and
+// nothing would be written.
+TEST(ReportRedact, AKeywordBesideAPseudonymIsReplacedNeverAcrossItsEdge) {
+    PseudonymMap map;
+    RedactPrivate(map);
+    const Redacted beside = RedactReport(Parse(kRedactedBody), {"acme", "tools"}, map);
+    std::string expected = kRedactedBody;
+    for (int place = 0; place < 2; ++place)
+        expected.replace(expected.find("KEYWORD-0001 tools"), 18, "KEYWORD-0001 KEYWORD-0002");
+    EXPECT_EQ(Rendered(beside.report), expected);
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(beside.report), beside));
+    const Redacted across = RedactReport(Parse(kRedactedBody), {"0001 TOOLS", "user-0001\\keyword"}, map);
+    EXPECT_EQ(Rendered(across.report), kRedactedBody);
+    EXPECT_EQ(FindSurvivor(RenderReportBody(across.report), across), Kind::Keyword);
+}
+
+// Only the pseudonyms known before the run are kept: where the customer's
+// own text spells one that this run makes, it is theirs, and a keyword in
+// it is replaced.
+TEST(ReportRedact, TextThatSpellsAPseudonymOfThisRunIsTheCustomers) {
+    PseudonymMap map;
+    const Redacted redacted = RedactReport(Parse("\nHost:\n\tuser: anne\nuser-0001.log\n"), {"0001"}, map);
+    EXPECT_EQ(Rendered(redacted.report), "\nHost:\n\tuser: USER-0001\nuser-KEYWORD-0001.log\n\nRedacted: user, keyword\n");
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted));
+}
+
 TEST(ReportRedact, FoldsCapitalsOfManyScriptsInPlace) {
     EXPECT_EQ(FoldCase("ÀÉÎÕÜ ŁŃŚŹŻ ΑΒΓ ДЖЯ Ё x×Y"), "àéîõü łńśźż αβγ джя ё x×y");
     EXPECT_EQ(FoldCase("\xC3"), "\xC3");  // a cut sequence stays as it is
@@ -306,7 +357,7 @@ TEST(ReportRedact, ANameIsReplacedWhereItStandsAsAWordAKeywordAnywhere) {
               "\t00000020          4\t07/03/2021  14:05:09\t08/03/2021  09:00:00\tOrélie USER-0001’s pc12 HOST-0001.log\t\n"
               "WORKGROUP memory of Orvane, for USER-0001\n"
               "\nRedacted: computer name, user, keyword\n");
-    EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced));
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted));
 }
 
 // The self-check searches as the redaction replaced: a name where it stands
@@ -323,7 +374,7 @@ TEST(ReportRedact, TheSelfCheckFindsANameAsAWordAndAKeywordAnywhere) {
         Redacted copy = redacted;
         copy.report.program.directory = directory;
         copy.report.unrecognised[0].text = line;
-        return FindSurvivor(RenderReportBody(copy.report), copy.replaced);
+        return FindSurvivor(RenderReportBody(copy.report), copy);
     };
     EXPECT_EQ(leaveBehind("C:\\Users\\USER-0001\\KEYWORD-0001s", "memory of Orvane"), std::nullopt);
     EXPECT_EQ(leaveBehind("C:\\Users\\OR\\KEYWORD-0001s", "memory of Orvane"), Kind::User);
@@ -348,7 +399,7 @@ TEST(ReportRedact, AValueThatReadsAsAPseudonymIsLeftAsItIs) {
               "\nHost:\n\tname: HOST-0001 (WORKGROUP\\host-0001)\n\tuser: USER-0001\n\nWindows:\n"
               "\tid: xxxxx-xxx-xxxxxxx-00001\n\nNetwork:\nAdapters enumeration:\n\tAdapter name: ADAPTER-12345\n"
               "\tDNS Suffix: DNS-0001\n\tPhysical address: 02-00-00-00-0a-01\n\n\nRedacted: DNS suffix\n");
-    EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted.replaced));
+    EXPECT_FALSE(FindSurvivor(RenderReportBody(redacted.report), redacted));
     // The next user is not given the text a value kept holds.
     EXPECT_EQ(map.PseudonymOf(Kind::User, "anne"), "USER-0002");
 }

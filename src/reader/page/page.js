@@ -34,6 +34,7 @@
       changes: 'Changes', noChanges: 'No change from the old report.',
       changeCount: (n) => n === 1 ? '1 change' : n + ' changes',
       changesOnly: 'Show changes only',
+      changesOnlyNote: 'Changes only: the unchanged lines, rows and sections are left out, on screen and in print.',
       added: 'added', removed: 'removed', changed: 'changed', none: '(none)',
       against: (f) => 'Compared with the old report ' + f,
       verdictNames: { intact: 'intact', altered: 'altered', 'not a report': 'not a report', unreadable: 'unreadable' },
@@ -79,6 +80,7 @@
       changes: 'Changements', noChanges: 'Aucun changement depuis l’ancien rapport.',
       changeCount: (n) => n === 1 ? '1 changement' : n + ' changements',
       changesOnly: 'Ne montrer que les changements',
+      changesOnlyNote: 'Changements seuls : les lignes, rangées et sections inchangées sont omises, à l’écran comme à l’impression.',
       added: 'ajouté', removed: 'supprimé', changed: 'modifié', none: '(aucun)',
       against: (f) => 'Comparé à l’ancien rapport ' + f,
       verdictNames: { intact: 'intact', altered: 'modifié', 'not a report': 'pas un rapport', unreadable: 'illisible' },
@@ -570,6 +572,8 @@
       const box = el('input', { type: 'checkbox', id: 'changes-only',
         onchange: (e) => showChangesOnly(e.target.checked) });
       main.append(el('div', { class: 'controls' }, [box, el('label', { for: 'changes-only', text: T.changesOnly })]));
+      // What is shown is what prints: the paper says so, as the box is not printed.
+      main.append(el('p', { class: 'changes-only-note', text: T.changesOnlyNote }));
     }
     main.append(...reportPart(report, cmp.changes));
   }
@@ -666,7 +670,8 @@
 
   // --- start ----------------------------------------------------------------
 
-  // Printed, every section is open and no control shows.
+  // Printed, every section is open and no control shows; with "changes
+  // only", what it hides on screen stays hidden on paper.
   let closed = [];
   window.addEventListener('beforeprint', () => {
     closed = [...document.querySelectorAll('details:not([open])')];
