@@ -340,6 +340,14 @@ void TableWriter::AddAdapters(std::int64_t id, const Report& r) {
     }
 }
 
+namespace {
+// A stamp's ISO text as a view of `text`, which lives until the row is
+// written: no text of its own for each of a listing's many times.
+std::optional<std::string_view> IsoView(const std::optional<report_model::CalendarStamp::Text>& text) {
+    return text ? std::optional<std::string_view>(*text) : std::nullopt;
+}
+}  // namespace
+
 void TableWriter::AddInstallation(std::int64_t id, const Report& r) {
     for (const report_model::Directory& d : r.installation.directories) {
         const std::string_view kind = report_model::DirectoryKindName(d.kind);
@@ -347,8 +355,8 @@ void TableWriter::AddInstallation(std::int64_t id, const Report& r) {
         for (const report_model::DirectoryEntry& e : d.entries) {
             entry_.Execute(id, static_cast<std::int64_t>(e.line), kind, std::string_view(e.name),
                            static_cast<std::int64_t>(e.attributes), static_cast<std::int64_t>(e.size),
-                           std::string_view(e.created.Printed()), e.created.Iso(),
-                           std::string_view(e.written.Printed()), e.written.Iso(),
+                           std::string_view(e.created.PrintedText()), IsoView(e.created.IsoText()),
+                           std::string_view(e.written.PrintedText()), IsoView(e.written.IsoText()),
                            std::string_view(e.version), e.accessList, e.content);
         }
     }

@@ -51,8 +51,11 @@ void Statement::Bind(int index, std::string_view text) const {
     sqlite3_bind_text64(get(), index, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
 }
 void Statement::Bind(int index, const std::optional<std::string>& text) const {
+    Bind(index, text ? std::optional<std::string_view>(*text) : std::nullopt);
+}
+void Statement::Bind(int index, const std::optional<std::string_view>& text) const {
     if (text)
-        Bind(index, std::string_view(*text));
+        Bind(index, *text);
     else
         Bind(index, nullptr);
 }

@@ -50,6 +50,7 @@ public:
     void Bind(int index, std::int64_t value) const;
     void Bind(int index, std::string_view text) const;
     void Bind(int index, const std::optional<std::string>& text) const;
+    void Bind(int index, const std::optional<std::string_view>& text) const;
     template <typename Number>
     void Bind(int index, const std::optional<Number>& number) const {
         if (number)

@@ -37,6 +37,7 @@ LoadedReport LoadReport(const NativeChar* path, KeepBody keepBody, Diagnose diag
     if (keepBody != KeepBody::Yes) {
         std::string text = report_model::Utf8FromUtf16LE(ReportBodyBytesOf(bytes));
         std::string().swap(bytes);
+        if (keepBody == KeepBody::Utf8) loaded.bodyUtf8 = text;
         loaded.report = report_model::ParseReportUtf8(std::move(text));
     } else {
         loaded.body = ReportBodyOf(bytes);

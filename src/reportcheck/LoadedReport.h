@@ -29,7 +29,8 @@ struct LoadedReport {
     ReportVerdict verdict;
     std::string problem;  // why it is not a report, or cannot be read
     report_model::Report report;
-    std::u16string body;  // the body as it is, for whoever quotes its lines
+    std::u16string body;  // the body as it is, for whoever quotes its lines (KeepBody::Yes)
+    std::string bodyUtf8;  // the same as UTF-8 (KeepBody::Utf8)
     std::size_t bodyDigest = 0;  // a hash of the body's bytes (KeepBody::Digest)
     std::size_t fileSize = 0;  // the file's bytes
     // Its last write, seconds since 1970 UTC: what can settle the header's
@@ -39,10 +40,11 @@ struct LoadedReport {
     std::optional<report_model::TransitDamage> transit;
 };
 
-// Whether the caller quotes the body's lines (the page, the report tables);
-// show and diff do not, and hold the model alone; collect tells copies of a
-// report apart by a digest of the body, and holds that alone.
-enum class KeepBody { No, Digest, Yes };
+// Whether the caller quotes the body's lines: the page and redact as
+// UTF-16 (Yes), the report tables as UTF-8 (Utf8); show and diff do not, and
+// hold the model alone; collect tells copies of a report apart by a digest
+// of the body, and holds that alone.
+enum class KeepBody { No, Digest, Utf8, Yes };
 
 // Whether an altered file's damage in transit is looked for (format/
 // TransitDamage.h): show and collect tell it; the others do not, and the

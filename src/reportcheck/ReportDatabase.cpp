@@ -67,14 +67,13 @@ public:
     int File(const std::filesystem::path& path) {
         FileFacts facts = FactsOf(path);
         if (incremental_ && Unchanged(facts)) return kAllIntact;
-        const LoadedReport loaded = LoadReport(path.c_str());
+        const LoadedReport loaded = LoadReport(path.c_str(), KeepBody::Utf8);
         facts.modified = loaded.modified;
         if (loaded.state != LoadState::Report) Complain(facts.path, loaded.problem);
-        const std::string body = loaded.state == LoadState::Report ? report_model::Utf8FromUtf16(loaded.body) : "";
         const std::int64_t id =
             writer_.Add(facts, VerdictOf(loaded), loaded.problem,
                         loaded.state == LoadState::Report ? &loaded.verdict : nullptr,
-                        loaded.state == LoadState::Report ? &loaded.report : nullptr, body);
+                        loaded.state == LoadState::Report ? &loaded.report : nullptr, loaded.bodyUtf8);
         Mark(id);
         return StatusOf(loaded);
     }
