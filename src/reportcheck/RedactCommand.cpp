@@ -83,7 +83,7 @@ int RunRedact(const Arguments& arguments) {
     if (mapName && (SameFile(*mapName, in) || SameFile(*mapName, out)))
         return UsageError(kRedactCommand, "redact: the map must be a file of its own, neither IN nor OUT");
 
-    LoadedReport loaded = LoadReport(in.c_str());
+    LoadedReport loaded = LoadReport(in.c_str(), KeepBody::No);
     if (loaded.state != LoadState::Report) {
         Complain(PathText(in), loaded.problem);
         return kSomeNotAReport;
